@@ -1,0 +1,32 @@
+# How our own targets are compiled and linked.
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_C_EXTENSIONS OFF)
+
+function(tessarin_compile_options target)
+    target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Werror)
+    set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
+                                               C_VISIBILITY_PRESET hidden)
+    if(TESSARIN_SANITIZE)
+        target_compile_options(${target} PRIVATE -fsanitize=${TESSARIN_SANITIZE} -fno-sanitize-recover=all
+                                                 -fno-omit-frame-pointer)
+        target_link_options(${target} PUBLIC -fsanitize=${TESSARIN_SANITIZE})
+    endif()
+endfunction()
+
+# Calls inside the library bind inside it: a host has functions of its own called Clear, Set or Empty, and the library
+# must not call those. The version script hides what visibility can't: instantiations of the standard library's
+# templates are marked visible by its own headers.
+function(tessarin_link_options target)
+    if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
+        set(script ${PROJECT_SOURCE_DIR}/cmake/exports.map)
+        target_link_options(${target} PRIVATE -Wl,-Bsymbolic -Wl,--exclude-libs,ALL -Wl,--version-script,${script})
+        set_property(TARGET ${target} APPEND PROPERTY LINK_DEPENDS ${script})
+    endif()
+    if(NOT TESSARIN_SANITIZE AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
+        target_link_options(${target} PRIVATE -Wl,-z,defs)
+    endif()
+endfunction()

@@ -1,0 +1,87 @@
+/// A growable run of elements of one fixed size, raw bytes to it, in one heap block: the record behind the farr_
+/// functions, for the library's own use without their guard. Threads: one at a time per array.
+
+#ifndef TESSARIN_CONTAINERS_FLAT_ARRAY_H
+#define TESSARIN_CONTAINERS_FLAT_ARRAY_H
+
+#include "containers/copy_bytes.h"
+#include "containers/handle.h"
+#include "tessarin/containers.h"
+
+#include <cstddef>
+#include <cstdint>
+
+/// Invariant: count * element_size <= capacity. The fields' order is fixed; `data` is never null.
+struct farr {
+    static constexpr std::uint32_t kSignature = Tessarin::kFlatArraySignature;
+    static constexpr std::uint32_t kFirstElements = 12;
+    static constexpr std::uint32_t kFirstThreshold = 0x800000;
+
+    std::uint32_t signature;
+    std::uint32_t count;
+    std::uint32_t capacity; // bytes
+    std::uint32_t element_size;
+    std::uint32_t threshold; // bytes
+    void* data;              // `capacity` bytes from malloc, the array's own
+
+    /// Null if memory runs out, if either argument is 0, or if the buffer would pass 32 bits.
+    [[nodiscard]] static farr* Create(std::uint32_t element_size, std::uint32_t elements = kFirstElements);
+    static void Destroy(farr* arr);
+    [[nodiscard]] farr* Copy() const;
+
+    void ResetThreshold(std::uint32_t bytes) { threshold = bytes < element_size ? element_size : bytes; }
+
+    /// REQUIRES: index <= count; the element behind the last is where the next one goes
+    [[nodiscard]] unsigned char* Slot(std::uint32_t index) const {
+        return static_cast<unsigned char*>(data) + std::size_t{index} * element_size;
+    }
+
+    [[nodiscard]] std::uint32_t UsedBytes() const { return count * element_size; }
+
+    /// Appends an element with its bytes unset; null if memory runs out, the array unchanged.
+    void* Push() {
+        if (NeedsCare()) [[unlikely]] return PushWithCare(nullptr);
+        return Slot(count++);
+    }
+
+    /// Appends a copy; `source` may be one of the array's own elements.
+    void* PushElement(const void* source) {
+        if (NeedsCare()) [[unlikely]] return PushWithCare(source);
+        void* slot = Slot(count++);
+        Tessarin::CopyBytes(slot, source, element_size);
+        return slot;
+    }
+
+    /// PushElement for elements of a known type. False if memory runs out.
+    /// REQUIRES: element_size == sizeof(T)
+    template <class T>
+    bool PushItem(T item) {
+        if (std::uint64_t{count} * sizeof(T) + sizeof(T) > capacity) [[unlikely]] {
+            return PushWithCare(&item) != nullptr;
+        }
+        Items<T>()[count++] = item;
+        return true;
+    }
+
+    template <class T>
+    [[nodiscard]] T* Items() const {
+        return static_cast<T*>(data);
+    }
+
+    void Resize(std::uint32_t new_count, bool zero_fill);
+    void Erase(std::uint32_t index);
+    void FastErase(std::uint32_t index);
+    void Adapt();
+
+private:
+    /// True if the next element doesn't fit, and always for elements of size 0, whose count could run over: the 1 makes
+    /// the left side wrap to the largest number.
+    [[nodiscard]] bool NeedsCare() const {
+        return std::uint64_t{count} * element_size + element_size - 1 >= capacity;
+    }
+
+    [[gnu::noinline, gnu::cold]] void* PushWithCare(const void* source);
+    bool Regrow(std::uint32_t bytes);
+};
+
+#endif

@@ -1,0 +1,153 @@
+/// Hash maps: an array of buckets, each the head of a chain of nodes from an object pool.
+///
+/// Invariants:
+/// 1. A node's key hashes to the bucket that it hangs from, and no key occurs twice.
+/// 2. Nodes never move. Growth relinks them, so that callers may keep pointers to nodes and values.
+/// 3. A node's size is a multiple of a pointer's: pool blocks lie back to back, and every node must be aligned.
+/// 4. `reciprocal` is that of `bucket_count`; both change in one place.
+
+#include "containers/hash_map.h"
+
+#include "containers/growth.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <type_traits>
+
+static_assert(std::is_standard_layout_v<hm> && std::is_standard_layout_v<hm_node>);
+static_assert(sizeof(hm_node) == 3 * sizeof(void*)); // the value follows directly
+
+namespace {
+
+/// Empty buckets, or null if memory runs out or the array would pass 32 bits.
+hm_node** TakeBuckets(std::uint64_t count) {
+    std::uint64_t bytes = count * sizeof(hm_node*);
+    if (bytes > Tessarin::kLargestSize) return nullptr;
+    auto** buckets = static_cast<hm_node**>(std::malloc(static_cast<std::size_t>(bytes)));
+    if (buckets != nullptr) std::memset(buckets, 0, static_cast<std::size_t>(bytes));
+    return buckets;
+}
+
+/// A pool of nodes, or null. Small maps take small chunks.
+omem* TakePool(std::uint32_t bucket_count, std::uint32_t value_size) {
+    std::uint64_t node_size = std::uint64_t{sizeof(hm_node)} + value_size;
+    node_size = (node_size + alignof(hm_node) - 1) / alignof(hm_node) * alignof(hm_node);
+    if (node_size > Tessarin::kLargestSize) return nullptr;
+    std::uint32_t blocks = bucket_count / 2 + 1;
+    blocks = blocks < 16 ? 16 : blocks > 128 ? 128 : blocks;
+    return omem::Create(static_cast<std::uint32_t>(node_size), blocks);
+}
+
+} // namespace
+
+hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
+    if (bucket_count == 0 || value_size == 0) return nullptr;
+    auto* map = static_cast<hm*>(std::malloc(sizeof(hm)));
+    if (map == nullptr) return nullptr;
+    *map = hm{kSignature, 0, value_size, 0, nullptr, nullptr, 0};
+    map->SetBuckets(TakeBuckets(bucket_count), bucket_count);
+    if (map->buckets != nullptr) map->pool = TakePool(bucket_count, value_size);
+    if (map->pool != nullptr) return map;
+    std::free(map->buckets);
+    std::free(map);
+    return nullptr;
+}
+
+void hm::Destroy(hm* map) {
+    omem::Destroy(map->pool);
+    std::free(map->buckets);
+    std::free(map);
+}
+
+void hm::SetBuckets(hm_node** fresh, std::uint32_t fresh_count) {
+    buckets = fresh;
+    bucket_count = fresh_count;
+    reciprocal = UINT64_MAX / fresh_count + 1; // 0 for one bucket, which gives the remainder 0 as it should
+}
+
+/// Doubles the buckets. If memory runs out the chains just get longer.
+void hm::Grow() {
+    std::uint32_t old_count = bucket_count;
+    hm_node** old = buckets;
+    hm_node** fresh = TakeBuckets(std::uint64_t{old_count} * 2);
+    if (fresh == nullptr) return;
+    SetBuckets(fresh, old_count * 2);
+    for (std::uint32_t i = 0; i < old_count; ++i) {
+        for (hm_node* node = old[i]; node != nullptr;) {
+            hm_node* next = node->next;
+            hm_node** bucket = Bucket(node->key);
+            node->next = *bucket;
+            *bucket = node;
+            node = next;
+        }
+    }
+    std::free(old);
+}
+
+void hm::Clear() {
+    for (std::uint32_t i = 0; i < bucket_count; ++i) {
+        for (hm_node* node = buckets[i]; node != nullptr; node = node->next) pool->Free(node);
+        buckets[i] = nullptr;
+    }
+    count = 0;
+}
+
+hm_node* hm::FirstFrom(std::uint32_t bucket) const {
+    for (; bucket < bucket_count; ++bucket) {
+        if (buckets[bucket] != nullptr) return buckets[bucket];
+    }
+    return nullptr;
+}
+
+// ---------------------------------------------------------------------------------------- the exported functions
+
+using Tessarin::IsLive;
+
+hm* i32hm_create(uint32_t bucket_count, uint32_t value_size) { return hm::Create(bucket_count, value_size); }
+
+void i32hm_destroy(hm* map) {
+    if (IsLive(map)) hm::Destroy(map);
+}
+
+uint32_t i32hm_empty(hm* map) { return IsLive(map) && map->count != 0 ? 0 : 1; }
+
+void i32hm_clear(hm* map) {
+    if (IsLive(map)) map->Clear();
+}
+
+void* i32hm_get(hm* map, uintptr_t key) { return IsLive(map) ? map->Get(key) : nullptr; }
+
+hm_node* i32hm_find(hm* map, uintptr_t key) { return IsLive(map) ? map->Find(key) : nullptr; }
+
+void* i32hm_ptr2value(hm_node* node) { return node == nullptr ? nullptr : node->value; }
+
+uint32_t i32hm_set(hm* map, uintptr_t key, const void* value) {
+    return IsLive(map) && value != nullptr && map->Set(key, value) ? 1 : 0;
+}
+
+void i32hm_erase_key(hm* map, uintptr_t key) {
+    if (IsLive(map)) map->Erase(key);
+}
+
+void i32hm_erase_ptr(hm* map, hm_node* node) {
+    if (IsLive(map) && node != nullptr) map->Erase(node->key);
+}
+
+hm_node* i32hm_begin(hm* map) { return IsLive(map) ? map->Begin() : nullptr; }
+
+hm_node* i32hm_next(hm* map, hm_node* node) { return IsLive(map) && node != nullptr ? map->Next(node) : nullptr; }
+
+// The other prefix names the same functions: one address each, so that a host may compare them.
+
+hm* ptrhm_create(uint32_t bucket_count, uint32_t value_size) __attribute__((alias("i32hm_create")));
+void ptrhm_destroy(hm* map) __attribute__((alias("i32hm_destroy")));
+uint32_t ptrhm_empty(hm* map) __attribute__((alias("i32hm_empty")));
+void ptrhm_clear(hm* map) __attribute__((alias("i32hm_clear")));
+void* ptrhm_get(hm* map, uintptr_t key) __attribute__((alias("i32hm_get")));
+hm_node* ptrhm_find(hm* map, uintptr_t key) __attribute__((alias("i32hm_find")));
+void* ptrhm_ptr2value(hm_node* node) __attribute__((alias("i32hm_ptr2value")));
+uint32_t ptrhm_set(hm* map, uintptr_t key, const void* value) __attribute__((alias("i32hm_set")));
+void ptrhm_erase_key(hm* map, uintptr_t key) __attribute__((alias("i32hm_erase_key")));
+void ptrhm_erase_ptr(hm* map, hm_node* node) __attribute__((alias("i32hm_erase_ptr")));
+hm_node* ptrhm_begin(hm* map) __attribute__((alias("i32hm_begin")));
+hm_node* ptrhm_next(hm* map, hm_node* node) __attribute__((alias("i32hm_next")));

@@ -1,0 +1,51 @@
+/// Runs of bytes dealt out one behind the other, taken back only all at once: the record behind the imem_ functions.
+/// Threads: one at a time per pool.
+
+#ifndef TESSARIN_CONTAINERS_INCREMENTAL_POOL_H
+#define TESSARIN_CONTAINERS_INCREMENTAL_POOL_H
+
+#include "containers/handle.h"
+#include "tessarin/containers.h"
+
+#include <cstdint>
+
+namespace Tessarin {
+
+/// Stands at the start of its malloc block; the data area follows directly behind it.
+struct IncrementalChunk {
+    IncrementalChunk* next; // the one made before, or null
+    std::uint32_t capacity; // bytes of the data area
+    std::uint32_t used;     // bytes dealt out, never above capacity
+    unsigned char* data;
+
+    [[nodiscard]] static IncrementalChunk* Create(std::uint32_t capacity, IncrementalChunk* next);
+};
+
+} // namespace Tessarin
+
+/// The fields' order is fixed. Only the newest chunk deals out: what an older one has left is given up.
+struct imem {
+    static constexpr std::uint32_t kSignature = Tessarin::kIncrementalPoolSignature;
+
+    std::uint32_t signature;
+    std::uint32_t chunk_size; // bytes of a data area, and the largest request
+    Tessarin::IncrementalChunk* current;
+
+    /// Null if memory runs out or for a size of 0.
+    [[nodiscard]] static imem* Create(std::uint32_t chunk_size);
+    static void Destroy(imem* pool);
+
+    /// Null if memory runs out, for a size of 0 or one above chunk_size.
+    void* Alloc(std::uint32_t size) {
+        // A size of 0 wraps to the largest number and fails here too; what fits the chunk is never above chunk_size.
+        if (size - 1 >= current->capacity - current->used) [[unlikely]] return AllocFromNewChunk(size);
+        void* bytes = current->data + current->used;
+        current->used += size;
+        return bytes;
+    }
+
+private:
+    [[gnu::noinline, gnu::cold]] void* AllocFromNewChunk(std::uint32_t size);
+};
+
+#endif

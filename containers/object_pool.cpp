@@ -1,0 +1,105 @@
+/// Object pools.
+///
+/// Blocks lie back to back in chunks, without a header and without rounding: a block is aligned as far as its size is.
+///
+/// Invariants:
+/// 1. A chunk's size, block_size * blocks_per_chunk, fits 32 bits.
+/// 2. Every chunk is in `chunks`, but for one that may wait in `unlisted`. While it waits no further chunk is made, so
+///    one place is enough, and no chunk is ever leaked.
+
+#include "containers/object_pool.h"
+
+#include "containers/growth.h"
+
+#include <cstdlib>
+#include <type_traits>
+
+static_assert(std::is_standard_layout_v<omem>);
+
+namespace {
+
+/// In bytes. A pool makes few chunks, so their list may stay small.
+constexpr std::uint32_t kChunkListThreshold = 64;
+
+std::uint64_t ChunkBytes(std::uint32_t block_size, std::uint32_t blocks) { return std::uint64_t{block_size} * blocks; }
+
+} // namespace
+
+omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
+    std::uint64_t bytes = ChunkBytes(block_size, blocks_per_chunk);
+    if (bytes == 0 || bytes > Tessarin::kLargestSize) return nullptr;
+    auto* pool = static_cast<omem*>(std::malloc(sizeof(omem)));
+    if (pool == nullptr) return nullptr;
+    *pool = omem{kSignature, nullptr, nullptr, block_size, blocks_per_chunk, nullptr};
+    if (pool->CreateLists() && pool->AddChunk()) return pool;
+    if (pool->free_list != nullptr) farr::Destroy(pool->free_list);
+    if (pool->chunks != nullptr) farr::Destroy(pool->chunks);
+    std::free(pool);
+    return nullptr;
+}
+
+bool omem::CreateLists() {
+    chunks = farr::Create(sizeof(void*));
+    if (chunks == nullptr) return false;
+    free_list = farr::Create(sizeof(void*));
+    if (free_list == nullptr) return false;
+    std::uint64_t two_chunks = ChunkBytes(block_size, blocks_per_chunk) * 2;
+    chunks->ResetThreshold(kChunkListThreshold);
+    free_list->ResetThreshold(two_chunks > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(two_chunks));
+    return true;
+}
+
+std::int32_t omem::Destroy(omem* pool) {
+    std::uint32_t all_chunks = pool->chunks->count + (pool->unlisted == nullptr ? 0 : 1);
+    std::uint32_t out = pool->blocks_per_chunk * all_chunks - pool->free_list->count;
+    for (std::uint32_t i = 0; i < pool->chunks->count; ++i) std::free(pool->chunks->Items<void*>()[i]);
+    std::free(pool->unlisted);
+    farr::Destroy(pool->free_list);
+    farr::Destroy(pool->chunks);
+    std::free(pool);
+    return static_cast<std::int32_t>(out);
+}
+
+/// Makes a chunk whose blocks are all free. It counts as made even if a list has no room: a chunk waits to be listed,
+/// a block that isn't listed is lost until Clear.
+bool omem::AddChunk() {
+    if (unlisted != nullptr && !chunks->PushItem(unlisted)) return false;
+    unlisted = nullptr;
+    void* chunk = std::malloc(static_cast<std::size_t>(ChunkBytes(block_size, blocks_per_chunk)));
+    if (chunk == nullptr) return false;
+    if (!chunks->PushItem(chunk)) unlisted = chunk;
+    FreeBlocks(chunk);
+    return true;
+}
+
+/// In ascending order, so that the highest is dealt out first.
+void omem::FreeBlocks(void* chunk) {
+    auto* block = static_cast<unsigned char*>(chunk);
+    for (std::uint32_t i = 0; i < blocks_per_chunk; ++i, block += block_size) Free(block);
+}
+
+void* omem::AllocFromNewChunk() { return AddChunk() && free_list->count != 0 ? PopFree() : nullptr; }
+
+void omem::Clear() {
+    free_list->count = 0;
+    for (std::uint32_t i = 0; i < chunks->count; ++i) FreeBlocks(chunks->Items<void*>()[i]);
+    if (unlisted != nullptr) FreeBlocks(unlisted);
+}
+
+// ---------------------------------------------------------------------------------------- the exported functions
+
+using Tessarin::IsLive;
+
+omem* omem_create(uint32_t block_size, uint32_t blocks_per_chunk) { return omem::Create(block_size, blocks_per_chunk); }
+
+int32_t omem_destroy(omem* pool) { return IsLive(pool) ? omem::Destroy(pool) : 0; }
+
+void* omem_alloc(omem* pool) { return IsLive(pool) ? pool->Alloc() : nullptr; }
+
+void omem_free(omem* pool, void* block) {
+    if (IsLive(pool) && block != nullptr) pool->Free(block);
+}
+
+void omem_clear(omem* pool) {
+    if (IsLive(pool)) pool->Clear();
+}

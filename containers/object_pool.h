@@ -1,0 +1,48 @@
+/// Blocks of one fixed size, dealt out last-in, first-out: the record behind the omem_ functions, for the library's own
+/// use without their guard. Threads: one at a time per pool.
+
+#ifndef TESSARIN_CONTAINERS_OBJECT_POOL_H
+#define TESSARIN_CONTAINERS_OBJECT_POOL_H
+
+#include "containers/flat_array.h"
+
+#include <cstdint>
+
+/// The order of the first five fields is fixed. A block is free if and only if `free_list` holds its address.
+struct omem {
+    static constexpr std::uint32_t kSignature = Tessarin::kObjectPoolSignature;
+
+    std::uint32_t signature;
+    farr* chunks;    // void*: what malloc gave, in order of age
+    farr* free_list; // void*: a stack, the next block to deal out on top
+    std::uint32_t block_size;
+    std::uint32_t blocks_per_chunk;
+    void* unlisted; // a chunk that `chunks` had no room for, or null; the pool's own like the others
+
+    /// Null if memory runs out, if either argument is 0, or if a chunk would pass 32 bits.
+    [[nodiscard]] static omem* Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk);
+
+    /// The number of blocks that are out.
+    static std::int32_t Destroy(omem* pool);
+
+    /// Null if memory runs out.
+    void* Alloc() {
+        if (free_list->count == 0) [[unlikely]] return AllocFromNewChunk();
+        return PopFree();
+    }
+
+    /// A block that the list has no room for is lost until Clear or Destroy.
+    void Free(void* block) { free_list->PushItem(block); }
+
+    void Clear();
+
+private:
+    void* PopFree() { return free_list->Items<void*>()[--free_list->count]; }
+
+    [[gnu::noinline, gnu::cold]] void* AllocFromNewChunk();
+    bool CreateLists();
+    bool AddChunk();
+    void FreeBlocks(void* chunk);
+};
+
+#endif

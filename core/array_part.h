@@ -1,0 +1,62 @@
+/// The array part of a table: a dense row of equal items of the host's making, raw bytes to the library.
+
+#ifndef TESSARIN_CORE_ARRAY_PART_H
+#define TESSARIN_CORE_ARRAY_PART_H
+
+#include "core/raw_vector.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <new>
+
+namespace Tessarin {
+
+/// Lives on the general heap. Without `items`, after memory ran out, it counts as empty and takes nothing.
+struct TableArray {
+    RawVector* items = nullptr;
+    std::uint32_t item_size = 0;
+
+    static TableArray* Create() { return new (std::nothrow) TableArray; }
+
+    static void Destroy(TableArray* array) {
+        if (array == nullptr) return;
+        array->DropItems();
+        delete array;
+    }
+
+    /// Drops the items and makes room for new ones of another size.
+    bool Reset(std::uint32_t its_item_size) {
+        item_size = its_item_size;
+        if (items == nullptr) items = new (std::nothrow) RawVector;
+        if (items == nullptr) return false;
+        if (items->Reset(item_size)) return true;
+        DropItems();
+        return false;
+    }
+
+    [[nodiscard]] std::uint32_t Count() const { return items == nullptr ? 0 : items->count; }
+
+    [[nodiscard]] void* Item(std::uint32_t index) const { return index < Count() ? items->At(index) : nullptr; }
+
+    /// Copies an item in; null if memory ran out.
+    void* SetItem(std::uint32_t index, const void* data) {
+        if (items == nullptr || data == nullptr || index == UINT32_MAX) return nullptr;
+        if (index >= items->count) {
+            if (!items->Reserve(index + 1)) return nullptr;
+            items->count = index + 1;
+        }
+        return std::memmove(items->At(index), data, item_size); // `data` may be an item of this very array
+    }
+
+private:
+    void DropItems() {
+        if (items == nullptr) return;
+        items->Release();
+        delete items;
+        items = nullptr;
+    }
+};
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,53 @@
+#include "core/block_pool.h"
+
+#include <mutex>
+
+namespace Tessarin {
+
+ObjectPool::~ObjectPool() {
+    ReleaseChunks();
+    free_blocks_.Release();
+    chunks_.Release();
+}
+
+bool ObjectPool::Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
+    block_size_ = block_size;
+    blocks_per_chunk_ = blocks_per_chunk;
+    return chunks_.Reset(sizeof(void*)) && free_blocks_.Reset(sizeof(void*)) && FillChunk();
+}
+
+void* ObjectPool::Alloc() {
+    std::lock_guard guard(lock_);
+    if (free_blocks_.count == 0 && (!FillChunk() || free_blocks_.count == 0)) return nullptr;
+    return static_cast<void**>(free_blocks_.data)[--free_blocks_.count];
+}
+
+void ObjectPool::Free(void* block) {
+    if (block == nullptr) return;
+    std::lock_guard guard(lock_);
+    PushFree(block);
+}
+
+void ObjectPool::ReleaseChunks() {
+    for (std::uint32_t i = 0; i < chunks_.count; ++i) std::free(static_cast<void**>(chunks_.data)[i]);
+    chunks_.count = 0;
+    free_blocks_.count = 0;
+}
+
+/// The caller holds the lock, or the pool isn't in use yet. A chunk whose address can't be recorded serves all the same;
+/// only its release is lost.
+bool ObjectPool::FillChunk() {
+    void* chunk = std::malloc(std::size_t{block_size_} * blocks_per_chunk_);
+    if (chunk == nullptr) return false;
+    chunks_.Push(&chunk);
+    auto* block = static_cast<unsigned char*>(chunk);
+    for (std::uint32_t i = 0; i < blocks_per_chunk_; ++i, block += block_size_) PushFree(block);
+    return true;
+}
+
+void ObjectPool::PushFree(void* block) {
+    if (free_blocks_.count == free_blocks_.capacity && !free_blocks_.GrowForOne()) return;
+    static_cast<void**>(free_blocks_.data)[free_blocks_.count++] = block;
+}
+
+} // namespace Tessarin

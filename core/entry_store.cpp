@@ -1,0 +1,182 @@
+// The entries of a table. Invariants between two operations:
+//
+//  1. entries_[i]->next is entries_[i + 1], and the last one's is null.
+//  2. With more than 8 entries they ascend by the address of their key, and the index behind the array holds exactly
+//     them. With 8 or fewer the order is as history left it, and the index, if the array has one, is stale.
+//  3. The array never shrinks: a table that falls back to 8 keeps its sorted order and goes on from it.
+
+#include "core/entry_store.h"
+
+#include "core/library_state.h"
+
+#include <algorithm>
+#include <functional>
+#include <new>
+
+namespace Tessarin {
+namespace {
+
+bool KeyBelow(const Pair* left, const Pair* right) { return std::less<>()(left->key, right->key); }
+
+} // namespace
+
+bool EntryStore::AcquireFirst() {
+    entries_ = library_state.keys.Acquire(KeyPools::kSmallestCapacity, capacity_);
+    if (entries_ == nullptr) capacity_ = 0;
+    return entries_ != nullptr;
+}
+
+Pair* EntryStore::Find(cstr key) const { return Indexed() ? Index().Find(key) : FindUnsorted(key); }
+
+Pair* EntryStore::FindUnsorted(cstr key) const {
+    for (std::uint32_t i = 0; i < count_; ++i) {
+        if (entries_[i]->key == key) return entries_[i];
+    }
+    return nullptr;
+}
+
+/// Where a key stands, or would stand, among sorted entries.
+std::uint32_t EntryStore::PlaceOf(cstr key) const {
+    auto below = [](const Pair* pair, cstr its_key) { return std::less<>()(pair->key, its_key); };
+    return static_cast<std::uint32_t>(std::lower_bound(entries_, entries_ + count_, key, below) - entries_);
+}
+
+std::uint32_t EntryStore::IndexOf(const Pair* pair) const {
+    if (Indexed()) return PlaceOf(pair->key);
+    return static_cast<std::uint32_t>(std::find(entries_, entries_ + count_, pair) - entries_);
+}
+
+Pair* EntryStore::FindOrAdd(cstr key, bool& existed) {
+    if (key == nullptr) return nullptr;
+    Pair* pair = Find(key);
+    existed = pair != nullptr;
+    if (existed) return pair;
+    pair = NewPair(key);
+    if (pair != nullptr) PutInPlace(pair);
+    return pair;
+}
+
+Pair* EntryStore::FindOrAppend(cstr key, bool& existed) {
+    if (key == nullptr) return nullptr;
+    Pair* pair = Find(key);
+    existed = pair != nullptr;
+    if (existed) return pair;
+    pair = NewPair(key);
+    if (pair == nullptr) return nullptr;
+    Append(pair);
+    if (count_ == kLargestUnsorted + 1) {
+        Index().Rebuild(entries_, count_);
+    } else if (Indexed()) {
+        Index().Insert(pair);
+    }
+    return pair;
+}
+
+void EntryStore::Settle() {
+    if (Indexed() && !std::is_sorted(entries_, entries_ + count_, KeyBelow)) Sort();
+}
+
+/// An entry that is in no array yet, for which the array has room.
+Pair* EntryStore::NewPair(cstr key) {
+    if (count_ == capacity_ && !Grow()) return nullptr;
+    void* block = library_state.pairs.Alloc();
+    return block == nullptr ? nullptr : new (block) Pair(key);
+}
+
+void EntryStore::Append(Pair* pair) {
+    pair->next = nullptr;
+    if (count_ != 0) entries_[count_ - 1]->next = pair;
+    entries_[count_++] = pair;
+}
+
+/// Puts an entry where the order wants it. REQUIRES: there is room
+void EntryStore::PutInPlace(Pair* pair) {
+    if (count_ < kLargestUnsorted) {
+        Append(pair);
+        return;
+    }
+    if (count_ == kLargestUnsorted) { // the table crosses into the sorted state
+        Append(pair);
+        Sort();
+        Index().Rebuild(entries_, count_);
+        return;
+    }
+    std::uint32_t place = PlaceOf(pair->key);
+    std::copy_backward(entries_ + place, entries_ + count_, entries_ + count_ + 1);
+    entries_[place] = pair;
+    ++count_;
+    if (place != 0) entries_[place - 1]->next = pair;
+    pair->next = place + 1 < count_ ? entries_[place + 1] : nullptr;
+    Index().Insert(pair);
+}
+
+void EntryStore::Sort() {
+    std::sort(entries_, entries_ + count_, KeyBelow);
+    Relink();
+}
+
+void EntryStore::Relink() {
+    for (std::uint32_t i = 0; i + 1 < count_; ++i) entries_[i]->next = entries_[i + 1];
+    if (count_ != 0) entries_[count_ - 1]->next = nullptr;
+}
+
+/// Capacities run 4, 8, 16, 32, 64, 128 and on in steps of 128.
+bool EntryStore::Grow() {
+    std::uint32_t wanted = capacity_ <= 128 ? capacity_ * 2 : capacity_ + 128;
+    if (capacity_ > KeyPools::kLargestClass && KeyPools::Room(wanted) == KeyPools::Room(capacity_)) {
+        capacity_ = wanted; // the storage has room for it already
+        return true;
+    }
+    std::uint32_t new_capacity = 0;
+    Pair** grown = library_state.keys.Acquire(wanted, new_capacity);
+    if (grown == nullptr) return false;
+    if (count_ != 0) std::copy_n(entries_, count_, grown);
+    library_state.keys.Release(entries_, capacity_);
+    entries_ = grown;
+    capacity_ = new_capacity;
+    if (Indexed()) Index().Rebuild(entries_, count_);
+    return true;
+}
+
+Pair* EntryStore::Take(cstr key) {
+    Pair* pair = Find(key);
+    if (pair == nullptr) return nullptr;
+    std::uint32_t index = IndexOf(pair);
+    if (Indexed()) Index().Erase(pair);
+    std::copy(entries_ + index + 1, entries_ + count_, entries_ + index);
+    --count_;
+    if (index != 0) entries_[index - 1]->next = index < count_ ? entries_[index] : nullptr;
+    return pair;
+}
+
+bool EntryStore::Rename(cstr old_key, cstr new_key) {
+    if (new_key == nullptr || Find(new_key) != nullptr) return false;
+    Pair* pair = Take(old_key);
+    if (pair == nullptr) return false;
+    pair->key = new_key;
+    PutInPlace(pair);
+    return true;
+}
+
+Pair* EntryStore::TakeAll(Pair* behind) {
+    if (count_ == 0) return behind;
+    entries_[count_ - 1]->next = behind;
+    count_ = 0;
+    return entries_[0];
+}
+
+void EntryStore::ReleaseArray() {
+    library_state.keys.Release(entries_, capacity_);
+    entries_ = nullptr;
+    capacity_ = 0;
+}
+
+bool EntryStore::IsValid() const {
+    for (std::uint32_t i = 0; i < count_; ++i) {
+        if (entries_[i]->next != (i + 1 < count_ ? entries_[i + 1] : nullptr)) return false;
+        if (Find(entries_[i]->key) != entries_[i]) return false;
+    }
+    return !Indexed() || std::is_sorted(entries_, entries_ + count_, KeyBelow);
+}
+
+} // namespace Tessarin

@@ -1,0 +1,79 @@
+/// The named entries of a table.
+
+#ifndef TESSARIN_CORE_ENTRY_STORE_H
+#define TESSARIN_CORE_ENTRY_STORE_H
+
+#include "core/entry_index.h"
+#include "core/pair.h"
+#include "core/pool_sets.h"
+#include "tessarin/types.h"
+
+#include <cstdint>
+
+namespace Tessarin {
+
+/// An array of pointers to entries in one of two states, told apart by the count alone: up to 8 entries in the order
+/// in which they came; above that, ascending by the address of their key. Each entry's `next` is the one behind it.
+///
+/// Keys are interned and unique. Failures are those of memory, answered by null or false, and change nothing.
+class EntryStore {
+public:
+    static constexpr std::uint32_t kLargestUnsorted = KeyPools::kLargestUnindexed;
+
+    [[nodiscard]] std::uint32_t Count() const { return count_; }
+    [[nodiscard]] std::uint32_t Capacity() const { return capacity_; }
+    [[nodiscard]] Pair* First() const { return count_ == 0 ? nullptr : entries_[0]; }
+
+    /// Takes the first array, of the smallest class. REQUIRES: there is none yet
+    bool AcquireFirst();
+
+    [[nodiscard]] Pair* Find(cstr key) const;
+
+    /// The entry of `key`, old or new; a new one has VALUE_EMPTY. Null for a null key.
+    Pair* FindOrAdd(cstr key, bool& existed);
+
+    /// The same for a table in the filling: new entries go to the end even where the order asks for another place,
+    /// until Settle. In between only Find, FindOrAppend and Settle may be called.
+    Pair* FindOrAppend(cstr key, bool& existed);
+
+    /// Puts a filled table into its order.
+    void Settle();
+
+    /// Takes an entry out without ending it; null if there is none.
+    Pair* Take(cstr key);
+
+    /// False if `old_key` is absent or `new_key` present.
+    bool Rename(cstr old_key, cstr new_key);
+
+    /// Takes all entries out, chained by `next` with `behind` after the last; the array stays.
+    Pair* TakeAll(Pair* behind);
+
+    /// Gives the array back. REQUIRES: it holds no entries
+    void ReleaseArray();
+
+    /// Whether order, links and index agree: for tests.
+    [[nodiscard]] bool IsValid() const;
+
+private:
+    [[nodiscard]] bool Indexed() const { return count_ > kLargestUnsorted; }
+    [[nodiscard]] EntryIndex Index() const {
+        return {entries_ + KeyPools::Room(capacity_), KeyPools::IndexSlots(capacity_)};
+    }
+    [[nodiscard]] Pair* FindUnsorted(cstr key) const;
+    [[nodiscard]] std::uint32_t PlaceOf(cstr key) const;
+    [[nodiscard]] std::uint32_t IndexOf(const Pair* pair) const;
+    Pair* NewPair(cstr key);
+    void Append(Pair* pair);
+    void PutInPlace(Pair* pair);
+    void Sort();
+    void Relink();
+    bool Grow();
+
+    Pair** entries_ = nullptr; // from the key pools; null while the capacity is 0
+    std::uint32_t count_ = 0;
+    std::uint32_t capacity_ = 0;
+};
+
+} // namespace Tessarin
+
+#endif

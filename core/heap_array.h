@@ -1,0 +1,21 @@
+/// Memory for counted elements, with the product checked.
+
+#ifndef TESSARIN_CORE_HEAP_ARRAY_H
+#define TESSARIN_CORE_HEAP_ARRAY_H
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+namespace Tessarin {
+
+/// `count` elements of `element_size` bytes from malloc, uninitialised; null if memory ran out or can't hold so much.
+inline void* AllocateArray(std::uint32_t count, std::size_t element_size) {
+    std::uint64_t bytes = std::uint64_t{count} * element_size;
+    if (bytes > std::uint64_t{PTRDIFF_MAX}) return nullptr;
+    return std::malloc(static_cast<std::size_t>(bytes));
+}
+
+} // namespace Tessarin
+
+#endif

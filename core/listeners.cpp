@@ -1,0 +1,213 @@
+#include "core/listeners.h"
+
+#include "core/heap_array.h"
+#include "core/library_state.h"
+#include "core/table.h"
+#include "core/watch.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+
+namespace Tessarin {
+
+thread_local constinit Watch* Watch::innermost = nullptr;
+
+namespace {
+
+bool Equal(const Delegate& left, const Delegate& right) {
+    return left.object == right.object && left.function == right.function;
+}
+
+/// Calls the delegates of a vector in turn, each through `call`, for as long as the vector's owner is there. Count and
+/// data are read anew at each step, as a listener may change them.
+template <class Call>
+void Tell(const DelegateVector& vector, const Watch& owner, Call call) {
+    for (std::uint32_t i = 0; !owner.Gone() && i < vector.count; ++i) {
+        Delegate delegate = vector.data[i];
+        if (delegate.function != nullptr) call(delegate);
+    }
+}
+
+/// Record listeners first, then argument listeners.
+void TellOfKey(const ListenerSet& set, const Watch& owner, Table& table, std::uint32_t code, cstr key) {
+    using RecordFunction = void (*)(void*, TableEvent*);
+    using ArgumentFunction = void (*)(void*, std::uint32_t, ITable*, cstr);
+    Tell(set.vectors[kRecordListener], owner, [&](const Delegate& delegate) {
+        TableEvent event{code, &table, key};
+        reinterpret_cast<RecordFunction>(delegate.function)(delegate.object, &event);
+    });
+    if (owner.Gone()) return;
+    Tell(set.vectors[kArgumentListener], owner, [&](const Delegate& delegate) {
+        reinterpret_cast<ArgumentFunction>(delegate.function)(delegate.object, code, &table, key);
+    });
+}
+
+} // namespace
+
+Delegate* DelegateVector::Append(ListenerKind kind) {
+    if (count == capacity && !Grow(kind)) return nullptr;
+    data[count] = Delegate{};
+    return &data[count++];
+}
+
+bool DelegateVector::Grow(ListenerKind kind) {
+    constexpr std::uint32_t kFirst = 4, kSecond = 16; // there is no class of 8
+    if (capacity > UINT32_MAX / 2) return false;
+    std::uint32_t grown_capacity = capacity == 0 ? kFirst : std::max(capacity * 2, kSecond);
+    auto* grown = static_cast<Delegate*>(listener_pools.Acquire(kind, grown_capacity));
+    if (grown == nullptr) return false;
+    std::copy_n(data, count, grown);
+    Release(kind);
+    data = grown;
+    capacity = grown_capacity;
+    return true;
+}
+
+void DelegateVector::Remove(const Delegate& delegate) {
+    for (std::uint32_t i = 0; i < count;) {
+        if (Equal(data[i], delegate)) {
+            data[i] = data[--count]; // and the same index is looked at again
+        } else {
+            ++i;
+        }
+    }
+}
+
+void DelegateVector::Release(ListenerKind kind) {
+    if (data != nullptr) listener_pools.Release(kind, data, capacity);
+}
+
+void ReleaseListenerSet(ListenerSet* set) {
+    for (std::uint32_t kind = 0; kind < kListenerKinds; ++kind) {
+        set->vectors[kind].Release(static_cast<ListenerKind>(kind));
+    }
+    listener_pools.sets.Free(set);
+}
+
+PendingRecord* PendingQueue::Append(std::uint32_t remove, cstr key, const Delegate& delegate) {
+    if (count == capacity) {
+        if (capacity > UINT32_MAX / 2) return nullptr;
+        std::uint32_t grown_capacity = capacity == 0 ? 4 : capacity * 2;
+        auto* grown = static_cast<PendingRecord*>(AllocateArray(grown_capacity, sizeof(PendingRecord)));
+        if (grown == nullptr) return nullptr;
+        std::copy_n(data, count, grown);
+        std::free(data);
+        data = grown;
+        capacity = grown_capacity;
+    }
+    data[count] = {remove, key, delegate};
+    return &data[count++];
+}
+
+Delegate* ListenerHub::Add(EntryStore& entries, ListenerKind kind, cstr key) {
+    if (dispatching_ == 0) return AddNow(entries, kind, key);
+    PendingRecord* record = Queue(kind, 0, key, Delegate{});
+    return record == nullptr ? nullptr : &record->delegate;
+}
+
+void ListenerHub::Remove(EntryStore& entries, ListenerKind kind, cstr key, const Delegate& delegate) {
+    if (dispatching_ == 0) {
+        RemoveNow(entries, kind, key, delegate);
+    } else {
+        Queue(kind, 1, key, delegate);
+    }
+}
+
+PendingRecord* ListenerHub::Queue(ListenerKind kind, std::uint32_t remove, cstr key, const Delegate& delegate) {
+    if (pending_ == nullptr) pending_ = static_cast<PendingSet*>(std::calloc(1, sizeof(PendingSet)));
+    return pending_ == nullptr ? nullptr : pending_->queues[kind].Append(remove, key, delegate);
+}
+
+/// Where the listener set of an entry, or of the table for a null key, hangs; null if there is no such entry.
+ListenerSet** ListenerHub::SetOf(EntryStore& entries, cstr key) {
+    if (key == nullptr) return &listeners_;
+    Pair* pair = entries.Find(key);
+    return pair == nullptr ? nullptr : &pair->listeners;
+}
+
+Delegate* ListenerHub::AddNow(EntryStore& entries, ListenerKind kind, cstr key) {
+    ListenerSet** set = SetOf(entries, key);
+    if (set == nullptr) return nullptr;
+    if (*set == nullptr) {
+        void* block = listener_pools.sets.Alloc();
+        if (block == nullptr) return nullptr;
+        *set = static_cast<ListenerSet*>(std::memset(block, 0, sizeof(ListenerSet)));
+    }
+    return (*set)->vectors[kind].Append(kind);
+}
+
+void ListenerHub::RemoveNow(EntryStore& entries, ListenerKind kind, cstr key, const Delegate& delegate) {
+    ListenerSet** set = SetOf(entries, key);
+    if (set != nullptr && *set != nullptr) (*set)->vectors[kind].Remove(delegate);
+}
+
+bool ListenerHub::NotifyKey(Table& table, std::uint32_t code, cstr key) {
+    if (listeners_ == nullptr) return true;
+    dispatching_ = 1;
+    Watch its_table(&table);
+    TellOfKey(*listeners_, its_table, table, code, key);
+    if (its_table.Gone()) return false;
+    ApplyPending(table.Entries());
+    return true;
+}
+
+Told ListenerHub::NotifyEntry(Table& table, std::uint32_t code, Pair& pair) {
+    dispatching_ = 1;
+    if (listeners_ == nullptr && pair.listeners == nullptr) {
+        ApplyPending(table.Entries());
+        return Told::kAllThere;
+    }
+    cstr key = pair.key;
+    Watch its_table(&table);
+    Watch its_entry(&pair);
+    if (listeners_ != nullptr) TellOfKey(*listeners_, its_table, table, code, key);
+    if (!its_entry.Gone() && pair.listeners != nullptr) TellOfKey(*pair.listeners, its_entry, table, code, key);
+    if (its_table.Gone()) return Told::kTableGone;
+    ApplyPending(table.Entries());
+    return its_entry.Gone() ? Told::kEntryGone : Told::kAllThere;
+}
+
+bool ListenerHub::NotifyIndex(Table& table, std::uint32_t code, std::uint32_t index) {
+    using ArrayFunction = void (*)(void*, std::uint32_t, ITable*, std::uint32_t);
+    if (listeners_ == nullptr) return true;
+    dispatching_ = 1;
+    Watch its_table(&table);
+    Tell(listeners_->vectors[kArrayListener], its_table, [&](const Delegate& delegate) {
+        reinterpret_cast<ArrayFunction>(delegate.function)(delegate.object, code, &table, index);
+    });
+    if (its_table.Gone()) return false;
+    ApplyPending(table.Entries());
+    return true;
+}
+
+/// Ends every notification. A record whose entry is gone, or for which there is no memory, is dropped.
+void ListenerHub::ApplyPending(EntryStore& entries) {
+    dispatching_ = 0;
+    if (pending_ == nullptr) return;
+    for (std::uint32_t i = 0; i < kListenerKinds; ++i) {
+        auto kind = static_cast<ListenerKind>(i);
+        PendingQueue& queue = pending_->queues[kind];
+        for (std::uint32_t n = 0; n < queue.count; ++n) {
+            const PendingRecord& record = queue.data[n];
+            if (record.remove != 0) {
+                RemoveNow(entries, kind, record.key, record.delegate);
+            } else if (Delegate* slot = AddNow(entries, kind, record.key)) {
+                *slot = record.delegate;
+            }
+        }
+        queue.count = 0;
+    }
+}
+
+void ListenerHub::Release() {
+    if (pending_ != nullptr) {
+        for (PendingQueue& queue : pending_->queues) std::free(queue.data);
+        std::free(pending_);
+        pending_ = nullptr;
+    }
+    if (listeners_ != nullptr) ReleaseListenerSet(listeners_);
+    listeners_ = nullptr;
+}
+
+} // namespace Tessarin

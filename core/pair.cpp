@@ -1,0 +1,51 @@
+#include "core/pair.h"
+
+#include "core/library_state.h"
+#include "core/listeners.h"
+#include "core/table.h"
+#include "core/table_lifecycle.h"
+
+namespace Tessarin {
+
+std::uint32_t Pair::GetFloat4x4(Float4x4* out) {
+    if (kind != VALUE_FLOAT4X4 || out == nullptr) return 0;
+    const auto* matrix = value.As<const Float4x4*>();
+    if (matrix == nullptr) return 0;
+    *out = *matrix;
+    return 1;
+}
+
+std::uint32_t Pair::SetFloat4x4(const Float4x4* matrix) {
+    if (matrix == nullptr) return 0;
+    if (kind == VALUE_EMPTY) {
+        void* block = library_state.matrices.Alloc();
+        if (block == nullptr) return 0;
+        value.Put(block);
+        kind = VALUE_FLOAT4X4;
+    } else if (kind != VALUE_FLOAT4X4) {
+        return 0;
+    }
+    std::memcpy(value.As<void*>(), matrix, sizeof *matrix);
+    return 1;
+}
+
+std::uint32_t Pair::SetTable(ITable* table) {
+    if (kind == VALUE_TABLE && value.As<ITable*>() == table) return 1; // it isn't to end by being handed over again
+    return Store(VALUE_TABLE, table);
+}
+
+Table* Pair::OwnedTable() const {
+    return kind == VALUE_TABLE ? static_cast<Table*>(value.As<ITable*>()) : nullptr;
+}
+
+void Pair::ReleaseBlocks() {
+    if (listeners != nullptr) ReleaseListenerSet(listeners);
+    if (kind == VALUE_FLOAT4X4) library_state.matrices.Free(value.As<void*>());
+}
+
+void Pair::ReleaseOwned() {
+    if (Table* child = OwnedTable()) DestroyRegistered(child);
+    if (kind == VALUE_FLOAT4X4) library_state.matrices.Free(value.As<void*>());
+}
+
+} // namespace Tessarin

@@ -1,0 +1,72 @@
+/// A growable array of elements of one fixed size, raw bytes to it: the bookkeeping of the block pools and the items of
+/// a table's array part.
+
+#ifndef TESSARIN_CORE_RAW_VECTOR_H
+#define TESSARIN_CORE_RAW_VECTOR_H
+
+#include "core/heap_array.h"
+
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+
+namespace Tessarin {
+
+struct RawVector {
+    static constexpr std::uint32_t kFirstCapacity = 8;
+
+    std::uint32_t count = 0;
+    std::uint32_t capacity = 0;
+    std::uint32_t element_size = 0;
+    void* data = nullptr; // `capacity` elements from malloc, the vector's own
+
+    /// Drops what it holds and takes room for the first elements. False if memory ran out: it is then empty and usable,
+    /// and the next growth tries again.
+    bool Reset(std::uint32_t its_element_size) {
+        Release();
+        element_size = its_element_size;
+        return Grow(kFirstCapacity);
+    }
+
+    void Release() {
+        std::free(data);
+        data = nullptr;
+        count = capacity = 0;
+    }
+
+    [[nodiscard]] void* At(std::uint32_t index) const {
+        return static_cast<unsigned char*>(data) + std::size_t{index} * element_size;
+    }
+
+    /// Appends a copy of an element; null if memory ran out, the vector unchanged.
+    void* Push(const void* element) {
+        if (count == capacity && !GrowForOne()) return nullptr;
+        return std::memcpy(At(count++), element, element_size);
+    }
+
+    /// Room for one more element: twice what there is.
+    bool GrowForOne() { return capacity <= UINT32_MAX / 2 && Grow(capacity == 0 ? kFirstCapacity : capacity * 2); }
+
+    /// Makes room for `needed` elements, with as many again behind them, and takes them all in use if it had to grow.
+    bool Reserve(std::uint32_t needed) {
+        if (needed <= capacity) return true;
+        if (needed > UINT32_MAX / 2 || !Grow(needed * 2)) return false;
+        count = needed;
+        return true;
+    }
+
+private:
+    bool Grow(std::uint32_t new_capacity) {
+        void* grown = AllocateArray(new_capacity, element_size);
+        if (grown == nullptr) return false;
+        if (count != 0) std::memcpy(grown, data, std::size_t{count} * element_size);
+        std::free(data);
+        data = grown;
+        capacity = new_capacity;
+        return true;
+    }
+};
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,207 @@
+// Interning. 99991 buckets, fixed, each a list of slots that only ever gains: a bucket's first slot stands in the bucket
+// itself, further ones in blocks of seven, the newest block first. Invariants:
+//
+//  1. A slot goes from 0 to its text once and never changes again; a block's `next` is set before the block is linked.
+//     Both are published by a release store, so a reader that sees a slot or a block sees all that it leads to.
+//  2. Hence a hit takes no lock. A miss takes it and looks again, as another thread may have added the text meanwhile.
+//  3. Equal texts hash alike and stand in one bucket, so the second look makes addresses unique.
+//
+// The forms (as it is, lower case) fold in hash, comparison and copy as they go; nothing needs a scratch buffer.
+
+#include "core/string_table.h"
+
+#include "core/string_forms.h"
+
+#include <cstdlib>
+#include <mutex>
+#include <new>
+
+namespace Tessarin {
+namespace {
+
+constexpr unsigned kAddressBits = 48;
+constexpr std::size_t kBlockChunkBytes = 64 * 1024;
+
+struct AsItIs {
+    static char Fold(char byte) { return byte; }
+    static bool Equal(const char* interned, const char* text, std::size_t length) {
+        return std::memcmp(interned, text, length) == 0;
+    }
+    static void Copy(char* to, const char* text, std::size_t length) { std::memcpy(to, text, length); }
+};
+
+struct InLowerCase {
+    static char Fold(char byte) { return LowerCase(byte); }
+    static bool Equal(const char* interned, const char* text, std::size_t length) {
+        std::size_t i = 0;
+        while (i < length && interned[i] == LowerCase(text[i])) ++i;
+        return i == length;
+    }
+    static void Copy(char* to, const char* text, std::size_t length) {
+        for (std::size_t i = 0; i < length; ++i) to[i] = LowerCase(text[i]);
+    }
+};
+
+/// A polynomial in 131 over the bytes read as signed numbers, less its top bit. Four bytes go in at a step, as the
+/// multiplications of one step don't wait for each other.
+template <class Form>
+std::uint32_t Hash(const char* text, std::size_t length) {
+    constexpr std::uint32_t k1 = 131, k2 = k1 * k1, k3 = k2 * k1, k4 = k3 * k1;
+    auto byte = [text](std::size_t i) {
+        return static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(Form::Fold(text[i]))));
+    };
+    std::uint32_t hash = 0;
+    std::size_t i = 0;
+    for (; i + 4 <= length; i += 4) {
+        hash = hash * k4 + (byte(i) * k3 + byte(i + 1) * k2 + (byte(i + 2) * k1 + byte(i + 3)));
+    }
+    for (; i < length; ++i) hash = hash * k1 + byte(i);
+    return hash & 0x7FFFFFFF;
+}
+
+} // namespace
+
+/// A text on its way through the index.
+template <class Form>
+struct StringTable::Sought {
+    const char* text;
+    std::size_t length;
+    std::uint32_t bucket;
+    std::uint32_t tag; // 15 bits: the hash is below 2^31
+
+    Sought(const char* its_text, std::size_t its_length) : text(its_text), length(its_length) {
+        std::uint32_t hash = Hash<Form>(text, length);
+        tag = hash / kBucketCount;
+        bucket = hash - tag * kBucketCount;
+    }
+
+    /// The text that a slot names if it is the one sought, else null.
+    cstr In(Slot slot) const {
+        if (slot >> kAddressBits != tag) return nullptr;
+        auto interned = reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((Slot{1} << kAddressBits) - 1)));
+        if (interned == nullptr || CstrLength(interned) != length) return nullptr;
+        return Form::Equal(interned, text, length) ? interned : nullptr;
+    }
+};
+
+StringTable::StringTable() : buckets_(static_cast<Bucket*>(std::calloc(kBucketCount, sizeof(Bucket)))) {}
+
+StringTable::~StringTable() {
+    std::free(buckets_);
+    while (chunks_ != nullptr) {
+        BlockChunk* next = chunks_->next;
+        std::free(chunks_);
+        chunks_ = next;
+    }
+    while (arenas_ != nullptr) {
+        Arena* next = arenas_->next;
+        std::free(arenas_);
+        arenas_ = next;
+    }
+}
+
+cstr StringTable::Intern(const char* text, std::size_t length) { return InternAs<AsItIs>(text, length); }
+
+cstr StringTable::InternLowerCase(const char* text) {
+    return text == nullptr ? nullptr : InternAs<InLowerCase>(text, std::strlen(text));
+}
+
+cstr StringTable::InternPath(const char* path) {
+    if (path == nullptr) return nullptr;
+    char form[kPathFormRoom];
+    return Intern(form, PathForm(path, form));
+}
+
+cstr StringTable::Find(const char* text) const {
+    if (text == nullptr || buckets_ == nullptr) return nullptr;
+    return FindAs(Sought<AsItIs>(text, std::strlen(text)));
+}
+
+template <class Form>
+cstr StringTable::InternAs(const char* text, std::size_t length) {
+    if (length > kLongestText || buckets_ == nullptr) return nullptr;
+    Sought<Form> sought(text, length);
+    if (cstr found = FindAs(sought)) return found;
+    return Add(sought);
+}
+
+template <class Form>
+cstr StringTable::FindAs(const Sought<Form>& sought) const {
+    const Bucket& bucket = buckets_[sought.bucket];
+    if (cstr found = sought.In(bucket.first.load(std::memory_order_acquire))) return found;
+    for (const SlotBlock* block = bucket.more.load(std::memory_order_acquire); block != nullptr; block = block->next) {
+        for (const std::atomic<Slot>& slot : block->slots) {
+            Slot its_text = slot.load(std::memory_order_acquire);
+            if (its_text == 0) break;
+            if (cstr found = sought.In(its_text)) return found;
+        }
+    }
+    return nullptr;
+}
+
+template <class Form>
+cstr StringTable::Add(const Sought<Form>& sought) {
+    std::lock_guard guard(lock_);
+    if (cstr found = FindAs(sought)) return found;
+    std::atomic<Slot>* slot = FreeSlot(buckets_[sought.bucket]);
+    if (slot == nullptr) return nullptr;
+    auto length = static_cast<std::uint32_t>(sought.length);
+    char* node = TakeBytes(static_cast<std::uint32_t>(sizeof length) + length + 1);
+    if (node == nullptr) return nullptr;
+    char* text = node + sizeof length;
+    std::memcpy(node, &length, sizeof length);
+    Form::Copy(text, sought.text, length);
+    text[length] = '\0';
+    slot->store(Slot{sought.tag} << kAddressBits | reinterpret_cast<std::uintptr_t>(text), std::memory_order_release);
+    return text;
+}
+
+/// The bucket's next free slot, in a new block if need be; null without memory. A block that stays empty, because its
+/// text then couldn't be had, serves the next one.
+std::atomic<StringTable::Slot>* StringTable::FreeSlot(Bucket& bucket) {
+    if (bucket.first.load(std::memory_order_relaxed) == 0) return &bucket.first;
+    SlotBlock* newest = bucket.more.load(std::memory_order_relaxed);
+    if (newest != nullptr) {
+        for (std::atomic<Slot>& slot : newest->slots) {
+            if (slot.load(std::memory_order_relaxed) == 0) return &slot;
+        }
+    }
+    SlotBlock* block = NewBlock();
+    if (block == nullptr) return nullptr;
+    block->next = newest;
+    bucket.more.store(block, std::memory_order_release);
+    return &block->slots[0];
+}
+
+StringTable::SlotBlock* StringTable::NewBlock() {
+    constexpr auto per_chunk =
+        static_cast<std::uint32_t>((kBlockChunkBytes - sizeof(BlockChunk)) / sizeof(SlotBlock) - 1);
+    if (chunks_ == nullptr || chunks_->used == per_chunk) {
+        auto* chunk = static_cast<BlockChunk*>(std::malloc(kBlockChunkBytes));
+        if (chunk == nullptr) return nullptr;
+        *chunk = {chunks_, 0};
+        chunks_ = chunk;
+    }
+    auto start = reinterpret_cast<std::uintptr_t>(chunks_ + 1);
+    auto* blocks = reinterpret_cast<unsigned char*>(chunks_ + 1) + (-start & (alignof(SlotBlock) - 1));
+    return new (blocks + chunks_->used++ * sizeof(SlotBlock)) SlotBlock{};
+}
+
+char* StringTable::TakeBytes(std::uint32_t size) {
+    if (arenas_ == nullptr || arenas_->capacity - arenas_->used < size) {
+        auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + kArenaRoom));
+        if (arena == nullptr) return nullptr;
+        *arena = {arenas_, kArenaRoom, 0, reinterpret_cast<char*>(arena + 1)};
+        // A slot has 48 bits for an address, which every processor that we know gives to programs or less.
+        if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + kArenaRoom)} >> kAddressBits != 0) {
+            std::free(arena);
+            return nullptr;
+        }
+        arenas_ = arena;
+    }
+    char* bytes = arenas_->base + arenas_->used;
+    arenas_->used += size;
+    return bytes;
+}
+
+} // namespace Tessarin

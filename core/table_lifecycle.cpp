@@ -1,0 +1,89 @@
+// Tables live in pool blocks, so they are ended in place and never deleted. A tree of tables may be a million deep:
+// instead of recursing, an entry with a child puts the child's entries into the chain that it is being ended from, by
+// the links that they have already.
+
+#include "core/table_lifecycle.h"
+
+#include "core/library_state.h"
+#include "core/table.h"
+#include "core/watch.h"
+#include "tessarin/tables.h"
+
+#include <new>
+
+namespace Tessarin {
+namespace {
+
+// What the registry says of a table.
+constexpr std::uint32_t kRootTable = 1;
+constexpr std::uint32_t kChildTable = 2;
+
+/// Ends the table itself and hands its entries on.
+Pair* EndTable(Table* table, Pair* behind) {
+    Watch::Ended(table);
+    Pair* chain = table->Dismantle(behind);
+    library_state.tables.Free(table);
+    return chain;
+}
+
+} // namespace
+
+Table* MakeTable() {
+    void* block = library_state.tables.Alloc();
+    return block == nullptr ? nullptr : new (block) Table;
+}
+
+Table* MakeTableWithRoom() {
+    Table* table = MakeTable();
+    if (table == nullptr || table->Entries().AcquireFirst()) return table;
+    DestroyTable(table);
+    return nullptr;
+}
+
+Table* MakeChild() {
+    Table* child = MakeTableWithRoom();
+    if (child != nullptr) library_state.registry.Set(child, kChildTable);
+    return child;
+}
+
+void DestroyTable(Table* table) { DestroyEntries(EndTable(table, nullptr)); }
+
+void DestroyRegistered(Table* table) {
+    library_state.registry.Erase(table);
+    DestroyTable(table);
+}
+
+void DestroyEntries(Pair* chain) {
+    while (chain != nullptr) {
+        Pair* pair = chain;
+        chain = pair->next;
+        if (Table* child = pair->OwnedTable()) {
+            library_state.registry.Erase(child);
+            chain = EndTable(child, chain);
+        }
+        Watch::Ended(pair);
+        pair->ReleaseBlocks();
+        library_state.pairs.Free(pair);
+    }
+}
+
+Table* FinishRoot(Table* table, bool filled) {
+    if (table == nullptr) return nullptr;
+    if (filled) {
+        library_state.registry.Set(table, kRootTable);
+        return table;
+    }
+    DestroyTable(table);
+    return nullptr;
+}
+
+} // namespace Tessarin
+
+Tessarin::ITable* CreateTable() { return Tessarin::FinishRoot(Tessarin::MakeTableWithRoom(), true); }
+
+std::uint32_t CloseTable(Tessarin::ITable* table) {
+    if (table != nullptr) Tessarin::DestroyRegistered(static_cast<Tessarin::Table*>(table));
+    return 1;
+}
+
+std::uint32_t ValidateTable(Tessarin::ITable* table) { return Tessarin::library_state.registry.Get(table); }

@@ -1,0 +1,51 @@
+/// Which addresses are live tables, and how they came to be. Nothing reaches a table through it.
+
+#ifndef TESSARIN_CORE_TABLE_REGISTRY_H
+#define TESSARIN_CORE_TABLE_REGISTRY_H
+
+#include "containers/hash_map.h"
+#include "platform/critical_section.h"
+
+#include <cstdint>
+#include <mutex>
+
+namespace Tessarin {
+
+/// Safe from any thread. A table that it has no memory for goes without an entry, and so does every table if the map
+/// couldn't be made at the start.
+class TableRegistry {
+public:
+    TableRegistry() : map_(hm::Create(99991, sizeof(std::uint32_t))) {}
+    ~TableRegistry() {
+        if (map_ != nullptr) hm::Destroy(map_);
+    }
+    TableRegistry(const TableRegistry&) = delete;
+    TableRegistry& operator=(const TableRegistry&) = delete;
+
+    void Set(const void* table, std::uint32_t origin) {
+        std::lock_guard guard(lock_);
+        if (map_ != nullptr) map_->Set(Key(table), &origin);
+    }
+
+    void Erase(const void* table) {
+        std::lock_guard guard(lock_);
+        if (map_ != nullptr) map_->Erase(Key(table));
+    }
+
+    /// 0 for an address that isn't in it.
+    std::uint32_t Get(const void* table) {
+        std::lock_guard guard(lock_);
+        const void* origin = map_ == nullptr || table == nullptr ? nullptr : map_->Get(Key(table));
+        return origin == nullptr ? 0 : *static_cast<const std::uint32_t*>(origin);
+    }
+
+private:
+    static std::uintptr_t Key(const void* table) { return reinterpret_cast<std::uintptr_t>(table); }
+
+    CriticalSection lock_;
+    hm* map_;
+};
+
+} // namespace Tessarin
+
+#endif

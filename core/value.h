@@ -1,0 +1,36 @@
+/// The value of an entry: 16 bytes whose meaning the entry's kind gives.
+
+#ifndef TESSARIN_CORE_VALUE_H
+#define TESSARIN_CORE_VALUE_H
+
+#include <cstring>
+#include <type_traits>
+
+namespace Tessarin {
+
+/// Getters read the first word whatever it was stored as, so all access goes by copies of bytes.
+class Value {
+public:
+    template <class T>
+    [[nodiscard]] T As() const {
+        static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= kBytes);
+        T value;
+        std::memcpy(&value, bytes_, sizeof value);
+        return value;
+    }
+
+    template <class T>
+    void Put(const T& value) {
+        static_assert(std::is_trivially_copyable_v<T> && sizeof(T) <= kBytes);
+        std::memcpy(bytes_, &value, sizeof value);
+    }
+
+private:
+    static constexpr std::size_t kBytes = 16;
+
+    alignas(8) unsigned char bytes_[kBytes] = {};
+};
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,62 @@
+// A path is tried as it stands first, so that a name which does hold a `\` stays within reach, and so that the folders
+// are searched only for paths that lead nowhere else. Writing has no second try: a file to be created has no name to
+// match yet.
+
+#include "documents/file_io.h"
+
+#include "documents/stream.h"
+#include "platform/host_path.h"
+
+#include <cstdlib>
+
+namespace Tessarin {
+namespace {
+
+constexpr std::int32_t kModeRead = 0, kModeWrite = 1;
+
+bool IsEmpty(const char* path) { return path == nullptr || *path == '\0'; }
+
+std::FILE* OpenToRead(const char* path, const char* mode) {
+    std::FILE* stream = std::fopen(path, mode);
+    if (stream != nullptr) return stream;
+    char* host = HostPath(path);
+    if (host == nullptr) return nullptr;
+    stream = std::fopen(host, mode);
+    std::free(host);
+    return stream;
+}
+
+std::FILE* Stream(void* handle) { return static_cast<std::FILE*>(handle); }
+
+} // namespace
+
+void* FileIO::Open(const char* path, std::int32_t mode) {
+    if (IsEmpty(path)) return nullptr;
+    if (mode == kModeRead) return OpenToRead(path, "rb");
+    if (mode == kModeWrite) return std::fopen(path, "wb+");
+    return nullptr;
+}
+
+void FileIO::Close(void* handle) {
+    if (handle != nullptr) static_cast<void>(std::fclose(Stream(handle)));
+}
+
+std::int32_t FileIO::GetSize(void* handle) { return StreamSize(Stream(handle)); }
+
+std::uint32_t FileIO::Read(void* handle, void* buffer, std::uint32_t buffer_size, std::uint32_t count) {
+    return ReadStream(Stream(handle), buffer, buffer_size, count);
+}
+
+std::uint32_t FileIO::Write(void* handle, const void* buffer, std::uint32_t size) {
+    return WriteStream(Stream(handle), buffer, size);
+}
+
+bool FileIO::Exists(const char* path) {
+    if (IsEmpty(path)) return false;
+    std::FILE* stream = OpenToRead(path, "r");
+    if (stream == nullptr) return false;
+    static_cast<void>(std::fclose(stream));
+    return true;
+}
+
+} // namespace Tessarin

@@ -1,0 +1,23 @@
+/// The file service of the library's own: what configuration and tab files use when the host gives them none.
+
+#ifndef TESSARIN_DOCUMENTS_FILE_IO_H
+#define TESSARIN_DOCUMENTS_FILE_IO_H
+
+#include "tessarin/documents.h"
+
+namespace Tessarin {
+
+/// Has no state: the handles are streams of the runtime library. Made with nothrow new by whoever owns it.
+class FileIO final : public ::IFileIO {
+public:
+    void* Open(const char* path, std::int32_t mode) override;
+    void Close(void* handle) override;
+    std::int32_t GetSize(void* handle) override;
+    std::uint32_t Read(void* handle, void* buffer, std::uint32_t buffer_size, std::uint32_t count) override;
+    std::uint32_t Write(void* handle, const void* buffer, std::uint32_t size) override;
+    bool Exists(const char* path) override;
+};
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,177 @@
+// A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces, as
+// an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
+
+#include "core/string_table.h"
+#include "core/table.h"
+#include "documents/file_objects.h"
+#include "documents/json_raw_strings.h"
+#include "documents/walk_stack.h"
+
+#include <bit>
+#include <cmath>
+#include <cstring>
+
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+namespace Tessarin {
+namespace {
+
+using Text = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, ThrowingAllocator>;
+using Writer = rapidjson::Writer<Text, rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
+
+constexpr char kMarkerKey[] = "__internal_type";
+constexpr char kMarkerText[] = "qv game schema";
+constexpr std::size_t kFirstBytes = 256;
+
+class JsonSaver {
+public:
+    explicit JsonSaver(Text& text, ThrowingAllocator& heap) : writer_(text, &heap) {}
+
+    /// False if the table contains itself, or memory ran out for the walk.
+    bool Save(ITable& root) {
+        writer_.StartObject();
+        writer_.Key(kMarkerKey, sizeof kMarkerKey - 1);
+        writer_.String(kMarkerText, sizeof kMarkerText - 1);
+        if (!Enter(root)) return false;
+        while (open_.Depth() != 0) {
+            OpenTable& top = open_.Top();
+            IIterator* entry = top.entry;
+            if (entry == nullptr) {
+                writer_.EndObject();
+                open_.Pop();
+                continue;
+            }
+            top.entry = top.table->Next(&top.entry);
+            if (!Write(*entry)) return false;
+        }
+        return true;
+    }
+
+private:
+    struct OpenTable {
+        ITable* table;
+        IIterator* entry; // the next one to write
+    };
+
+    /// A walk that goes round in a circle passes again, sooner or later, the table that stands at the last power of two
+    /// of its depth, so it is enough to look there.
+    [[nodiscard]] bool Enter(ITable& table) {
+        std::uint32_t depth = open_.Depth();
+        if (depth != 0 && open_[std::bit_floor(depth) - 1].table == &table) return false;
+        return open_.Push({&table, table.First()});
+    }
+
+    bool Write(IIterator& entry) {
+        std::uint32_t kind = entry.GetType();
+        if (kind == VALUE_EMPTY || kind == VALUE_PTR || kind >= VALUE_HANDLE) return true;
+        cstr key = entry.GetKey();
+        writer_.Key(key, CstrLength(key));
+        switch (kind) {
+        case VALUE_STRING:
+            WriteString(entry.GetString());
+            return true;
+        case VALUE_INTEGER:
+            writer_.Int(entry.GetInteger());
+            return true;
+        case VALUE_REAL:
+            WriteReal(entry.GetReal());
+            return true;
+        case VALUE_FLOAT2:
+            WriteArray<Float2>(entry, &IIterator::GetFloat2);
+            return true;
+        case VALUE_FLOAT3:
+            WriteArray<Float3>(entry, &IIterator::GetFloat3);
+            return true;
+        case VALUE_FLOAT4:
+            WriteArray<Float4>(entry, &IIterator::GetFloat4);
+            return true;
+        case VALUE_FLOAT4X4:
+            WriteArray<Float4x4>(entry, &IIterator::GetFloat4x4);
+            return true;
+        default:
+            return WriteTable(entry.GetTable());
+        }
+    }
+
+    bool WriteTable(ITable* table) {
+        if (table == nullptr) return writer_.Null();
+        writer_.StartObject();
+        return Enter(*table);
+    }
+
+    /// The form has no null string.
+    void WriteString(cstr text) {
+        if (text == nullptr) {
+            writer_.String("", 0);
+        } else {
+            writer_.String(text, CstrLength(text));
+        }
+    }
+
+    /// The form has no text for a real that isn't finite.
+    void WriteReal(float real) {
+        if (std::isfinite(real)) {
+            writer_.Double(static_cast<double>(real));
+        } else {
+            writer_.Null();
+        }
+    }
+
+    template <class Vector>
+    void WriteArray(IIterator& entry, std::uint32_t (IIterator::*get)(Vector*)) {
+        Vector vector{};
+        (entry.*get)(&vector);
+        float components[sizeof(Vector) / sizeof(float)];
+        std::memcpy(components, &vector, sizeof vector);
+        writer_.StartArray();
+        for (float component : components) WriteReal(component);
+        writer_.EndArray();
+    }
+
+    Writer writer_;
+    WalkStack<OpenTable> open_;
+};
+
+/// Writes the document and hands its bytes to `deliver`; false if there are none to hand over.
+template <class Deliver>
+bool SaveJson(ITable& root, Deliver deliver) {
+    try {
+        ThrowingAllocator heap;
+        Text text(&heap, kFirstBytes);
+        if (!JsonSaver(text, heap).Save(root) || text.GetSize() > UINT32_MAX) return false;
+        return deliver(text.GetString(), static_cast<std::uint32_t>(text.GetSize()));
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
+} // namespace
+
+std::uint32_t Table::SaveFile(const char* path) {
+    if (path == nullptr || *path == '\0') return 0;
+    bool saved = SaveJson(*this, [path](const char* bytes, std::uint32_t size) {
+        FileWriter* file = FileWriter::Open(path);
+        if (file == nullptr) return false;
+        bool whole = file->Write(bytes, size) == size;
+        file->Release();
+        return whole;
+    });
+    return saved ? 1 : 0;
+}
+
+std::uint32_t Table::SaveBuffer(void** data, std::uint32_t* size) {
+    if (data == nullptr || size == nullptr) return 0;
+    *data = nullptr;
+    *size = 0;
+    bool saved = SaveJson(*this, [data, size](const char* bytes, std::uint32_t length) {
+        *size = length;
+        *data = std::malloc(length);
+        if (*data == nullptr) return false;
+        std::memcpy(*data, bytes, length);
+        return true;
+    });
+    return saved ? 1 : 0;
+}
+
+} // namespace Tessarin

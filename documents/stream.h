@@ -1,0 +1,35 @@
+/// What the file objects and the file service do alike on a stream of the runtime library.
+
+#ifndef TESSARIN_DOCUMENTS_STREAM_H
+#define TESSARIN_DOCUMENTS_STREAM_H
+
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+
+namespace Tessarin {
+
+/// The size in bytes; 0 for a null stream, -1 for what can't seek and for what 31 bits can't hold, which a folder's
+/// size is among. The position is the start afterwards, as the callers read on from there.
+inline std::int32_t StreamSize(std::FILE* stream) {
+    if (stream == nullptr) return 0;
+    const std::int64_t size = std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
+    static_cast<void>(std::fseek(stream, 0, SEEK_SET));
+    return size < 0 || size > std::numeric_limits<std::int32_t>::max() ? -1 : static_cast<std::int32_t>(size);
+}
+
+/// Reads up to `count` bytes, but none at all unless `buffer` has room for that many.
+inline std::uint32_t ReadStream(std::FILE* stream, void* buffer, std::uint32_t buffer_size, std::uint32_t count) {
+    if (stream == nullptr || buffer == nullptr || buffer_size < count) return 0;
+    return static_cast<std::uint32_t>(std::fread(buffer, 1, count, stream));
+}
+
+/// Writes `size` bytes; answers how many the stream took.
+inline std::uint32_t WriteStream(std::FILE* stream, const void* buffer, std::uint32_t size) {
+    if (stream == nullptr || buffer == nullptr) return 0;
+    return static_cast<std::uint32_t>(std::fwrite(buffer, 1, size, stream));
+}
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,11 @@
+/// Everything that the library offers.
+
+#ifndef TESSARIN_TESSARIN_H
+#define TESSARIN_TESSARIN_H
+
+#include "tessarin/containers.h"
+#include "tessarin/documents.h"
+#include "tessarin/tables.h"
+#include "tessarin/types.h"
+
+#endif

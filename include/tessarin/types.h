@@ -1,0 +1,47 @@
+/// Types that every part of the library shares. Usable from C99 and from C++17.
+
+#ifndef TESSARIN_TYPES_H
+#define TESSARIN_TYPES_H
+
+#include <stdint.h>
+
+/// Marks what the shared library shows to its hosts; everything else is hidden.
+#if defined(_WIN32)
+#if defined(TESSARIN_BUILDING)
+#define TESSARIN_API __declspec(dllexport)
+#else
+#define TESSARIN_API __declspec(dllimport)
+#endif
+#else
+#define TESSARIN_API __attribute__((visibility("default")))
+#endif
+
+/// An interned text. Equal text, byte for byte, is one and the same address, so keys compare as pointers.
+/// The text ends with a NUL and must not be written to; the 32-bit word right before it holds its length in bytes
+/// (it may stand at any address: read it with memcpy). Valid until the library is unloaded; freed by nobody.
+typedef const char* cstr;
+
+/// Two consecutive 32-bit floats.
+typedef struct Float2 {
+    float x, y;
+} Float2;
+
+/// Three consecutive 32-bit floats.
+typedef struct Float3 {
+    float x, y, z;
+} Float3;
+
+/// Four consecutive 32-bit floats.
+typedef struct Float4 {
+    float x, y, z, w;
+} Float4;
+
+/// Sixteen consecutive 32-bit floats, in the order of the host's own matrix.
+typedef struct Float4x4 {
+    float m[16];
+} Float4x4;
+
+/// A 32-bit value of the host's, opaque to the library.
+typedef uint32_t Handle;
+
+#endif

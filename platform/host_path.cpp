@@ -1,0 +1,100 @@
+// A name that matches has the length of the name it matches, so the host's path is made in place: one copy of the path,
+// in which name after name is replaced by its match. Invariant: all that stands before the name being matched is the
+// host's path already, so the folder to look into is always at hand. There is no way back from a name once it is
+// matched: of two folders whose names differ in case only, the second is never looked into.
+
+#include "platform/host_path.h"
+
+#if defined(_WIN32)
+
+namespace Tessarin {
+
+char* HostPath(const char*) { return nullptr; }
+
+} // namespace Tessarin
+
+#else
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <dirent.h>
+#include <sys/stat.h>
+
+namespace Tessarin {
+namespace {
+
+char Lower(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte; }
+
+bool SameButForCase(const char* name, const char* other) {
+    while (*name != '\0' && Lower(*name) == Lower(*other)) {
+        ++name;
+        ++other;
+    }
+    return *name == '\0' && *other == '\0';
+}
+
+bool IsFixed(const char* name) { return *name == '\0' || std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
+
+/// The folder that `name`, which stands inside `path`, is to be looked up in.
+DIR* OpenFolder(char* path, char* name) {
+    if (name == path) return opendir(".");
+    const char first = *name;
+    *name = '\0';
+    DIR* folder = opendir(path);
+    *name = first;
+    return folder;
+}
+
+/// Replaces `name` by the first in byte order of its folder's names that differ from it in case at most. Every
+/// candidate is `name` in another case, so taking one leaves the others candidates.
+bool MatchInFolder(DIR* folder, char* name) {
+    bool found = false;
+    for (const dirent* entry = readdir(folder); entry != nullptr; entry = readdir(folder)) {
+        if (!SameButForCase(name, entry->d_name) || (found && std::strcmp(entry->d_name, name) >= 0)) continue;
+        std::memcpy(name, entry->d_name, std::strlen(name));
+        found = true;
+    }
+    return found;
+}
+
+/// Turns `name`, the last one in `path` as it stands, into the host's. False if there is no match.
+bool MatchName(char* path, char* name) {
+    struct stat ignored;
+    if (IsFixed(name) || lstat(path, &ignored) == 0) return true;
+    DIR* folder = OpenFolder(path, name);
+    if (folder == nullptr) return false;
+    const bool found = MatchInFolder(folder, name);
+    closedir(folder);
+    return found;
+}
+
+bool MatchNames(char* path) {
+    for (char* name = path;;) {
+        char* stop = std::strchr(name, '/');
+        if (stop == nullptr) return MatchName(path, name);
+        *stop = '\0';
+        const bool found = MatchName(path, name);
+        *stop = '/';
+        if (!found) return false;
+        name = stop + 1;
+    }
+}
+
+} // namespace
+
+char* HostPath(const char* path) {
+    if (std::strchr(path, '\\') == nullptr) return nullptr;
+    const std::size_t length = std::strlen(path);
+    auto* host = static_cast<char*>(std::malloc(length + 1));
+    if (host == nullptr) return nullptr;
+    std::memcpy(host, path, length + 1);
+    std::replace(host, host + length, '\\', '/');
+    if (MatchNames(host)) return host;
+    std::free(host);
+    return nullptr;
+}
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,200 @@
+// The rounding is std::from_chars's, which knows no locale. It isn't given the text as it stands, for three reasons: it
+// leaves the value unset when that is out of range, it loses count of exponents beyond some ten thousand, and it takes
+// no plus sign and no "0x". So the text is read here into its significant digits and a power of the base, and
+// from_chars gets a canonical text of bounded length: the digits as an integer, and an exponent that can't be far from
+// range.
+//
+// Invariants of Numeral, after each byte read:
+//  - its value is `digits`, read as an integer, times base to the `power`, plus less than one unit of the last digit;
+//  - `digits` starts with no zero; a value of zero has no digits;
+//  - `lost` is set if and only if a digit other than zero was left out.
+
+#include "platform/number_text.h"
+
+#include <algorithm>
+#include <cfenv>
+#include <charconv>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace Tessarin {
+namespace {
+
+// The point half way between two neighbouring doubles has up to 767 decimal digits, fewer hexadecimal ones. A text that
+// agrees with such a point in all of them is above it or not by whether any other digit follows, whichever it is.
+constexpr int kMostDigits = 768;
+
+// Stands for any exponent that no text in memory has digits enough to make up for, with room to add to it.
+constexpr std::int64_t kFarExponent = 100'000'000'000'000'000;
+
+struct Numeral {
+    char digits[kMostDigits + 1];
+    int count = 0;
+    std::int64_t power = 0;
+    bool lost = false;
+};
+
+/// What differs between decimal and hexadecimal: the letters, how many units of the exponent a digit shifts by, and
+/// from where on a value's magnitude (the exponent of its leading digit) is surely infinite, or surely zero.
+struct Notation {
+    int base;
+    char exponent_mark;
+    int exponent_per_digit;
+    std::int64_t surely_infinite;
+    std::int64_t surely_zero;
+    std::chars_format format;
+};
+
+constexpr Notation kDecimal = {10, 'e', 1, 310, -330, std::chars_format::general};
+constexpr Notation kHexadecimal = {16, 'p', 4, 1030, -1080, std::chars_format::hex};
+
+bool IsSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
+
+bool IsDecimalDigit(char byte) { return byte >= '0' && byte <= '9'; }
+
+char Lower(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte; }
+
+bool IsDigit(char byte, int base) {
+    return IsDecimalDigit(byte) || (base == 16 && Lower(byte) >= 'a' && Lower(byte) <= 'f');
+}
+
+/// Moves `first` behind white space and one sign. Answers whether the sign is a minus.
+bool SkipSign(const char*& first, const char* last) {
+    while (first != last && IsSpace(*first)) ++first;
+    if (first == last || (*first != '-' && *first != '+')) return false;
+    return *first++ == '-';
+}
+
+/// Whether the text begins with `word`, which is in lower case.
+bool BeginsWith(const char* first, const char* last, const char* word) {
+    for (; *word != '\0'; ++word, ++first) {
+        if (first == last || Lower(*first) != *word) return false;
+    }
+    return true;
+}
+
+void TakeDigit(Numeral& numeral, char digit, bool in_fraction) {
+    const bool leading_zero = numeral.count == 0 && digit == '0';
+    const bool left_out = numeral.count == kMostDigits;
+    if (!leading_zero && !left_out) numeral.digits[numeral.count++] = digit;
+    if (left_out && digit != '0') numeral.lost = true;
+    // A digit that is kept multiplies the integer by the base, which a place in the fraction takes back. One that is
+    // left out leaves the integer alone, which a place before the point makes up for.
+    if (in_fraction && !left_out) --numeral.power;
+    if (!in_fraction && left_out) ++numeral.power;
+}
+
+/// Reads digits with one point at most. Answers where they end; null if there is no digit.
+const char* ReadDigits(const char* first, const char* last, int base, Numeral& numeral) {
+    bool any = false, in_fraction = false;
+    for (; first != last; ++first) {
+        if (IsDigit(*first, base)) {
+            TakeDigit(numeral, *first, in_fraction);
+            any = true;
+        } else if (*first == '.' && !in_fraction) {
+            in_fraction = true;
+        } else {
+            break;
+        }
+    }
+    return any ? first : nullptr;
+}
+
+/// The exponent that the text begins with; 0 if it begins with none, or with a mark that no digit follows.
+std::int64_t ReadExponent(const char* first, const char* last, char mark) {
+    if (first == last || Lower(*first) != mark) return 0;
+    ++first;
+    const bool signed_once = first != last && (*first == '-' || *first == '+');
+    const bool negative = signed_once && *first == '-';
+    if (signed_once) ++first;
+    std::int64_t exponent = 0;
+    for (; first != last && IsDecimalDigit(*first); ++first) {
+        exponent = std::min(exponent * 10 + (*first - '0'), kFarExponent);
+    }
+    return negative ? -exponent : exponent;
+}
+
+/// Has from_chars round to nearest, whatever the host has set: its short way for short numbers calculates in doubles.
+class NearestRounding {
+public:
+    NearestRounding() : host_(std::fegetround()) {
+        if (host_ != FE_TONEAREST) std::fesetround(FE_TONEAREST);
+    }
+    ~NearestRounding() {
+        if (host_ != FE_TONEAREST) std::fesetround(host_);
+    }
+    NearestRounding(const NearestRounding&) = delete;
+    NearestRounding& operator=(const NearestRounding&) = delete;
+
+private:
+    int host_;
+};
+
+/// The double nearest to the numeral times the notation's exponent base to the `exponent`.
+double Round(const Numeral& numeral, std::int64_t exponent, const Notation& notation, double out_of_range) {
+    char text[kMostDigits + 32];
+    std::memcpy(text, numeral.digits, static_cast<std::size_t>(numeral.count));
+    char* end = text + numeral.count;
+    *end++ = notation.exponent_mark;
+    end = std::to_chars(end, text + sizeof text, exponent).ptr;
+
+    double value = out_of_range;
+    const NearestRounding rounding;
+    const std::from_chars_result result = std::from_chars(text, end, value, notation.format);
+    return result.ec == std::errc() ? value : out_of_range;
+}
+
+/// The value of digits that are followed by an exponent or not; 0 if there are no digits.
+double ReadNumeral(const char* first, const char* last, const Notation& notation) {
+    Numeral numeral;
+    const char* behind = ReadDigits(first, last, notation.base, numeral);
+    if (numeral.count == 0) return 0.0;
+    if (numeral.lost) {
+        numeral.digits[numeral.count++] = '1';
+        --numeral.power;
+    }
+    const std::int64_t exponent =
+        numeral.power * notation.exponent_per_digit + ReadExponent(behind, last, notation.exponent_mark);
+    const std::int64_t magnitude = std::int64_t{numeral.count} * notation.exponent_per_digit + exponent;
+    const double out_of_range = magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0;
+    if (magnitude > notation.surely_infinite || magnitude < notation.surely_zero) return out_of_range;
+    return Round(numeral, exponent, notation, out_of_range);
+}
+
+double ReadMagnitude(const char* first, const char* last) {
+    if (BeginsWith(first, last, "inf")) return std::numeric_limits<double>::infinity();
+    if (BeginsWith(first, last, "nan")) return std::numeric_limits<double>::quiet_NaN();
+    // A "0x" that no digit follows is a zero with a letter behind it, which comes to the same.
+    if (BeginsWith(first, last, "0x")) return ReadNumeral(first + 2, last, kHexadecimal);
+    return ReadNumeral(first, last, kDecimal);
+}
+
+/// Whether a number begins here: without one, a sign before it counts for nothing.
+bool BeginsNumber(const char* first, const char* last) {
+    if (BeginsWith(first, last, "inf") || BeginsWith(first, last, "nan")) return true;
+    if (BeginsWith(first, last, ".")) ++first;
+    return first != last && IsDecimalDigit(*first);
+}
+
+} // namespace
+
+std::int32_t TextToInteger(const char* first, const char* last) {
+    const bool negative = SkipSign(first, last);
+    std::uint64_t magnitude = 0;
+    const std::from_chars_result result = std::from_chars(first, last, magnitude);
+    if (result.ec == std::errc::result_out_of_range) magnitude = std::numeric_limits<std::uint64_t>::max();
+
+    const std::uint64_t most = std::numeric_limits<std::int64_t>::max();
+    const std::uint64_t held = std::min(magnitude, negative ? most + 1 : most);
+    return static_cast<std::int32_t>(static_cast<std::uint32_t>(negative ? 0 - held : held));
+}
+
+double TextToReal(const char* first, const char* last) {
+    const bool negative = SkipSign(first, last);
+    if (!BeginsNumber(first, last)) return 0.0;
+    const double magnitude = ReadMagnitude(first, last);
+    return negative ? -magnitude : magnitude;
+}
+
+} // namespace Tessarin

@@ -1,0 +1,245 @@
+#include "tessarin/documents.h"
+
+#include "documents/file_io.h"
+#include "documents/whole_file.h"
+#include "tests/support/failing_heap.h"
+#include "tests/support/temporary_folder.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <iterator>
+#include <limits>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+namespace fs = std::filesystem;
+using TestSupport::FailingHeap;
+using TestSupport::ReadWhole;
+using TestSupport::TemporaryFolder;
+
+std::ptrdiff_t OpenFiles() {
+    const fs::directory_iterator files("/proc/self/fd");
+    return std::distance(begin(files), end(files));
+}
+
+class FileAccess : public testing::Test {
+protected:
+    void TearDown() override { EXPECT_EQ(OpenFiles(), open_before); }
+
+    TemporaryFolder folder;
+    std::ptrdiff_t open_before = OpenFiles();
+    Tessarin::FileIO service;
+};
+
+TEST_F(FileAccess, ReadsAndRewindsAFile) {
+    Tessarin::IRead* file = CreateReadFile(folder.File("a", std::string("ab\0", 3)).c_str());
+    ASSERT_NE(file, nullptr);
+    char buffer[4] = {'x', 'x', 'x', 'x'};
+    EXPECT_EQ(file->Read(buffer, 3, 4), 0U);
+    EXPECT_EQ(file->Read(nullptr, 4, 4), 0U);
+    EXPECT_EQ(std::memcmp(buffer, "xxxx", 4), 0);
+    EXPECT_EQ(file->Read(buffer, 2, 2), 2U);
+    EXPECT_EQ(file->GetSize(), 3);
+    EXPECT_EQ(file->Read(buffer, 4, 4), 3U);
+    EXPECT_EQ(std::memcmp(buffer, "ab\0x", 4), 0);
+    EXPECT_EQ(file->Read(buffer, 4, 4), 0U);
+    EXPECT_EQ(file->GetSize(), 3);
+    EXPECT_EQ(file->Read(buffer, 4, 0), 0U);
+    EXPECT_EQ(file->Read(buffer, 1, 1), 1U);
+    EXPECT_EQ(file->Release(), 1U);
+}
+
+TEST_F(FileAccess, WritesAFile) {
+    const std::string path = folder.File("a", "longer than before");
+    Tessarin::IWrite* file = CreateWriteFile(path.c_str());
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(ReadWhole(path), "");
+    EXPECT_EQ(file->Write("a\r\n", 3), 3U);
+    EXPECT_EQ(file->Write(nullptr, 3), 0U);
+    EXPECT_EQ(file->Write("", 0), 0U);
+    EXPECT_EQ(file->Write("\0b", 2), 2U);
+    EXPECT_EQ(file->Release(), 1U);
+    EXPECT_EQ(ReadWhole(path), std::string("a\r\n\0b", 5));
+}
+
+TEST_F(FileAccess, HasNoObjectForWhatCantBeOpened) {
+    static_cast<void>(folder.File("a.txt", ""));
+    for (const std::string& path : {folder.Path("missing"), folder.Path("missing/a"), std::string()}) {
+        EXPECT_EQ(CreateReadFile(path.c_str()), nullptr) << path;
+    }
+    for (const std::string& path : {folder.Path("missing/a"), folder.Path(""), std::string()}) {
+        EXPECT_EQ(CreateWriteFile(path.c_str()), nullptr) << path;
+    }
+    EXPECT_EQ(CreateReadFile(nullptr), nullptr);
+    EXPECT_EQ(CreateWriteFile(nullptr), nullptr);
+    // The objects take a path as it is; the answer for other spellings is the service's.
+    EXPECT_EQ(CreateReadFile(folder.Path("\\A.TXT").c_str()), nullptr);
+}
+
+TEST_F(FileAccess, TruncatesNothingWithoutMemory) {
+    const std::string path = folder.File("a", "kept");
+    {
+        const FailingHeap heap(0);
+        EXPECT_EQ(CreateReadFile(path.c_str()), nullptr);
+        EXPECT_TRUE(heap.Failed());
+    }
+    {
+        const FailingHeap heap(0);
+        EXPECT_EQ(CreateWriteFile(path.c_str()), nullptr);
+        EXPECT_TRUE(heap.Failed());
+    }
+    EXPECT_EQ(ReadWhole(path), "kept");
+}
+
+/// The size as the file object and as the service measure it, which must agree.
+std::int32_t SizeOf(const std::string& path) {
+    Tessarin::IRead* file = CreateReadFile(path.c_str());
+    Tessarin::FileIO service;
+    void* handle = service.Open(path.c_str(), 0);
+    if (file == nullptr || handle == nullptr) ADD_FAILURE() << path;
+    const std::int32_t size = file->GetSize();
+    EXPECT_EQ(service.GetSize(handle), size);
+    file->Release();
+    service.Close(handle);
+    return size;
+}
+
+TEST_F(FileAccess, MeasuresWhat31BitsHold) {
+    const std::string path = folder.File("big", "");
+    EXPECT_EQ(SizeOf(path), 0);
+    constexpr std::uintmax_t kMost = std::numeric_limits<std::int32_t>::max();
+    fs::resize_file(path, kMost);
+    EXPECT_EQ(SizeOf(path), std::numeric_limits<std::int32_t>::max());
+    for (const std::uintmax_t size : {kMost + 1, 2 * kMost + 2, 2 * kMost + 3}) {
+        fs::resize_file(path, size);
+        EXPECT_EQ(SizeOf(path), -1) << size;
+        EXPECT_EQ(Tessarin::ReadWholeFile(path.c_str(), 2).bytes, nullptr);
+    }
+    EXPECT_EQ(SizeOf(folder.Path("")), -1);
+    EXPECT_EQ(Tessarin::ReadWholeFile(folder.Path("").c_str(), 2).bytes, nullptr);
+}
+
+TEST_F(FileAccess, MeasuresNoPipe) {
+    const std::string path = folder.Path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const int other_end = open(path.c_str(), O_RDWR);
+    ASSERT_GE(other_end, 0);
+    EXPECT_EQ(SizeOf(path), -1);
+    close(other_end);
+}
+
+TEST_F(FileAccess, ServiceReadsWhatItWrote) {
+    const std::string path = folder.File("a", "longer than before");
+    void* handle = service.Open(path.c_str(), 1);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(service.Write(handle, "1\r\n2", 4), 4U);
+    EXPECT_EQ(service.Write(handle, nullptr, 4), 0U);
+    EXPECT_EQ(service.GetSize(handle), 4);
+    char buffer[5] = "xxxx";
+    EXPECT_EQ(service.Read(handle, buffer, 4, 4), 4U);
+    EXPECT_STREQ(buffer, "1\r\n2");
+    service.Close(handle);
+
+    handle = service.Open(path.c_str(), 0);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(service.Read(handle, buffer, 3, 4), 0U);
+    EXPECT_EQ(service.Read(handle, nullptr, 4, 4), 0U);
+    EXPECT_EQ(service.Read(handle, buffer, 4, 3), 3U);
+    EXPECT_EQ(service.GetSize(handle), 4);
+    EXPECT_EQ(service.Read(handle, buffer, 5, 5), 4U);
+    service.Close(handle);
+}
+
+TEST_F(FileAccess, ServiceRefusesWhatIsNoFile) {
+    const std::string path = folder.File("a", "kept");
+    for (const std::int32_t mode : {-1, 2, 3}) EXPECT_EQ(service.Open(path.c_str(), mode), nullptr) << mode;
+    for (const std::int32_t mode : {0, 1}) {
+        EXPECT_EQ(service.Open(nullptr, mode), nullptr);
+        EXPECT_EQ(service.Open("", mode), nullptr);
+        EXPECT_EQ(service.Open(folder.Path("missing/a").c_str(), mode), nullptr);
+    }
+    EXPECT_EQ(ReadWhole(path), "kept");
+    EXPECT_FALSE(service.Exists(nullptr));
+    EXPECT_FALSE(service.Exists(""));
+    EXPECT_FALSE(service.Exists(folder.Path("missing").c_str()));
+    EXPECT_TRUE(service.Exists(path.c_str()));
+
+    char buffer[4];
+    EXPECT_EQ(service.GetSize(nullptr), 0);
+    EXPECT_EQ(service.Read(nullptr, buffer, 4, 4), 0U);
+    EXPECT_EQ(service.Write(nullptr, buffer, 4), 0U);
+    service.Close(nullptr);
+}
+
+TEST_F(FileAccess, ServiceFindsTheHostsNameToReadButNotToWrite) {
+    fs::create_directory(folder.Path("Data"));
+    static_cast<void>(folder.File("Data/Items.Tab", "host"));
+    const std::string spelt = folder.Path("data\\items.tab");
+    EXPECT_TRUE(service.Exists(spelt.c_str()));
+    EXPECT_FALSE(service.Exists(folder.Path("data/items.tab").c_str()));
+    EXPECT_FALSE(service.Exists(folder.Path("data\\items.txt").c_str()));
+    EXPECT_EQ(service.Open(folder.Path("data\\items.txt").c_str(), 0), nullptr);
+    EXPECT_EQ(SizeOf(folder.Path("Data/Items.Tab")), 4);
+
+    void* handle = service.Open(spelt.c_str(), 0);
+    ASSERT_NE(handle, nullptr);
+    char buffer[4];
+    EXPECT_EQ(service.Read(handle, buffer, 4, 4), 4U);
+    EXPECT_EQ(std::memcmp(buffer, "host", 4), 0);
+    service.Close(handle);
+
+    // Written to, the path is a name of its own, and that is then the first to be found.
+    handle = service.Open(spelt.c_str(), 1);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(service.Write(handle, "as it is", 8), 8U);
+    service.Close(handle);
+    EXPECT_EQ(ReadWhole(spelt), "as it is");
+    EXPECT_EQ(ReadWhole(folder.Path("Data/Items.Tab")), "host");
+    handle = service.Open(spelt.c_str(), 0);
+    ASSERT_NE(handle, nullptr);
+    EXPECT_EQ(service.GetSize(handle), 8);
+    service.Close(handle);
+}
+
+TEST_F(FileAccess, ReadsAWholeFileWithZerosBehindIt) {
+    for (const std::string& text : {std::string(), std::string("a\0b", 3), std::string(200'000, '\xff')}) {
+        const std::string path = folder.File("whole", text);
+        for (const std::uint32_t spare : {1U, 2U}) {
+            const Tessarin::WholeFile whole = Tessarin::ReadWholeFile(path.c_str(), spare);
+            ASSERT_NE(whole.bytes, nullptr);
+            ASSERT_EQ(whole.size, text.size());
+            EXPECT_EQ(std::string(whole.bytes, whole.size + spare), text + std::string(spare, '\0'));
+            std::free(whole.bytes);
+        }
+    }
+    for (const char* path : {static_cast<const char*>(nullptr), "", "/missing/file"}) {
+        EXPECT_EQ(Tessarin::ReadWholeFile(path, 2).bytes, nullptr);
+    }
+}
+
+// A file of the kernel's says that it has a page and gives a few bytes.
+TEST_F(FileAccess, ReadsNoWholeFileThatGivesLessThanItsSize) {
+    const char* path = "/sys/devices/system/cpu/online";
+    if (!service.Exists(path)) GTEST_SKIP() << "the host has no " << path;
+    ASSERT_GT(SizeOf(path), static_cast<std::int32_t>(ReadWhole(path).size()));
+    EXPECT_EQ(Tessarin::ReadWholeFile(path, 2).bytes, nullptr);
+}
+
+TEST_F(FileAccess, ReadsNoWholeFileWithoutMemory) {
+    const std::string path = folder.File("whole", "text");
+    const std::size_t failures = TestSupport::FailEachAllocation([&](const FailingHeap& heap) {
+        const Tessarin::WholeFile whole = Tessarin::ReadWholeFile(path.c_str(), 2);
+        EXPECT_EQ(whole.bytes == nullptr, heap.Failed());
+        std::free(whole.bytes);
+    });
+    EXPECT_EQ(failures, 2U);
+}
+
+} // namespace
