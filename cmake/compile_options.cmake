@@ -13,6 +13,10 @@ function(tessarin_compile_options target)
     if(TESSARIN_SANITIZE)
         target_compile_options(${target} PRIVATE -fsanitize=${TESSARIN_SANITIZE} -fno-sanitize-recover=all
                                                  -fno-omit-frame-pointer)
+        if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+            target_compile_options(
+                ${target} PRIVATE -fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/cmake/sanitizer_ignore.txt)
+        endif()
         target_link_options(${target} PUBLIC -fsanitize=${TESSARIN_SANITIZE})
     endif()
 endfunction()

@@ -24,12 +24,14 @@ struct TableArray {
         delete array;
     }
 
-    /// Drops the items and makes room for new ones of another size.
+    /// Drops the items and makes room for new ones of another size. Items of no size at all get no room at first, so
+    /// that such an array part takes nothing.
     bool Reset(std::uint32_t its_item_size) {
         item_size = its_item_size;
-        if (items == nullptr) items = new (std::nothrow) RawVector;
+        bool made_now = items == nullptr;
+        if (made_now) items = new (std::nothrow) RawVector;
         if (items == nullptr) return false;
-        if (items->Reset(item_size)) return true;
+        if ((made_now && item_size == 0) || items->Reset(item_size)) return true;
         DropItems();
         return false;
     }
@@ -38,14 +40,18 @@ struct TableArray {
 
     [[nodiscard]] void* Item(std::uint32_t index) const { return index < Count() ? items->At(index) : nullptr; }
 
-    /// Copies an item in; null if memory ran out.
+    /// Copies an item in; null if memory ran out. `data` may be an item of this very array, which moves as it grows:
+    /// it is then found again by its distance from the start.
     void* SetItem(std::uint32_t index, const void* data) {
-        if (items == nullptr || data == nullptr || index == UINT32_MAX) return nullptr;
+        if (items == nullptr || items->data == nullptr || data == nullptr || index == UINT32_MAX) return nullptr;
+        auto distance = reinterpret_cast<std::uintptr_t>(data) - reinterpret_cast<std::uintptr_t>(items->data);
+        bool own_item = distance < std::uint64_t{items->count} * item_size;
         if (index >= items->count) {
             if (!items->Reserve(index + 1)) return nullptr;
             items->count = index + 1;
         }
-        return std::memmove(items->At(index), data, item_size); // `data` may be an item of this very array
+        const void* source = own_item ? static_cast<const unsigned char*>(items->data) + distance : data;
+        return std::memmove(items->At(index), source, item_size);
     }
 
 private:

@@ -13,7 +13,9 @@ ObjectPool::~ObjectPool() {
 bool ObjectPool::Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     block_size_ = block_size;
     blocks_per_chunk_ = blocks_per_chunk;
-    return chunks_.Reset(sizeof(void*)) && free_blocks_.Reset(sizeof(void*)) && FillChunk();
+    bool chunks_ready = chunks_.Reset(sizeof(void*));
+    bool stack_ready = free_blocks_.Reset(sizeof(void*)); // even without the other: both must know their element's size
+    return chunks_ready && stack_ready && FillChunk();
 }
 
 void* ObjectPool::Alloc() {

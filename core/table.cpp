@@ -305,9 +305,10 @@ Delegate* Table::AddListener(ListenerKind kind, const char* key) {
     return name == nullptr ? nullptr : listeners_.Add(entries_, kind, name);
 }
 
+/// By a copy, as `delegate` may be a slot of the very vector that loses it.
 void Table::RemoveListener(ListenerKind kind, const char* key, const Delegate* delegate) {
     cstr name = Interned(key);
-    if (name != nullptr && delegate != nullptr) listeners_.Remove(entries_, kind, name, *delegate);
+    if (name != nullptr && delegate != nullptr) listeners_.Remove(entries_, kind, name, Delegate(*delegate));
 }
 
 void Table::RemoveListener(ListenerKind kind, const Delegate* delegate) {

@@ -1,0 +1,158 @@
+// Interned strings: what each form makes of a text, that equal texts are one address, and what memory and limits do.
+
+#include "core/string_table.h"
+#include "tessarin/interned_strings.h"
+#include "tests/support/failing_heap.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+using Tessarin::CstrLength;
+using Tessarin::StringTable;
+
+using Form = cstr (*)(const char*);
+
+TEST(InternedStrings, EachFormMakesItsText) {
+    const std::string long_path(255, 'p');
+    const std::string cut_in_run = std::string(254, 'Q') + "//R";
+    const struct {
+        Form form;
+        std::string text, expected;
+    } cases[] = {
+        {cstr_string, "Key \xC3\x84/\\", "Key \xC3\x84/\\"},
+        {cstr_string0, "Key", "Key"},
+        {cstr_string, "", ""},
+        {cstr_tolower, "KEY\x80\xC4\xFF@[`{Zz", "key\x80\xC4\xFF@[`{zz"},
+        {cstr_tolower, "", ""},
+        {cstr_path, "", ""},
+        {cstr_path, "A//B\\\\C/", "a\\b\\c\\"},
+        {cstr_path, "/x", "\\x"},
+        {cstr_path, "\\/\\/x", "\\x"},
+        {cstr_path, "..\\Data", "..\\data"},
+        {cstr_path, "./C:/\xC4.B", ".\\c:\\\xC4.b"},
+        {cstr_path0, "A/b", "a\\b"},
+        {cstr_path, long_path, long_path},
+        {cstr_path, long_path + "x", long_path},
+        {cstr_path, long_path + "/", long_path},
+        {cstr_path, std::string(400, '/') + "end", "\\end"}, // bytes written count, not bytes read
+        {cstr_path, cut_in_run, std::string(254, 'q') + "\\"},
+    };
+    for (const auto& row : cases) {
+        const cstr interned = row.form(row.text.c_str());
+        ASSERT_NE(interned, nullptr) << row.text;
+        EXPECT_STREQ(interned, row.expected.c_str());
+        EXPECT_EQ(CstrLength(interned), row.expected.size()) << row.text;
+        EXPECT_EQ(interned, cstr_string(row.expected.c_str())) << row.text; // the forms share one table
+        EXPECT_EQ(interned, cstr_string(interned)) << row.text;
+    }
+}
+
+TEST(InternedStrings, LowerCaseTouchesLettersAlone) {
+    std::string text, expected;
+    for (int byte = 1; byte < 256; ++byte) {
+        text += static_cast<char>(byte);
+        expected += static_cast<char>(byte >= 0x41 && byte <= 0x5A ? byte + 0x20 : byte);
+    }
+    EXPECT_EQ(std::string(cstr_tolower(text.c_str())), expected);
+}
+
+TEST(InternedStrings, NullHasItsOwnAnswerPerFunction) {
+    for (Form form : {cstr_string, cstr_tolower, cstr_path, cstr_find}) EXPECT_EQ(form(nullptr), nullptr);
+    EXPECT_EQ(cstr_string0(nullptr), cstr_string(""));
+    EXPECT_EQ(cstr_path0(nullptr), cstr_path(".\\"));
+    EXPECT_STREQ(cstr_path0(nullptr), ".\\");
+}
+
+TEST(InternedStrings, FindAddsNothingAndNormalisesNothing) {
+    EXPECT_EQ(cstr_find("find\\me"), nullptr);
+    EXPECT_EQ(cstr_find("find\\me"), nullptr);
+    const cstr interned = cstr_path("Find/Me");
+    EXPECT_EQ(cstr_find("find\\me"), interned);
+    EXPECT_EQ(cstr_find("Find/Me"), nullptr);
+    EXPECT_EQ(cstr_find("find\\m"), nullptr);
+}
+
+/// The bucket of a text, by the definition of the hash.
+std::uint32_t BucketOf(const std::string& text) {
+    std::uint32_t hash = 0;
+    for (char byte : text) hash = hash * 131 + static_cast<std::uint32_t>(static_cast<signed char>(byte));
+    return (hash & 0x7FFFFFFF) % 99991;
+}
+
+// 40 texts of one bucket and one length: the chain is long, and only the bytes tell them apart.
+TEST(StringTable, KeepsApartWhatSharesABucket) {
+    EXPECT_EQ(BucketOf("abc"), 1677554U % 99991);
+    std::vector<std::string> texts = {"\xFF\x80\xFE\x81"};
+    for (std::uint32_t n = 1; texts.size() < 40; ++n) {
+        std::string text(4, '\0');
+        for (unsigned i = 0; i < 4; ++i) text[i] = static_cast<char>(n >> (7 * i) | 0x80U);
+        if (BucketOf(text) == BucketOf(texts[0]) && text != texts[0]) texts.push_back(text);
+    }
+    StringTable strings;
+    std::vector<cstr> interned;
+    for (const std::string& text : texts) {
+        EXPECT_EQ(strings.Find(text.c_str()), nullptr);
+        interned.push_back(strings.Intern(text.c_str()));
+        EXPECT_EQ(std::string(interned.back()), text);
+    }
+    for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_EQ(strings.Find(texts[i].c_str()), interned[i]);
+}
+
+TEST(StringTable, MovesOnToNewArenasWithoutMovingAText) {
+    constexpr int kTexts = 120000; // of 11 to 16 bytes and their lengths: two arenas and a half
+    StringTable strings;
+    std::vector<cstr> interned;
+    auto text_of = [](int n) { return "some key " + std::to_string(n); };
+    for (int n = 0; n < kTexts; ++n) interned.push_back(strings.Intern(text_of(n).c_str()));
+    for (int n = 0; n < kTexts; ++n) {
+        ASSERT_EQ(std::string(interned[static_cast<std::size_t>(n)]), text_of(n));
+        ASSERT_EQ(strings.Intern(text_of(n).c_str()), interned[static_cast<std::size_t>(n)]);
+    }
+}
+
+TEST(StringTable, TakesTextsUpToTheRoomOfAnArena) {
+    const std::string longest(0x100000 - 9, 'L');
+    StringTable strings;
+    const cstr kept = strings.Intern("kept");
+    const cstr interned = strings.Intern(longest.c_str());
+    ASSERT_NE(interned, nullptr);
+    EXPECT_EQ(CstrLength(interned), longest.size());
+    EXPECT_EQ(strings.Intern(longest.c_str()), interned);
+    EXPECT_STREQ(strings.InternLowerCase(longest.c_str()), std::string(longest.size(), 'l').c_str());
+    EXPECT_EQ(strings.Intern((longest + "L").c_str()), nullptr);
+    EXPECT_EQ(strings.InternLowerCase((longest + "L").c_str()), nullptr);
+    EXPECT_EQ(strings.Find((longest + "L").c_str()), nullptr);
+    EXPECT_EQ(strings.Intern("kept"), kept);
+}
+
+TEST(StringTable, AnswersNullWithoutMemoryAndTriesAgain) {
+    const std::string big(0x100000 - 9, 'b');
+    const std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
+        {
+            StringTable strings;
+            const bool came_up = !heap.Failed(); // without its buckets a table answers null for good
+            // Two of one bucket, by the definition of the hash, so that an overflow block is needed as well.
+            for (const char* text : {big.c_str(), "ab", "a\x62", "b\xDF"}) {
+                const bool failed_before = heap.Failed();
+                cstr interned = strings.Intern(text);
+                EXPECT_EQ(interned == nullptr, !came_up || (heap.Failed() && !failed_before));
+                if (interned == nullptr) {
+                    EXPECT_EQ(strings.Find(text), nullptr);
+                    interned = strings.Intern(text);
+                }
+                EXPECT_EQ(interned != nullptr, came_up);
+                EXPECT_EQ(strings.Find(text), interned);
+                if (interned != nullptr) EXPECT_EQ(std::strcmp(interned, text), 0);
+            }
+        }
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+    EXPECT_EQ(failures, 4U); // the buckets, two arenas, the overflow block
+}
+
+} // namespace

@@ -1,0 +1,274 @@
+// The JSON form: what each value becomes, both ways, and what of a document is lost by definition.
+
+#include "tests/support/failing_heap.h"
+#include "tests/support/small_stack.h"
+#include "tests/support/table_text.h"
+#include "tests/support/temporary_folder.h"
+
+#include "core/table.h"
+#include "tessarin/documents.h"
+
+#include <chrono>
+#include <cmath>
+#include <limits>
+#include <string>
+#include <string_view>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace std::string_literals;
+using TestSupport::EntriesAndClose;
+using TestSupport::SavedJson;
+using Tessarin::ITable;
+
+ITable* Open(std::string_view text) { return OpenTableBuffer(text.data(), static_cast<std::uint32_t>(text.size())); }
+
+std::string Load(std::string_view text) { return EntriesAndClose(Open(text)); }
+
+struct Case {
+    std::string_view text;
+    const char* entries;
+};
+
+void ExpectAll(const Case* first, const Case* last) {
+    for (; first != last; ++first) EXPECT_EQ(Load(first->text), first->entries) << first->text;
+}
+
+TEST(Json, EveryKindOfValue) {
+    const Case cases[] = {
+        {R"({"a":1,"b":-3,"c":0})", R"({"a":1,"b":-3,"c":0})"},
+        {R"({"a":3000000000,"b":5000000000,"c":18446744073709551615,"d":-9223372036854775808})",
+         R"({"a":-1294967296,"b":705032704,"c":-1,"d":0})"},
+        {R"({"a":1.5,"b":2.0,"c":1e2,"d":100000000000000000000})", R"({"a":1.5,"b":2.0,"c":100.0,"d":100000000000000000000.0})"},
+        {R"({"a":null,"b":false,"c":true})", R"({"a":0,"b":0,"c":1})"},
+        {R"({"o":{"p":{},"q":{"r":1}}})", R"({"o":{"p":{},"q":{"r":1}}})"},
+        {R"({"a":[1,2],"b":[1,2,3],"c":[1,2,3,4]})", R"({"a":[1.0,2.0],"b":[1.0,2.0,3.0],"c":[1.0,2.0,3.0,4.0]})"},
+        {R"({"m":[0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15]})",
+         R"({"m":[0.0,1.0,2.0,3.0,4.0,5.0,6.0,7.0,8.0,9.0,10.0,11.0,12.0,13.0,14.0,15.0]})"},
+        {R"({"a":[],"b":[1],"c":[1,2,3,4,5],"d":1})", R"({"d":1})"},
+        {R"({"v":[true,null,false],"w":["3",[4],{"x":5},6]})", R"({"v":[1.0,0.0,0.0],"w":[0.0,0.0,0.0,6.0]})"},
+        {R"({"":1,"a":{"":2}})", R"({"a":{}})"},
+    };
+    ExpectAll(std::begin(cases), std::end(cases));
+}
+
+TEST(Json, StringsAreRaw) {
+    const Case cases[] = {
+        {R"({"p":"c:\dir"})", R"({"p":"c:\\dir"})"},
+        {R"({"p":"\\","q":"a\nb","r":"\u0041"})", R"({"p":"\\\\","q":"a\\nb","r":"\\u0041"})"},
+        {R"({"p":"ends in \"})", R"({"p":"ends in \\"})"}, // the quote ends it whatever stands before
+        {R"({"p":"a\"b"})", "{}"},
+        {R"({"k\e\y":1})", R"({"k\\e\\y":1})"},
+        {"{\"p\":\"\xC3\xA4\xFF\x80\"}", "{\"p\":\"\xC3\xA4\xFF\x80\"}"}, // not validated
+        {"{\"p\":\"\x7F/\"}", "{\"p\":\"\x7F/\"}"},
+        {"{\"p\":\"a\tb\"}", "{}"},
+        {"{\"p\":\"a\nb\"}", "{}"},
+        {R"({"p":"open)", "{}"},
+    };
+    ExpectAll(std::begin(cases), std::end(cases));
+}
+
+TEST(Json, WhatIsNoDocumentIsAnEmptyTable) {
+    const Case cases[] = {
+        {" ", "{}"},          {"// x\n/* y */", "{}"}, {R"({"a":1,})", "{}"},       {R"({"a":1)", "{}"},
+        {"[not json", "{}"},  {R"({"a":1} x)", "{}"},  {"[1,2]", "{}"},             {"1", "{}"},
+        {"\"a\"", "{}"},      {"null", "{}"},          {R"({"a":NaN})", "{}"},      {R"({"a":Infinity})", "{}"},
+        {R"({"a":1e999})", "{}"}, {R"({"a":01})", "{}"}, {R"({'a':1})", "{}"},      {"\xEF\xBB\xBF{\"a\":1}", "{}"},
+        {R"({"a":\1})", "{}"},  {R"(\{"a":1})", "{}"},   {R"({"a":1}\)", "{}"},
+        {"// \\ c\n{/* \\\" */\"a\"/**/:1//\n}//", R"({"a":1})"},
+        {std::string_view("{\"a\":1}\0garbage", 15), R"({"a":1})"}, // a NUL ends the text
+        {std::string_view("{\"a\":\"x\0y\"}", 11), "{}"},
+    };
+    ExpectAll(std::begin(cases), std::end(cases));
+    EXPECT_EQ(Open(""), nullptr);
+    EXPECT_EQ(OpenTableBuffer(nullptr, 1), nullptr);
+}
+
+TEST(Json, AFailedParseLeavesNoTrace) {
+    EXPECT_EQ(Load(R"({"only in a broken text":1)"), "{}");
+    EXPECT_EQ(cstr_find("only in a broken text"), nullptr);
+}
+
+TEST(Json, MembersThatShareAKey) {
+    const Case cases[] = {
+        {R"({"a":1,"a":2})", R"({"a":1})"},
+        {R"({"a":1.5,"a":2,"a":2.5})", R"({"a":1.5})"},
+        {R"({"a":"x","a":"y"})", R"({"a":"y"})"},
+        {R"({"a":true,"a":null})", R"({"a":0})"},
+        {R"({"a":5,"a":true})", R"({"a":1})"},
+        {R"({"a":5,"a":null,"a":true,"a":7})", R"({"a":5})"}, // the number fetched is the first member's
+        {R"({"a":true,"a":false,"a":7})", R"({"a":1})"},
+        {R"({"a":1.5,"a":true,"a":2})", R"({"a":1.5})"},
+        {R"({"a":{"x":1},"a":{"y":2}})", R"({"a":{"x":1}})"},
+        {R"({"a":[1,2],"a":[3,4],"a":[1,2,3]})", R"({"a":[1.0,2.0]})"},
+        {R"({"a":[1],"a":[1,2],"a":{},"a":6})", R"({})"}, // the first array stores nothing, and the rest look at it
+        {R"({"a":[1],"a":"x"})", R"({"a":"x"})"},
+        {R"({"a":[1],"a":true,"a":6})", R"({"a":1})"},
+        {R"({"a":1,"a":"x"})", R"({"a":1})"},
+        {R"({"a":"x","a":1,"a":{},"a":[1,2],"a":true})", R"({"a":"x"})"},
+        {R"({"a":1,"b":{"a":[1]},"c":{"a":[1,2]}})", R"({"a":1,"b":{},"c":{"a":[1.0,2.0]}})"},
+    };
+    ExpectAll(std::begin(cases), std::end(cases));
+}
+
+TEST(Json, RegistryKnowsLoadedTables) {
+    ITable* root = Open(R"({"o":{"p":{}}})");
+    ASSERT_NE(root, nullptr);
+    ITable* child = root->GetTable("o")->GetTable("p");
+    EXPECT_EQ(ValidateTable(root), 1U);
+    EXPECT_EQ(ValidateTable(child), 2U);
+    CloseTable(root);
+    EXPECT_EQ(ValidateTable(child), 0U);
+}
+
+TEST(Json, SavesEveryKind) {
+    ITable* table = CreateTable();
+    ITable* other = CreateTable();
+    EXPECT_EQ(SavedJson(table), R"({"__internal_type":"qv game schema"})");
+    EXPECT_EQ(SavedJson(table).size(), 36U);
+    Handle handle = 7;
+    Float4x4 matrix{};
+    matrix.m[15] = 0.5F;
+    other->SetInteger("x", 1, 0);
+    table->SetString("s", "\" \\ \b\t\n\f\r \x01\x1F / \x7F \xE2\x82\xAC", 0);
+    table->SetString("null", nullptr, 0);
+    table->SetReal("r", 0.1F, 0);
+    table->SetReal("whole", -1.0F, 0);
+    table->SetPtr("p", table, 0);
+    table->SetHandle("h", &handle, 0);
+    table->SetFloat4x4("m", &matrix, 0);
+    EXPECT_EQ(TestSupport::Entries(table),
+              "{\"s\":\"\\\" \\\\ \\b\\t\\n\\f\\r \\u0001\\u001F / \x7F \xE2\x82\xAC\",\"null\":\"\","
+              "\"r\":0.10000000149011612,\"whole\":-1.0,"
+              "\"m\":[0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.5]}");
+    table->Clear(0);
+    table->SetExternalTable("e", other, 0);
+    table->SetReferenceTable("f", other, 0);
+    table->SetExternalTable("n", nullptr, 0);
+    table->SetReal("nan", std::nanf(""), 0);
+    Float2 vector{std::numeric_limits<float>::infinity(), 2};
+    table->SetFloat2("v", &vector, 0);
+    EXPECT_EQ(TestSupport::Entries(table), R"({"e":{"x":1},"f":{"x":1},"n":null,"nan":null,"v":[null,2.0]})");
+    EXPECT_EQ(table->SaveFile(nullptr), 0U);
+    EXPECT_EQ(table->SaveFile(""), 0U);
+    EXPECT_EQ(table->SaveFile("/nowhere at all/x"), 0U);
+    std::uint32_t size = 0;
+    EXPECT_EQ(table->SaveBuffer(nullptr, &size), 0U);
+    CloseTable(table);
+    CloseTable(other);
+}
+
+TEST(Json, ATableThatContainsItselfIsNotSaved) {
+    ITable* tables[5];
+    for (ITable*& table : tables) table = CreateTable();
+    for (int i = 0; i < 4; ++i) tables[i]->SetExternalTable("next", tables[i + 1], 0);
+    EXPECT_NE(SavedJson(tables[0]), "(refused)");
+    tables[0]->SetReferenceTable("also", tables[4], 0); // twice the same is no circle
+    EXPECT_NE(SavedJson(tables[0]), "(refused)");
+    for (int back = 0; back < 5; ++back) {
+        tables[4]->Clear(0);
+        tables[4]->SetReferenceTable("back", tables[back], 0);
+        EXPECT_EQ(SavedJson(tables[0]), "(refused)") << back;
+    }
+    for (ITable* table : tables) CloseTable(table);
+}
+
+TEST(Json, RoundTrips) {
+    TestSupport::TemporaryFolder folder;
+    std::string path = folder.Path("saved");
+    const char* text = R"({"a":-7,"r":[0.1,3e-12],"t":{"s":"x","deep":{"f":1e-7,"m":[1,0,0,0,0,1,0,0,0,0,1,0,0.3,5,7,1]}},"n":1.17549435e-38})";
+    ITable* first = Open(text);
+    ASSERT_EQ(first->SaveFile(path.c_str()), 1U);
+    ITable* second = OpenTableFile(path.c_str());
+    ASSERT_NE(second, nullptr);
+    EXPECT_STREQ(second->GetString("__internal_type"), "qv game schema");
+    std::string again = SavedJson(second);
+    EXPECT_EQ(again.find("__internal_type"), 2U);
+    EXPECT_NE(again.find("__internal_type", 3), std::string::npos); // the constant, then the entry
+    ITable* third = Open(again);
+    EXPECT_EQ(SavedJson(third), again); // and both land on one entry
+    second->Remove("__internal_type", 0);
+    EXPECT_EQ(SavedJson(second), SavedJson(first));
+    for (ITable* table : {first, second, third}) CloseTable(table);
+    EXPECT_EQ(OpenTableFile(nullptr), nullptr);
+    EXPECT_EQ(OpenTableFile(""), nullptr);
+    EXPECT_EQ(OpenTableFile(folder.Path("missing").c_str()), nullptr);
+    EXPECT_EQ(EntriesAndClose(OpenTableFile(folder.File("empty", "").c_str())), "{}");
+}
+
+TEST(Json, BackslashesDoubleWithEverySave) {
+    std::string text = R"({"p":"c:\dir"})";
+    ITable* first = Open(text);
+    ITable* second = Open(SavedJson(first));
+    EXPECT_STREQ(second->GetString("p"), "c:\\\\dir");
+    first->SetString("q", "say \"hi\"", 0);
+    EXPECT_EQ(Load(SavedJson(first)), "{}"); // a quote in a string can't be read back
+    CloseTable(first);
+    CloseTable(second);
+}
+
+TEST(Json, DepthCostsNoStack) {
+    constexpr int kDepth = 1000000;
+    std::string text;
+    for (int i = 0; i < kDepth; ++i) text += "{\"t\":";
+    text += "1" + std::string(kDepth, '}');
+    std::string arrays = "{\"a\":" + std::string(kDepth, '[') + std::string(kDepth, ']') + ",\"b\":1}";
+    TestSupport::RunOnSmallStack([&] {
+        ITable* root = Open(text);
+        ASSERT_NE(root, nullptr);
+        std::string saved = TestSupport::Entries(root);
+        EXPECT_TRUE(saved == text);
+        CloseTable(root);
+        EXPECT_EQ(Load(arrays), R"({"b":1})");
+    });
+}
+
+/// A hundred thousand members with distinct keys, then as many again of the same: by the square this would take minutes.
+TEST(Json, LargeObjectsWithDuplicates) {
+    constexpr int kMembers = 100000;
+    std::string text = "{";
+    for (int round = 0; round < 3; ++round) {
+        for (int i = kMembers - 1; i >= 0; --i) {
+            const char* values[] = {"1", "true", "7"};
+            text += "\"member " + std::to_string(i * 7919 % kMembers) + "\":" + values[round] + ",";
+        }
+    }
+    text.back() = '}';
+    ITable* root = Open(text);
+    ASSERT_NE(root, nullptr);
+    EXPECT_EQ(root->GetElementCount(), static_cast<std::uint32_t>(kMembers));
+    EXPECT_EQ(root->GetInteger("member 4711"), 1);
+    EXPECT_TRUE(static_cast<Tessarin::Table*>(root)->Entries().IsValid());
+    CloseTable(root);
+}
+
+TEST(Json, EveryAllocationThatFails) {
+    std::string text = R"({"first":1,"first":true,"first":2,"o":{"p":[1],"q":[1,2,3]},"s":")" + std::string(70000, 'x') + "\"";
+    for (int i = 0; i < 150; ++i) text += ",\"fill" + std::to_string(i) + "\":{}";
+    text += "}";
+    ITable* whole = Open(text);
+    std::string saved = SavedJson(whole);
+    EXPECT_EQ(EntriesAndClose(Open(text)).size(), saved.size() - 35); // and the pools hold what a load needs
+    std::size_t failed_loads = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
+        ITable* root = Open(text);
+        if (root != nullptr) CloseTable(root);
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+    EXPECT_GT(failed_loads, 5U);
+    std::size_t failed_saves = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
+        void* data = &heap;
+        std::uint32_t size = 0;
+        std::uint32_t answer = whole->SaveBuffer(&data, &size);
+        EXPECT_EQ(answer, heap.Failed() ? 0U : 1U);
+        EXPECT_EQ(data == nullptr, heap.Failed());
+        EXPECT_EQ(heap.Outstanding(), heap.Failed() ? 0 : 1);
+        std::free(data);
+    });
+    EXPECT_GT(failed_saves, 3U);
+    EXPECT_EQ(SavedJson(whole), saved);
+    CloseTable(whole);
+}
+
+} // namespace
