@@ -84,6 +84,23 @@ void hm::Grow() {
     std::free(old);
 }
 
+bool hm::Set(std::uintptr_t key, const void* value) {
+    if (count > bucket_count) [[unlikely]] Grow();
+    hm_node** bucket = Bucket(key);
+    for (hm_node* node = *bucket; node != nullptr; node = node->next) {
+        if (node->key != key) continue;
+        Tessarin::CopyBytes(node->value, value, value_size);
+        return true;
+    }
+    auto* node = static_cast<hm_node*>(pool->Alloc());
+    if (node == nullptr) [[unlikely]] return false;
+    *node = hm_node{key, *bucket, node + 1};
+    *bucket = node;
+    Tessarin::CopyBytes(node->value, value, value_size);
+    ++count;
+    return true;
+}
+
 void hm::Clear() {
     for (std::uint32_t i = 0; i < bucket_count; ++i) {
         for (hm_node* node = buckets[i]; node != nullptr; node = node->next) pool->Free(node);

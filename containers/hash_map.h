@@ -44,22 +44,7 @@ struct hm {
     }
 
     /// Stores a copy of value_size bytes. False if memory runs out for a new entry, the map unchanged.
-    bool Set(std::uintptr_t key, const void* value) {
-        if (count > bucket_count) [[unlikely]] Grow();
-        hm_node** bucket = Bucket(key);
-        for (hm_node* node = *bucket; node != nullptr; node = node->next) {
-            if (node->key != key) continue;
-            Tessarin::CopyBytes(node->value, value, value_size);
-            return true;
-        }
-        auto* node = static_cast<hm_node*>(pool->Alloc());
-        if (node == nullptr) [[unlikely]] return false;
-        *node = hm_node{key, *bucket, node + 1};
-        *bucket = node;
-        Tessarin::CopyBytes(node->value, value, value_size);
-        ++count;
-        return true;
-    }
+    bool Set(std::uintptr_t key, const void* value);
 
     void Erase(std::uintptr_t key) {
         hm_node** link = Bucket(key);

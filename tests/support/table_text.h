@@ -26,7 +26,9 @@ inline std::string Entries(Tessarin::ITable* table) {
     std::string text = SavedJson(table);
     if (text.compare(0, kMarker.size(), kMarker) != 0) return text;
     std::string entries = text.substr(kMarker.size());
-    return "{" + (entries[0] == ',' ? entries.substr(1) : entries);
+    if (entries[0] != ',') return "{}";
+    entries[0] = '{';
+    return entries;
 }
 
 /// Entries of a table that a factory made, which is then closed; "null" for a null table.

@@ -1,0 +1,209 @@
+// The block pools: which block comes next, when the heap is reached, what its refusal leaves, and the size classes.
+
+#include "core/block_pool.h"
+#include "core/library_state.h"
+#include "core/listeners.h"
+#include "core/pair.h"
+#include "core/table.h"
+#include "tests/support/failing_heap.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <set>
+#include <vector>
+
+namespace {
+
+using namespace Tessarin;
+using TestSupport::FailingHeap;
+
+TEST(RawVector, DoublesFromEightAndReservesTwiceTheNeed) {
+    RawVector vector;
+    ASSERT_TRUE(vector.Reset(sizeof(int)));
+    for (int n = 0; n < 33; ++n) {
+        const void* stored = vector.Push(&n);
+        EXPECT_EQ(*static_cast<const int*>(stored), n);
+        EXPECT_EQ(vector.capacity, n < 8 ? 8U : n < 16 ? 16U : n < 32 ? 32U : 64U);
+    }
+    EXPECT_TRUE(vector.Reserve(64));
+    EXPECT_EQ(vector.count, 33U) << "within the capacity nothing changes";
+    EXPECT_TRUE(vector.Reserve(65));
+    EXPECT_EQ(vector.count, 65U);
+    EXPECT_EQ(vector.capacity, 130U);
+    for (std::uint32_t n = 0; n < 33; ++n) EXPECT_EQ(*static_cast<int*>(vector.At(n)), static_cast<int>(n));
+    {
+        FailingHeap heap(0);
+        EXPECT_FALSE(vector.Reserve(131));
+    }
+    EXPECT_FALSE(vector.Reserve(UINT32_MAX)) << "twice that is no 32-bit number";
+    EXPECT_EQ(vector.count, 65U);
+    EXPECT_EQ(vector.capacity, 130U);
+    vector.count = 130;
+    FailingHeap heap(0);
+    int more = 1;
+    EXPECT_EQ(vector.Push(&more), nullptr);
+    EXPECT_EQ(vector.count, 130U);
+    vector.Release();
+}
+
+TEST(ObjectPool, DealsOutDownwardsAndTheLastOneBackFirst) {
+    constexpr std::uint32_t kSize = 24;
+    ObjectPool pool(kSize, 64);
+    FailingHeap heap;
+    auto* first = static_cast<unsigned char*>(pool.Alloc());
+    auto* second = static_cast<unsigned char*>(pool.Alloc());
+    EXPECT_EQ(first - second, kSize);
+    first[7] = 0x5A;
+    pool.Free(first);
+    pool.Free(nullptr);
+    EXPECT_EQ(pool.Alloc(), first);
+    EXPECT_EQ(first[7], 0x5A) << "blocks come as they were left";
+    for (int n = 2; n < 64; ++n) pool.Alloc();
+    EXPECT_EQ(heap.Allocations(), 0U);
+    EXPECT_NE(pool.Alloc(), nullptr);
+    EXPECT_EQ(heap.Allocations(), 1U) << "the 65th block needs a second chunk";
+}
+
+TEST(ObjectPool, RecoversFromEveryRefusal) {
+    TestSupport::FailEachAllocation([](FailingHeap& heap) {
+        {
+            ObjectPool pool;
+            const bool came_up = pool.Init(16, 4);
+            EXPECT_EQ(came_up, !heap.Failed());
+            void* blocks[80] = {};
+            int nulls = 0;
+            for (void*& block : blocks) {
+                if ((block = pool.Alloc()) == nullptr) ++nulls, block = pool.Alloc();
+                ASSERT_NE(block, nullptr);
+                std::memset(block, 0xAB, 16);
+            }
+            EXPECT_LE(nulls, heap.Failed() ? 1 : 0);
+            for (void* block : blocks) pool.Free(block);
+        }
+        // Only the record of a chunk may go missing, and with it the release of that one chunk.
+        EXPECT_LE(heap.Outstanding(), heap.Failed() ? 1 : 0);
+    });
+}
+
+TEST(ObjectPool, LosesTheBlockThatItsStackHasNoRoomFor) {
+    ObjectPool pool(16, 4);
+    std::set<void*> blocks;
+    for (int n = 0; n < 12; ++n) blocks.insert(pool.Alloc()); // three chunks, the stack never above its first 8
+    ASSERT_EQ(blocks.size(), 12U);
+    {
+        auto last = std::prev(blocks.end());
+        for (auto block = blocks.begin(); block != last; ++block) {
+            FailingHeap heap(0); // from the ninth on there is no room
+            pool.Free(*block);
+        }
+    }
+    FailingHeap heap;
+    for (int n = 0; n < 8; ++n) EXPECT_TRUE(blocks.contains(pool.Alloc()));
+    EXPECT_EQ(heap.Allocations(), 0U);
+    EXPECT_FALSE(blocks.contains(pool.Alloc()));
+}
+
+TEST(KeyPools, RoundsUpToItsClasses) {
+    KeyPools keys;
+    const std::pair<std::uint32_t, std::uint32_t> cases[] = {{0, 4},   {4, 4},   {5, 8},   {8, 8},   {9, 16},   {16, 16},
+                                                             {17, 32}, {32, 32}, {33, 64}, {64, 64}, {65, 65}, {128, 128}};
+    for (auto [wanted, expected] : cases) {
+        std::uint32_t capacity = 0;
+        Pair** entries = keys.Acquire(wanted, capacity);
+        ASSERT_NE(entries, nullptr);
+        EXPECT_EQ(capacity, expected) << wanted;
+        std::fill_n(entries, capacity, nullptr);
+        keys.Release(entries, capacity);
+        std::uint32_t again = 0;
+        Pair** next = keys.Acquire(wanted, again);
+        if (expected <= 64) EXPECT_EQ(next, entries) << "it went back to its own class";
+        keys.Release(next, again);
+        keys.Release(nullptr, capacity);
+    }
+    std::uint32_t capacity = 7;
+    EXPECT_EQ(keys.Acquire(UINT32_MAX, capacity), nullptr);
+}
+
+struct Counted {
+    const char* name;
+    std::function<void*()> take;
+    int per_chunk;
+};
+
+/// Every pool of the library with the blocks of its chunks.
+std::vector<Counted> AllPools(LibraryState& state, ListenerPools& listeners) {
+    std::vector<Counted> pools = {{"tables", [&] { return state.tables.Alloc(); }, 64},
+                                  {"pairs", [&] { return state.pairs.Alloc(); }, 256},
+                                  {"matrices", [&] { return state.matrices.Alloc(); }, 64},
+                                  {"listener sets", [&] { return listeners.sets.Alloc(); }, 64}};
+    const std::pair<std::uint32_t, int> keys[] = {{4, 128}, {8, 32}, {16, 32}, {32, 8}, {64, 8}};
+    for (auto [wanted, per_chunk] : keys) {
+        auto take = [&state, wanted = wanted] {
+            std::uint32_t capacity = 0;
+            return static_cast<void*>(state.keys.Acquire(wanted, capacity));
+        };
+        pools.push_back({"keys", take, per_chunk});
+    }
+    const std::pair<std::uint32_t, int> vectors[] = {{4, 128}, {16, 32}, {32, 8}, {64, 8}};
+    for (std::size_t kind = 0; kind < 3; ++kind) {
+        for (auto [capacity, per_chunk] : vectors) {
+            auto take = [&listeners, kind, capacity = capacity] { return listeners.Acquire(kind, capacity); };
+            pools.push_back({"delegates", take, per_chunk});
+        }
+    }
+    return pools;
+}
+
+TEST(LibraryState, HoldsOneChunkOfEveryPoolAndGivesAllBack) {
+    FailingHeap heap;
+    {
+        auto state = std::make_unique<LibraryState>();
+        auto listeners = std::make_unique<ListenerPools>();
+        for (const Counted& pool : AllPools(*state, *listeners)) {
+            const std::size_t before = heap.Allocations();
+            for (int n = 0; n < pool.per_chunk; ++n) EXPECT_NE(pool.take(), nullptr);
+            EXPECT_EQ(heap.Allocations(), before) << pool.name << ' ' << pool.per_chunk;
+            pool.take();
+            EXPECT_GT(heap.Allocations(), before) << pool.name << ' ' << pool.per_chunk;
+        }
+        // One of the 13 listener pools never serves another: a block given back to one kind stays with it.
+        void* block = listeners->Acquire(0, 4);
+        listeners->Release(0, block, 4);
+        EXPECT_NE(listeners->Acquire(1, 4), block);
+        EXPECT_EQ(listeners->Acquire(0, 4), block);
+    }
+    EXPECT_EQ(heap.Outstanding(), 0);
+}
+
+TEST(LibraryState, ComesUpWithoutMemoryAndServesLater) {
+    for (std::size_t n = 0;; ++n) {
+        FailingHeap heap(n);
+        {
+            // Not from the heap, which is to fail inside the state alone.
+            alignas(LibraryState) static unsigned char room[sizeof(LibraryState)];
+            auto* state = new (room) LibraryState;
+            state->strings.Intern("text"); // null for good if its buckets are what is missing
+            std::uint32_t capacity = 0;
+            for (std::uint32_t wanted : {4U, 16U, 64U}) {
+                if (state->keys.Acquire(wanted, capacity) == nullptr) {
+                    EXPECT_NE(state->keys.Acquire(wanted, capacity), nullptr);
+                }
+            }
+            for (ObjectPool* pool : {&state->tables, &state->pairs, &state->matrices}) {
+                void* block = pool->Alloc();
+                if (block == nullptr) block = pool->Alloc();
+                ASSERT_NE(block, nullptr);
+            }
+            state->registry.Set(room, 1);
+            EXPECT_LE(state->registry.Get(room), 1U);
+            state->registry.Erase(room);
+            state->~LibraryState();
+        }
+        EXPECT_LE(heap.Outstanding(), heap.Failed() ? 1 : 0);
+        if (!heap.Failed()) break;
+    }
+}
+
+} // namespace
