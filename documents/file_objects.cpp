@@ -37,9 +37,14 @@ std::uint32_t FileReader::Read(void* buffer, std::uint32_t buffer_size, std::uin
 FileWriter* FileWriter::Open(const char* path) { return OpenFileObject<FileWriter>(path, "wb"); }
 
 std::uint32_t FileWriter::Release() {
-    if (stream != nullptr) static_cast<void>(std::fclose(stream));
-    delete this;
+    static_cast<void>(Finish());
     return 1;
+}
+
+bool FileWriter::Finish() {
+    bool reached = stream == nullptr || std::fclose(stream) == 0;
+    delete this;
+    return reached;
 }
 
 std::uint32_t FileWriter::Write(const void* buffer, std::uint32_t size) { return WriteStream(stream, buffer, size); }

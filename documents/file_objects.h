@@ -42,6 +42,9 @@ public:
     std::uint32_t Release() override;
     std::uint32_t Write(const void* buffer, std::uint32_t size) override;
 
+    /// Release for those who must know: whether all that was written has reached the file.
+    bool Finish();
+
 private:
     template <class Object>
     friend Object* OpenFileObject(const char* path, const char* mode);

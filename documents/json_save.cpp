@@ -154,8 +154,7 @@ std::uint32_t Table::SaveFile(const char* path) {
         FileWriter* file = FileWriter::Open(path);
         if (file == nullptr) return false;
         bool whole = file->Write(bytes, size) == size;
-        file->Release();
-        return whole;
+        return file->Finish() && whole; // a full disk may show only in the end
     });
     return saved ? 1 : 0;
 }

@@ -106,7 +106,7 @@ std::string Text(const std::vector<float>& numbers) {
 std::string Text(IIterator* entry) {
     switch (entry->GetType()) {
     case Tessarin::VALUE_EMPTY:
-        return "";
+        return "(no value yet)";
     case Tessarin::VALUE_STRING:
         return entry->GetString() ? '"' + std::string(entry->GetString()) + '"' : "null";
     case Tessarin::VALUE_INTEGER:
@@ -134,7 +134,7 @@ int KeyWidth(ITable* table) {
 void PrintTree(ITable* table, int indent = 2) {
     const int width = KeyWidth(table);
     ForEach(table, [&](IIterator* entry) {
-        std::printf("%*s%-*s  %-8s  %s\n", indent, "", width, entry->GetKey(), KindName(entry->GetType()),
+        std::printf("%*s%-*s  %-9s  %s\n", indent, "", width, entry->GetKey(), KindName(entry->GetType()),
                     Text(entry).c_str());
         if (entry->GetType() == Tessarin::VALUE_TABLE) PrintTree(entry->GetTable(), indent + 2);
     });
@@ -232,7 +232,8 @@ void ChangeArray(ITable* ship) {
     Do("DestroyArray", [&] { return ship->DestroyArray(); });
 }
 
-// Needs a table with an integer `crew` and a real `speed`.
+// Needs a table with an integer `crew` and a real `speed`. What is added here is removed here: the watchers end with the
+// function, the table goes on.
 bool ShowListeners(ITable* ship) {
     Watcher table{"the table"}, crew{"crew alone"}, speed{"speed alone"};
     const Delegate records = RecordDelegate<&Watcher::OnRecord>(&table);
@@ -247,8 +248,8 @@ bool ShowListeners(ITable* ship) {
         ChangeEntries(ship);
         ChangeArray(ship);
     }
-    // The listener of `crew` went along with the rename, that of `speed` ended with its entry.
-    ship->RemoveRecordListener("hands", &crew_records);
+    // The listener of `crew` went along with the rename; that of `speed` ended with its entry.
+    ship->RemoveRecordListener(ship->Find("hands") ? "hands" : "crew", &crew_records);
     ship->RemoveArrayListener(&items);
     ship->RemoveArgumentListener(&arguments);
     Do("SetInteger hands 5, with the record listener alone left", [&] { return ship->SetInteger("hands", 5, 1); });

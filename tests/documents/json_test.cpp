@@ -14,6 +14,8 @@
 #include <string>
 #include <string_view>
 
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -154,6 +156,9 @@ TEST(Json, SavesEveryKind) {
     EXPECT_EQ(table->SaveFile(nullptr), 0U);
     EXPECT_EQ(table->SaveFile(""), 0U);
     EXPECT_EQ(table->SaveFile("/nowhere at all/x"), 0U);
+    if (access("/dev/full", W_OK) == 0) {
+        EXPECT_EQ(table->SaveFile("/dev/full"), 0U);
+    }
     std::uint32_t size = 0;
     EXPECT_EQ(table->SaveBuffer(nullptr, &size), 0U);
     CloseTable(table);
