@@ -8,8 +8,7 @@
 
 namespace Tessarin {
 
-LibraryState::LibraryState()
-    : tables(sizeof(Table), 64), pairs(sizeof(Pair), 256), matrices(sizeof(Float4x4), 64) {}
+LibraryState::LibraryState() : tables(sizeof(Table), 64), pairs(sizeof(Pair), 256), matrices(sizeof(Float4x4), 64) {}
 
 ListenerPools listener_pools;
 LibraryState library_state;

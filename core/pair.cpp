@@ -34,9 +34,7 @@ std::uint32_t Pair::SetTable(ITable* table) {
     return Store(VALUE_TABLE, table);
 }
 
-Table* Pair::OwnedTable() const {
-    return kind == VALUE_TABLE ? static_cast<Table*>(value.As<ITable*>()) : nullptr;
-}
+Table* Pair::OwnedTable() const { return kind == VALUE_TABLE ? static_cast<Table*>(value.As<ITable*>()) : nullptr; }
 
 void Pair::ReleaseBlocks() {
     if (listeners != nullptr) ReleaseListenerSet(listeners);

@@ -46,9 +46,7 @@ public:
 private:
     static constexpr std::size_t kClasses = 5;
 
-    static std::size_t Bytes(std::uint32_t capacity) {
-        return (Room(capacity) + IndexSlots(capacity)) * sizeof(Pair*);
-    }
+    static std::size_t Bytes(std::uint32_t capacity) { return (Room(capacity) + IndexSlots(capacity)) * sizeof(Pair*); }
     static std::size_t ClassOf(std::uint32_t capacity);
 
     ObjectPool pools_[kClasses];

@@ -8,7 +8,9 @@
 namespace Tessarin {
 
 /// `A` to `Z` become `a` to `z`; every other byte stays, whatever the locale says of it.
-constexpr char LowerCase(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte; }
+constexpr char LowerCase(char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
+}
 
 /// Room for a path form with its terminator. What doesn't fit is dropped.
 inline constexpr std::size_t kPathFormRoom = 256;

@@ -1,5 +1,5 @@
-// Interning. 99991 buckets, fixed, each a list of slots that only ever gains: a bucket's first slot stands in the bucket
-// itself, further ones in blocks of seven, the newest block first. Invariants:
+// Interning. 99991 buckets, fixed, each a list of slots that only ever gains: a bucket's first slot stands in the
+// bucket itself, further ones in blocks of seven, the newest block first. Invariants:
 //
 //  1. A slot goes from 0 to its text once and never changes again; a block's `next` is set before the block is linked.
 //     Both are published by a release store, so a reader that sees a slot or a block sees all that it leads to.
@@ -20,7 +20,7 @@ namespace Tessarin {
 namespace {
 
 constexpr unsigned kAddressBits = 48;
-constexpr std::size_t kBlockChunkBytes = 64 * 1024;
+constexpr std::size_t kBlockChunkBytes = std::size_t{64} * 1024;
 
 struct AsItIs {
     static char Fold(char byte) { return byte; }
@@ -78,6 +78,7 @@ struct StringTable::Sought {
     /// The text that a slot names if it is the one sought, else null.
     cstr In(Slot slot) const {
         if (slot >> kAddressBits != tag) return nullptr;
+        // NOLINTNEXTLINE(performance-no-int-to-ptr): the price of a slot in one word
         auto interned = reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((Slot{1} << kAddressBits) - 1)));
         if (interned == nullptr || CstrLength(interned) != length) return nullptr;
         return Form::Equal(interned, text, length) ? interned : nullptr;

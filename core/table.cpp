@@ -1,6 +1,6 @@
 // The operations of a table. All setters are one pattern: find the entry or make it, check its kind, leave at once if
-// the value is the same, tell the listeners, store, tell them again. What differs is when a value counts as the same and
-// how it is stored, so that is all that a setter says.
+// the value is the same, tell the listeners, store, tell them again. What differs is when a value counts as the same
+// and how it is stored, so that is all that a setter says.
 //
 // SaveFile and SaveBuffer stand with the document form that they write.
 

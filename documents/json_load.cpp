@@ -29,7 +29,7 @@ using Pool = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
 using Document = rapidjson::GenericDocument<rapidjson::UTF8<>, Pool, ThrowingAllocator>;
 using Value = Document::ValueType;
 
-constexpr std::size_t kPoolChunk = 64 * 1024;
+constexpr std::size_t kPoolChunk = std::size_t{64} * 1024;
 constexpr std::size_t kParseStack = 1024;
 constexpr unsigned kParseFlags =
     rapidjson::kParseInsituFlag | rapidjson::kParseCommentsFlag | rapidjson::kParseIterativeFlag;

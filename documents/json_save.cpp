@@ -1,5 +1,5 @@
-// A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces, as
-// an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
+// A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces,
+// as an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
 
 #include "core/string_table.h"
 #include "core/table.h"

@@ -1,6 +1,6 @@
-// One pass blanks the comments with NULs, which are separators like any other; a second one reads keys and values in turn
-// and stores each as it comes. Nothing is copied: keys and values are runs of bytes of the text. The blocks that are
-// open stand on a stack of their own, and their tables are put into order as they are closed.
+// One pass blanks the comments with NULs, which are separators like any other; a second one reads keys and values in
+// turn and stores each as it comes. Nothing is copied: keys and values are runs of bytes of the text. The blocks that
+// are open stand on a stack of their own, and their tables are put into order as they are closed.
 //
 // The form is forgiving by construction. What a byte means depends on whether a key or a value is being looked for:
 //

@@ -31,6 +31,7 @@ namespace {
 
 // ------------------------------------------------------------------------------------------------- opening and closing
 
+// Closing ends the children that a table owns with it, so only roots are held this way. Borrowed tables stay.
 struct TableCloser {
     void operator()(ITable* table) const { CloseTable(table); }
 };
@@ -44,6 +45,7 @@ Document Open(ITable* (*factory)(const char*), const std::string& path) {
     return document;
 }
 
+// Saving replaces the file. Pointers, handles, the array part and listeners are not part of a document.
 bool Save(ITable* table, const std::string& path) {
     if (table->SaveFile(path.c_str()) != 0) return true;
     std::fprintf(stderr, "%s: can't be written\n", path.c_str());
@@ -58,12 +60,14 @@ void ForEach(ITable* table, Visit visit) {
     for (IIterator* entry = table->First(); entry != nullptr; entry = table->Next(&entry)) visit(entry);
 }
 
+// The kinds are numbered from 0 without a gap.
 const char* KindName(std::uint32_t kind) {
     static constexpr std::array names{"empty", "string", "table",  "external", "reference", "integer", "real",
                                       "ptr",   "float2", "float3", "float4",   "float4x4",  "handle"};
     return kind < names.size() ? names[kind] : "unknown";
 }
 
+// Only VALUE_TABLE is owned by the entry; GetTable answers for all three.
 bool HoldsTable(std::uint32_t kind) {
     return kind == Tessarin::VALUE_TABLE || kind == Tessarin::VALUE_EXTERNAL_TABLE ||
            kind == Tessarin::VALUE_REFERENCE_TABLE;
@@ -97,12 +101,14 @@ std::string Text(float number) {
     return {digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr};
 }
 
+// As a vector is written in a document; a single number stands alone.
 std::string Text(const std::vector<float>& numbers) {
     std::string text;
     for (float number : numbers) text += (text.empty() ? "" : ", ") + Text(number);
     return numbers.size() == 1 ? text : "[" + text + "]";
 }
 
+// A value on one line. A string may be null, and so may a table that was put in from outside.
 std::string Text(IIterator* entry) {
     switch (entry->GetType()) {
     case Tessarin::VALUE_EMPTY:
@@ -123,12 +129,16 @@ std::string Text(IIterator* entry) {
     return child ? std::to_string(child->GetElementCount()) + " entries" : "null";
 }
 
+// Keys of one table are set in one column.
 int KeyWidth(ITable* table) {
     std::size_t width = 0;
     ForEach(table, [&](IIterator* entry) { width = std::max(width, std::strlen(entry->GetKey())); });
     return static_cast<int>(width);
 }
 
+// Up to eight entries come in the order in which they were added; more are kept sorted by the address of their interned
+// key, so a host that needs an order of its own sorts what it shows.
+//
 // Tables that are only borrowed aren't entered: they may lead back here. One call a level: a host that opens
 // strangers' documents, which may be of any depth, walks with a stack of its own.
 void PrintTree(ITable* table, int indent = 2) {
@@ -140,6 +150,7 @@ void PrintTree(ITable* table, int indent = 2) {
     });
 }
 
+// GetElementCount counts one table; this one counts the tables below it too.
 int CountAll(ITable* table) {
     int count = 0;
     ForEach(table, [&](IIterator* entry) {
@@ -155,6 +166,7 @@ void PrintDocument(const char* path, ITable* table) {
 
 // ----------------------------------------------------------------------------------------------------------- listening
 
+// Each change is told twice: the code before it is the code after it plus 9, which leaves 8 to nobody.
 const char* EventName(std::uint32_t code) {
     static constexpr std::array names{"added",
                                       "changed",
@@ -180,8 +192,10 @@ const char* EventName(std::uint32_t code) {
 struct Watcher {
     const char* name;
 
+    // The record ends with the call; the key in it is interned and stays.
     void OnRecord(TableEvent* event) { Tell("record", event->code, event->table, event->key); }
     void OnArgument(std::uint32_t code, ITable* table, cstr key) { Tell("argument", code, table, key); }
+    // Creating and destroying the array part is told with an index of 0.
     void OnItem(std::uint32_t code, ITable* table, std::uint32_t index) {
         std::printf("    %-11s %-8s  %-16s  index %u, items %u\n", name, "array", EventName(code), index,
                     table->GetArrayCount());
@@ -209,6 +223,7 @@ void Do(const char* what, Change change) {
     std::printf("    -> %u\n", answer);
 }
 
+// The last argument of a setter decides whether the listeners are told.
 void ChangeEntries(ITable* ship) {
     Do("SetInteger crew 7", [&] { return ship->SetInteger("crew", 7, 1); });
     Do("SetInteger crew 7, which it is already", [&] { return ship->SetInteger("crew", 7, 1); });
@@ -232,14 +247,15 @@ void ChangeArray(ITable* ship) {
     Do("DestroyArray", [&] { return ship->DestroyArray(); });
 }
 
-// Needs a table with an integer `crew` and a real `speed`. What is added here is removed here: the watchers end with the
-// function, the table goes on.
+// Needs a table with an integer `crew` and a real `speed`. What is added here is removed here: the watchers end with
+// the function, the table goes on.
 bool ShowListeners(ITable* ship) {
     Watcher table{"the table"}, crew{"crew alone"}, speed{"speed alone"};
     const Delegate records = RecordDelegate<&Watcher::OnRecord>(&table);
     const Delegate arguments = ArgumentDelegate<&Watcher::OnArgument>(&table);
     const Delegate items = ArrayDelegate<&Watcher::OnItem>(&table);
     const Delegate crew_records = RecordDelegate<&Watcher::OnRecord>(&crew);
+    // A listener of one entry hears of that entry only, up to its removal; one of the table hears of all entries.
     const bool heard = Listen(ship->AddRecordListener(), records) && Listen(ship->AddArgumentListener(), arguments) &&
                        Listen(ship->AddArrayListener(), items) &&
                        Listen(ship->AddRecordListener("crew"), crew_records) &&
@@ -265,6 +281,7 @@ ITable* Child(ITable* table, const char* key) {
     return child ? child : table->Set(key, 0);
 }
 
+// The part of the document that the listeners watch.
 ITable* FindShip(ITable* game) {
     ITable* ship = Child(Child(game, "fleet"), "heron");
     if (ship == nullptr) return nullptr;
@@ -280,6 +297,7 @@ ITable* AddHostValues(ITable* game, ITable* ship, ITable* settings) {
     const Handle sound = 4711;
     const Float2 size{1280.0F, 720.5F};
     const Float4x4 view{{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 412.5F, 6.25F, -88.25F, 1}};
+    // Every setter answers 0 if the entry holds another kind already, so the first refusal ends the chain.
     ITable* host = Child(game, "host");
     const bool added = host && host->SetPtr("window", &window, 0) && host->SetHandle("sound", &sound, 0) &&
                        host->SetFloat2("size", &size, 0) && host->SetFloat4x4("view", &view, 0) &&
@@ -298,6 +316,7 @@ struct Comparison {
     void CompareTables(ITable* saved, ITable* loaded, const std::string& way) {
         ForEach(saved,
                 [&](IIterator* entry) { CompareEntries(entry, loaded->Find(entry->GetKey()), way + entry->GetKey()); });
+        // What came back must not hold more than what went out either.
         ForEach(loaded, [&](IIterator* entry) {
             if (!saved->Find(entry->GetKey()))
                 Differ(way + entry->GetKey(), "was never there, came back as " + Text(entry));
@@ -357,6 +376,7 @@ int RoundTrip(ITable* table, const std::string& path) {
     return comparison.different == 0 ? 0 : 1;
 }
 
+// The changes go into the save: what is compared afterwards is the changed table.
 bool ShowChanges(ITable* game, ITable* settings) {
     std::printf("\n== What the listeners of fleet.heron hear\n\n");
     ITable* ship = FindShip(game);
@@ -367,6 +387,7 @@ bool ShowChanges(ITable* game, ITable* settings) {
     return host != nullptr;
 }
 
+// Both documents are tried, whatever becomes of the first.
 int ShowRoundTrips(ITable* game, ITable* settings, const std::string& folder) {
     std::printf("\n== Saved, and loaded again\n\n");
     const int game_status = RoundTrip(game, folder + "/game.json");
@@ -377,6 +398,7 @@ int ShowRoundTrips(ITable* game, ITable* settings, const std::string& folder) {
     return status;
 }
 
+// The game borrows the settings when both end; closing a table follows nothing that it borrows.
 int Run(const char* game_path, const char* settings_path, const std::string& folder) {
     const Document game = Open(OpenTableReadableFile, game_path);
     const Document settings = Open(OpenTableFile, settings_path);

@@ -169,18 +169,18 @@ TESSARIN_API hm_node* i32hm_begin(hm* map);
 /// REQUIRES: `node` is in this map; an erased node has no successor
 TESSARIN_API hm_node* i32hm_next(hm* map, hm_node* node);
 
-TESSARIN_API hm* ptrhm_create(uint32_t bucket_count, uint32_t value_size); ///< i32hm_create
-TESSARIN_API void ptrhm_destroy(hm* map);                                  ///< i32hm_destroy
-TESSARIN_API uint32_t ptrhm_empty(hm* map);                                ///< i32hm_empty
-TESSARIN_API void ptrhm_clear(hm* map);                                    ///< i32hm_clear
-TESSARIN_API void* ptrhm_get(hm* map, uintptr_t key);                      ///< i32hm_get
-TESSARIN_API hm_node* ptrhm_find(hm* map, uintptr_t key);                  ///< i32hm_find
-TESSARIN_API void* ptrhm_ptr2value(hm_node* node);                         ///< i32hm_ptr2value
+TESSARIN_API hm* ptrhm_create(uint32_t bucket_count, uint32_t value_size);  ///< i32hm_create
+TESSARIN_API void ptrhm_destroy(hm* map);                                   ///< i32hm_destroy
+TESSARIN_API uint32_t ptrhm_empty(hm* map);                                 ///< i32hm_empty
+TESSARIN_API void ptrhm_clear(hm* map);                                     ///< i32hm_clear
+TESSARIN_API void* ptrhm_get(hm* map, uintptr_t key);                       ///< i32hm_get
+TESSARIN_API hm_node* ptrhm_find(hm* map, uintptr_t key);                   ///< i32hm_find
+TESSARIN_API void* ptrhm_ptr2value(hm_node* node);                          ///< i32hm_ptr2value
 TESSARIN_API uint32_t ptrhm_set(hm* map, uintptr_t key, const void* value); ///< i32hm_set
-TESSARIN_API void ptrhm_erase_key(hm* map, uintptr_t key);                 ///< i32hm_erase_key
-TESSARIN_API void ptrhm_erase_ptr(hm* map, hm_node* node);                 ///< i32hm_erase_ptr
-TESSARIN_API hm_node* ptrhm_begin(hm* map);                                ///< i32hm_begin
-TESSARIN_API hm_node* ptrhm_next(hm* map, hm_node* node);                  ///< i32hm_next
+TESSARIN_API void ptrhm_erase_key(hm* map, uintptr_t key);                  ///< i32hm_erase_key
+TESSARIN_API void ptrhm_erase_ptr(hm* map, hm_node* node);                  ///< i32hm_erase_ptr
+TESSARIN_API hm_node* ptrhm_begin(hm* map);                                 ///< i32hm_begin
+TESSARIN_API hm_node* ptrhm_next(hm* map, hm_node* node);                   ///< i32hm_next
 
 // --------------------------------------------------------------------------------------------------- object pools
 

@@ -107,8 +107,9 @@ TEST(ObjectPool, LosesTheBlockThatItsStackHasNoRoomFor) {
 
 TEST(KeyPools, RoundsUpToItsClasses) {
     KeyPools keys;
-    const std::pair<std::uint32_t, std::uint32_t> cases[] = {{0, 4},   {4, 4},   {5, 8},   {8, 8},   {9, 16},   {16, 16},
-                                                             {17, 32}, {32, 32}, {33, 64}, {64, 64}, {65, 65}, {128, 128}};
+    const std::pair<std::uint32_t, std::uint32_t> cases[] = {{0, 4},   {4, 4},   {5, 8},   {8, 8},
+                                                             {9, 16},  {16, 16}, {17, 32}, {32, 32},
+                                                             {33, 64}, {64, 64}, {65, 65}, {128, 128}};
     for (auto [wanted, expected] : cases) {
         std::uint32_t capacity = 0;
         Pair** entries = keys.Acquire(wanted, capacity);

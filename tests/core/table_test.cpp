@@ -29,7 +29,8 @@ template <class T>
 T Filled(int variant) {
     T value;
     std::array<float, sizeof(T) / sizeof(float)> floats;
-    for (std::size_t i = 0; i < floats.size(); ++i) floats[i] = static_cast<float>(i) + 1.5F + static_cast<float>(variant);
+    for (std::size_t i = 0; i < floats.size(); ++i)
+        floats[i] = static_cast<float>(i) + 1.5F + static_cast<float>(variant);
     std::memcpy(&value, floats.data(), sizeof value);
     return value;
 }
@@ -56,7 +57,8 @@ const Setter kSetters[] = {
      [](ITable* t, int v, std::uint32_t n) { return t->SetReal("k", 1.5F + static_cast<float>(v), n); }},
     {"string", VALUE_STRING,
      [](ITable* t, int v, std::uint32_t n) { return t->SetString("k", v == 0 ? "A/B" : "Text", n); }},
-    {"path", VALUE_STRING, [](ITable* t, int v, std::uint32_t n) { return t->SetPath("k", v == 0 ? "C/D" : "E/F", n); }},
+    {"path", VALUE_STRING,
+     [](ITable* t, int v, std::uint32_t n) { return t->SetPath("k", v == 0 ? "C/D" : "E/F", n); }},
     {"pointer", VALUE_PTR, [](ITable* t, int v, std::uint32_t n) { return t->SetPtr("k", Elsewhere(v), n); }},
     {"handle", VALUE_HANDLE,
      [](ITable* t, int v, std::uint32_t n) {
@@ -64,13 +66,25 @@ const Setter kSetters[] = {
          return t->SetHandle("k", &handle, n);
      }},
     {"float2", VALUE_FLOAT2,
-     [](ITable* t, int v, std::uint32_t n) { auto f = Filled<Float2>(v); return t->SetFloat2("k", &f, n); }},
+     [](ITable* t, int v, std::uint32_t n) {
+         auto f = Filled<Float2>(v);
+         return t->SetFloat2("k", &f, n);
+     }},
     {"float3", VALUE_FLOAT3,
-     [](ITable* t, int v, std::uint32_t n) { auto f = Filled<Float3>(v); return t->SetFloat3("k", &f, n); }},
+     [](ITable* t, int v, std::uint32_t n) {
+         auto f = Filled<Float3>(v);
+         return t->SetFloat3("k", &f, n);
+     }},
     {"float4", VALUE_FLOAT4,
-     [](ITable* t, int v, std::uint32_t n) { auto f = Filled<Float4>(v); return t->SetFloat4("k", &f, n); }},
+     [](ITable* t, int v, std::uint32_t n) {
+         auto f = Filled<Float4>(v);
+         return t->SetFloat4("k", &f, n);
+     }},
     {"matrix", VALUE_FLOAT4X4,
-     [](ITable* t, int v, std::uint32_t n) { auto f = Filled<Float4x4>(v); return t->SetFloat4x4("k", &f, n); }},
+     [](ITable* t, int v, std::uint32_t n) {
+         auto f = Filled<Float4x4>(v);
+         return t->SetFloat4x4("k", &f, n);
+     }},
     {"external", VALUE_EXTERNAL_TABLE,
      [](ITable* t, int v, std::uint32_t n) { return t->SetExternalTable("k", Elsewhere(v), n); }},
     {"reference", VALUE_REFERENCE_TABLE,
@@ -176,8 +190,8 @@ TEST(TableSameness, RealsAndTexts) {
         Step first, second;
         bool change;
     } cases[] = {
-        {"zeros", [](ITable* t) { return t->SetReal("k", 0.0F, 1); }, [](ITable* t) { return t->SetReal("k", -0.0F, 1); },
-         false},
+        {"zeros", [](ITable* t) { return t->SetReal("k", 0.0F, 1); },
+         [](ITable* t) { return t->SetReal("k", -0.0F, 1); }, false},
         {"NaN", [](ITable* t) { return t->SetReal("k", kNaN, 1); }, [](ITable* t) { return t->SetReal("k", kNaN, 1); },
          true},
         {"close reals", [](ITable* t) { return t->SetReal("k", 1e-9F, 1); },
@@ -265,7 +279,8 @@ TEST(TableGetters, AnswerTheFallbackForAMissingEntryAlone) {
         EXPECT_EQ(table->GetPtr(key), nullptr);
         EXPECT_EQ(table->GetHandle(key), 0U);
         EXPECT_EQ(table->Find(key), nullptr);
-        EXPECT_EQ(table->GetFloat2(key, static_cast<Float2*>(floats)) + table->GetFloat3(key, static_cast<Float3*>(floats)) +
+        EXPECT_EQ(table->GetFloat2(key, static_cast<Float2*>(floats)) +
+                      table->GetFloat3(key, static_cast<Float3*>(floats)) +
                       table->GetFloat4(key, static_cast<Float4*>(floats)) + table->GetFloat4x4(key, &out),
                   0U);
         EXPECT_EQ(std::memcmp(&out, &before, sizeof out), 0);
@@ -279,9 +294,7 @@ TEST(TableGetters, AnswerTheFallbackForAMissingEntryAlone) {
 TEST(TableArrayPart, StandsBesideTheEntries) {
     TableHolder table = NewTable();
     const std::uint64_t item = 0x1122334455667788U;
-    auto counts = [&table] {
-        return std::array{table->GetCount(), table->GetElementCount(), table->GetArrayCount()};
-    };
+    auto counts = [&table] { return std::array{table->GetCount(), table->GetElementCount(), table->GetArrayCount()}; };
     using Counts = std::array<std::uint32_t, 3>;
     for (const char* key : {"a", "b", "c"}) table->SetInteger(key, 1, 0);
     EXPECT_EQ(counts(), (Counts{3, 3, 0}));

@@ -21,9 +21,9 @@
 namespace {
 
 using namespace std::string_literals;
+using Tessarin::ITable;
 using TestSupport::EntriesAndClose;
 using TestSupport::SavedJson;
-using Tessarin::ITable;
 
 ITable* Open(std::string_view text) { return OpenTableBuffer(text.data(), static_cast<std::uint32_t>(text.size())); }
 
@@ -43,7 +43,8 @@ TEST(Json, EveryKindOfValue) {
         {R"({"a":1,"b":-3,"c":0})", R"({"a":1,"b":-3,"c":0})"},
         {R"({"a":3000000000,"b":5000000000,"c":18446744073709551615,"d":-9223372036854775808})",
          R"({"a":-1294967296,"b":705032704,"c":-1,"d":0})"},
-        {R"({"a":1.5,"b":2.0,"c":1e2,"d":100000000000000000000})", R"({"a":1.5,"b":2.0,"c":100.0,"d":100000000000000000000.0})"},
+        {R"({"a":1.5,"b":2.0,"c":1e2,"d":100000000000000000000})",
+         R"({"a":1.5,"b":2.0,"c":100.0,"d":100000000000000000000.0})"},
         {R"({"a":null,"b":false,"c":true})", R"({"a":0,"b":0,"c":1})"},
         {R"({"o":{"p":{},"q":{"r":1}}})", R"({"o":{"p":{},"q":{"r":1}}})"},
         {R"({"a":[1,2],"b":[1,2,3],"c":[1,2,3,4]})", R"({"a":[1.0,2.0],"b":[1.0,2.0,3.0],"c":[1.0,2.0,3.0,4.0]})"},
@@ -74,11 +75,25 @@ TEST(Json, StringsAreRaw) {
 
 TEST(Json, WhatIsNoDocumentIsAnEmptyTable) {
     const Case cases[] = {
-        {" ", "{}"},          {"// x\n/* y */", "{}"}, {R"({"a":1,})", "{}"},       {R"({"a":1)", "{}"},
-        {"[not json", "{}"},  {R"({"a":1} x)", "{}"},  {"[1,2]", "{}"},             {"1", "{}"},
-        {"\"a\"", "{}"},      {"null", "{}"},          {R"({"a":NaN})", "{}"},      {R"({"a":Infinity})", "{}"},
-        {R"({"a":1e999})", "{}"}, {R"({"a":01})", "{}"}, {R"({'a':1})", "{}"},      {"\xEF\xBB\xBF{\"a\":1}", "{}"},
-        {R"({"a":\1})", "{}"},  {R"(\{"a":1})", "{}"},   {R"({"a":1}\)", "{}"},
+        {" ", "{}"},
+        {"// x\n/* y */", "{}"},
+        {R"({"a":1,})", "{}"},
+        {R"({"a":1)", "{}"},
+        {"[not json", "{}"},
+        {R"({"a":1} x)", "{}"},
+        {"[1,2]", "{}"},
+        {"1", "{}"},
+        {"\"a\"", "{}"},
+        {"null", "{}"},
+        {R"({"a":NaN})", "{}"},
+        {R"({"a":Infinity})", "{}"},
+        {R"({"a":1e999})", "{}"},
+        {R"({"a":01})", "{}"},
+        {R"({'a':1})", "{}"},
+        {"\xEF\xBB\xBF{\"a\":1}", "{}"},
+        {R"({"a":\1})", "{}"},
+        {R"(\{"a":1})", "{}"},
+        {R"({"a":1}\)", "{}"},
         {"// \\ c\n{/* \\\" */\"a\"/**/:1//\n}//", R"({"a":1})"},
         {std::string_view("{\"a\":1}\0garbage", 15), R"({"a":1})"}, // a NUL ends the text
         {std::string_view("{\"a\":\"x\0y\"}", 11), "{}"},
@@ -183,7 +198,8 @@ TEST(Json, ATableThatContainsItselfIsNotSaved) {
 TEST(Json, RoundTrips) {
     TestSupport::TemporaryFolder folder;
     std::string path = folder.Path("saved");
-    const char* text = R"({"a":-7,"r":[0.1,3e-12],"t":{"s":"x","deep":{"f":1e-7,"m":[1,0,0,0,0,1,0,0,0,0,1,0,0.3,5,7,1]}},"n":1.17549435e-38})";
+    const char* text =
+        R"({"a":-7,"r":[0.1,3e-12],"t":{"s":"x","deep":{"f":1e-7,"m":[1,0,0,0,0,1,0,0,0,0,1,0,0.3,5,7,1]}},"n":1.17549435e-38})";
     ITable* first = Open(text);
     ASSERT_EQ(first->SaveFile(path.c_str()), 1U);
     ITable* second = OpenTableFile(path.c_str());
@@ -230,7 +246,8 @@ TEST(Json, DepthCostsNoStack) {
     });
 }
 
-/// A hundred thousand members with distinct keys, then as many again of the same: by the square this would take minutes.
+/// A hundred thousand members with distinct keys, then as many again of the same: by the square this would take
+/// minutes.
 TEST(Json, LargeObjectsWithDuplicates) {
     constexpr int kMembers = 100000;
     std::string text = "{";
@@ -250,7 +267,8 @@ TEST(Json, LargeObjectsWithDuplicates) {
 }
 
 TEST(Json, EveryAllocationThatFails) {
-    std::string text = R"({"first":1,"first":true,"first":2,"o":{"p":[1],"q":[1,2,3]},"s":")" + std::string(70000, 'x') + "\"";
+    std::string text =
+        R"({"first":1,"first":true,"first":2,"o":{"p":[1],"q":[1,2,3]},"s":")" + std::string(70000, 'x') + "\"";
     for (int i = 0; i < 150; ++i) text += ",\"fill" + std::to_string(i) + "\":{}";
     text += "}";
     ITable* whole = Open(text);

@@ -41,8 +41,12 @@ TEST_F(Readable, EveryNotation) {
         {"a 1", R"({"a":1})"},
         {"a=1", R"({"a":1})"},
         {"a = = == 1", R"({"a":1})"},
-        {"a\0" "1"sv, R"({"a":1})"},
-        {"a\xFF" "1", R"({"a":1})"},
+        {"a\0"
+         "1"sv,
+         R"({"a":1})"},
+        {"a\xFF"
+         "1",
+         R"({"a":1})"},
         {"a\v1 b", R"({"a\u000B1":"b"})"}, // no other byte is white space
         // numbers
         {"a = -5", R"({"a":-5})"},
@@ -51,7 +55,8 @@ TEST_F(Readable, EveryNotation) {
         {"a = -", R"({"a":0})"},
         {"a = .", R"({"a":0.0})"},
         {"a = -.25", R"({"a":-0.25})"},
-        {"a +5 b 1e5 c 1-2 d 1.2.3 e true f 0x10", R"({"a":"+5","b":"1e5","c":"1-2","d":"1.2.3","e":"true","f":"0x10"})"},
+        {"a +5 b 1e5 c 1-2 d 1.2.3 e true f 0x10",
+         R"({"a":"+5","b":"1e5","c":"1-2","d":"1.2.3","e":"true","f":"0x10"})"},
         {"a 4294967295 b 2147483648 c 99999999999999999999", R"({"a":-1,"b":-2147483648,"c":-1})"},
         // texts
         {R"(a = "x y")", R"({"a":"x y"})"},
@@ -70,7 +75,8 @@ TEST_F(Readable, EveryNotation) {
         // vectors
         {"v = [1,2,3] w = (1,2,3,4)", R"({"v":[1.0,2.0,3.0],"w":[1.0,2.0,3.0,4.0]})"},
         {"v = [ 1 ,\n -2.5e1 , .5 ]", R"({"v":[1.0,-25.0,0.5]})"},
-        {"v = [1,2] w = (7) x = [] y = [5", R"({"v":[1.0,2.0,0.0],"w":[7.0,0.0,0.0,0.0],"x":[0.0,0.0,0.0],"y":[5.0,0.0,0.0]})"},
+        {"v = [1,2] w = (7) x = [] y = [5",
+         R"({"v":[1.0,2.0,0.0],"w":[7.0,0.0,0.0,0.0],"x":[0.0,0.0,0.0],"y":[5.0,0.0,0.0]})"},
         {"v = [1,2,3,4] w = [a,2b,(3]", R"({"v":[1.0,2.0,3.0],"w":[0.0,2.0,0.0]})"},
         {"x abc[1,2,3]y", nullptr},
         {"x abc[1,2,3]", R"({"x":[1.0,2.0,3.0]})"},
@@ -86,7 +92,7 @@ TEST_F(Readable, EveryNotation) {
         {"a 1 } b 2", R"({"a":1})"},
         {"t { a = 1", R"({"t":{"a":1}})"},
         {"t {", R"({"t":{}})"},
-        {"t { a } b = 1", nullptr},          // the brace is passed over on the way to the value
+        {"t { a } b = 1", nullptr}, // the brace is passed over on the way to the value
         {"t { a 1 dropped} b 2", R"({"t":{"a":1},"b":2})"},
         {"t { } t = 1", R"({"t":1})"},
         {"t { } t { }", nullptr},
@@ -119,7 +125,7 @@ TEST_F(Readable, Comments) {
         {"a --[[ in between -- 1", R"({"a":1})"},
         {"a 1---b\nc 2", R"({"a":1,"c":2})"},
         {"s = \"a--b\" c\nd\" e = 1", R"({"s":"a","e":1})"}, // blanked in quotes too, which then end at the next quote
-        {"v = [1, --x\n 2,3]", R"({"v":[1.0,0.0,3.0]})"},   // a blanked comment ends the number it stands in
+        {"v = [1, --x\n 2,3]", R"({"v":[1.0,0.0,3.0]})"},    // a blanked comment ends the number it stands in
     };
     for (const Case& each : cases) {
         EXPECT_EQ(Load(each.text), each.entries == nullptr ? "null" : each.entries) << each.text;

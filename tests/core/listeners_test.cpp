@@ -1,0 +1,365 @@
+// Who is told of what, in which order, and what listeners may do to the table that tells them.
+
+#include "core/listeners.h"
+#include "core/table.h"
+#include "tests/core/recorder.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace {
+
+using namespace Tessarin;
+using namespace TestSupport;
+
+/// A table with the entries k = 1 and m = 2, and listeners that share a log: T and A (record, argument) on the table,
+/// R and E on the entry k, I on the array part.
+struct Told : testing::Test {
+    TableHolder holder = NewTable();
+    ITable* table = holder.get();
+    std::string log;
+    std::array<Listener, 5> listeners{{{"T", &log}, {"A", &log}, {"R", &log}, {"E", &log}, {"I", &log}}};
+    Listener extra{"X", &log};
+
+    Told() {
+        table->SetInteger("k", 1, 0);
+        table->SetInteger("m", 2, 0);
+    }
+
+    /// Argument listeners first, as the order of adding must not matter between the kinds.
+    void ListenAll() {
+        *table->AddArgumentListener("k") = listeners[3].Argument();
+        *table->AddArgumentListener() = listeners[1].Argument();
+        *table->AddRecordListener("k") = listeners[2].Record();
+        *table->AddRecordListener() = listeners[0].Record();
+        *table->AddArrayListener() = listeners[4].Array();
+    }
+};
+
+TEST_F(Told, OfEveryChangeWithItsCodesAndKeys) {
+    const struct {
+        std::uint32_t (*change)(ITable*, std::uint32_t notify);
+        std::uint32_t answer;
+        const char* heard;
+    } cases[] = {
+        {[](ITable* t, std::uint32_t n) { return t->SetInteger("k", 5, n); }, 1,
+         "T10:k A10:k R10:k E10:k T1:k A1:k R1:k E1:k "},
+        {[](ITable* t, std::uint32_t n) { return t->SetInteger("n", 5, n); }, 1, "T9:n A9:n T0:n A0:n "},
+        {[](ITable* t, std::uint32_t n) { return t->SetInteger("k", 1, n); }, 1, ""},
+        {[](ITable* t, std::uint32_t n) { return t->SetReal("k", 1, n); }, 0, ""},
+        {[](ITable* t, std::uint32_t n) { return t->Set("n", n) == nullptr ? 0U : 1U; }, 1, "T9:n A9:n T0:n A0:n "},
+        {[](ITable* t, std::uint32_t n) { return t->Remove("k", n); }, 1, "T11:k A11:k R11:k E11:k T2:k A2:k "},
+        {[](ITable* t, std::uint32_t n) { return t->Remove("x", n); }, 0, ""},
+        {[](ITable* t, std::uint32_t n) { return t->Rename("k", "l", n); }, 1, "T13:k A13:k R13:k E13:k T4:l A4:l "},
+        {[](ITable* t, std::uint32_t n) { return t->Rename("k", "m", n); }, 0, "T13:k A13:k R13:k E13:k "},
+        {[](ITable* t, std::uint32_t n) { return t->Rename("m", "m", n); }, 0, "T13:m A13:m "},
+        {[](ITable* t, std::uint32_t n) { return t->Rename("x", "y", n); }, 0, ""},
+        {[](ITable* t, std::uint32_t n) { return t->Clear(n); }, 1, "T12:- A12:- T3:- A3:- "},
+    };
+    for (const auto& row : cases) {
+        for (std::uint32_t notify : {1U, 0U}) {
+            holder = NewTable();
+            table = holder.get();
+            table->SetInteger("k", 1, 0);
+            table->SetInteger("m", 2, 0);
+            ListenAll();
+            EXPECT_EQ(row.change(table, notify), row.answer) << row.heard;
+            EXPECT_EQ(Heard(log), notify == 0 ? "" : row.heard);
+        }
+    }
+}
+
+TEST_F(Told, OfTheArrayPartByItsOwnListenersAlone) {
+    ListenAll();
+    int item = 7;
+    EXPECT_EQ(table->SetArrayItem(1, &item, 1), nullptr);
+    EXPECT_EQ(Heard(log), "");
+    EXPECT_EQ(table->CreateArray(sizeof item), 1U);
+    EXPECT_NE(table->SetArrayItem(4, &item, 1), nullptr);
+    EXPECT_EQ(table->SetArrayItem(UINT32_MAX, &item, 1), nullptr) << "told although it then fails";
+    table->SetArrayItem(2, &item, 0);
+    table->DestroyArray();
+    table->DestroyArray();
+    EXPECT_EQ(Heard(log), "I14:0 I5:0 I16:4 I7:4 I16:4294967295 I7:4294967295 I15:0 I6:0 I15:0 I6:0 ");
+}
+
+TEST_F(Told, WithTheEntryAsItIsAtThatMoment) {
+    std::string seen;
+    extra.act = [&seen](std::uint32_t code, ITable* t, cstr key) {
+        IIterator* pair = t->Find(key);
+        seen += std::to_string(code) + "=";
+        seen += pair == nullptr ? "gone "
+                                : std::to_string(pair->GetType()) + "/" + std::to_string(pair->GetInteger()) + " ";
+    };
+    *table->AddRecordListener() = extra.Record();
+    table->SetInteger("n", 3, 1);
+    table->SetInteger("n", 4, 1);
+    table->Rename("n", "o", 1);
+    table->Remove("o", 1);
+    EXPECT_EQ(seen, "9=0/0 0=5/3 10=5/3 1=5/4 13=5/4 4=5/4 11=5/4 2=gone ");
+}
+
+TEST_F(Told, ListenersOfAnEntryLastAsLongAsTheEntry) {
+    EXPECT_EQ(table->AddRecordListener("x"), nullptr);
+    EXPECT_EQ(table->AddArgumentListener(nullptr), nullptr) << "no key is not the whole table";
+    *table->AddRecordListener("k") = extra.Record();
+    table->AddRecordListener("k"); // left empty: passed over
+    table->Rename("k", "l", 0);
+    table->SetInteger("l", 5, 1);
+    EXPECT_EQ(Heard(log), "X10:l X1:l ");
+    table->Remove("l", 1);
+    EXPECT_EQ(Heard(log), "X11:l ");
+    table->SetInteger("l", 6, 1);
+    *table->AddRecordListener("l") = extra.Record();
+    table->Clear(1);
+    table->SetInteger("l", 7, 1);
+    EXPECT_EQ(Heard(log), "");
+}
+
+// --------------------------------------------------------------------------------------------------------- the lists
+
+TEST(DelegateVector, GrowsByItsClassesAndKeepsItsDelegates) {
+    Listener listener{"", nullptr};
+    for (ListenerKind kind : {kRecordListener, kArgumentListener, kArrayListener}) {
+        DelegateVector vector{};
+        for (std::uint32_t n = 0; n < 130; ++n) {
+            Delegate* slot = vector.Append(kind);
+            ASSERT_NE(slot, nullptr);
+            EXPECT_TRUE(slot->object == nullptr && slot->function == nullptr);
+            *slot = {&listener + n, listener.Record().function};
+            const std::uint32_t expected = n < 4 ? 4 : n < 16 ? 16 : n < 32 ? 32 : n < 64 ? 64 : n < 128 ? 128 : 256;
+            ASSERT_EQ(vector.capacity, expected) << n;
+        }
+        for (std::uint32_t n = 0; n < 130; ++n) EXPECT_EQ(vector.data[n].object, &listener + n);
+        vector.Release(kind);
+    }
+}
+
+TEST_F(Told, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
+    auto change = [this] {
+        table->SetInteger("k", table->GetInteger("k") + 1, 1);
+        return Heard(log);
+    };
+    Listener& one = listeners[0];
+    Listener& two = listeners[1];
+    Listener& three = listeners[2];
+    for (const char* key : {static_cast<const char*>(nullptr), "k"}) {
+        auto add = [&](Listener& listener) {
+            Delegate* slot = key == nullptr ? table->AddRecordListener() : table->AddRecordListener(key);
+            *slot = listener.Record();
+            return slot;
+        };
+        auto remove = [&](const Delegate* delegate) {
+            key == nullptr ? table->RemoveRecordListener(delegate) : table->RemoveRecordListener(key, delegate);
+        };
+        Delegate* first = add(one);
+        add(two);
+        add(three);
+        remove(first); // named by its own slot, which the last one then fills
+        EXPECT_EQ(change(), "R10:k A10:k R1:k A1:k ");
+        add(three);
+        add(three);
+        const Delegate gone = three.Record();
+        remove(&gone);
+        remove(&gone);
+        const Delegate other_kind = two.Argument();
+        remove(&other_kind);
+        table->RemoveArgumentListener(&other_kind);
+        EXPECT_EQ(change(), "A10:k A1:k ");
+        const Delegate last = two.Record();
+        table->RemoveRecordListener(key == nullptr ? "k" : "x", &last);
+        EXPECT_EQ(change(), "A10:k A1:k ") << "neither the wrong list nor a missing entry";
+        remove(&last);
+        EXPECT_EQ(change(), "");
+    }
+}
+
+// ---------------------------------------------------------------------------------------------------- while
+// dispatching
+
+TEST_F(Told, RequestsWaitForTheEndOfTheirNotification) {
+    const Delegate leaver = listeners[1].Record();
+    listeners[0].act = [&](std::uint32_t code, ITable* t, cstr) {
+        if (code != EVENT_CHANGING) return;
+        *t->AddRecordListener() = listeners[2].Record();
+        *t->AddArgumentListener("k") = listeners[3].Argument();
+        *t->AddArrayListener() = listeners[4].Array();
+        *t->AddRecordListener("never there") = extra.Record();
+        *t->AddArgumentListener() = extra.Argument();
+        const Delegate taken_back = extra.Argument();
+        t->RemoveArgumentListener(&taken_back);
+        t->RemoveRecordListener(&leaver);
+    };
+    *table->AddRecordListener() = listeners[0].Record();
+    *table->AddRecordListener() = leaver;
+    table->SetInteger("k", 2, 1);
+    EXPECT_EQ(Heard(log), "T10:k A10:k T1:k R1:k E1:k ") << "in time for the second half of the same call";
+    table->CreateArray(1);
+    EXPECT_EQ(Heard(log), "I14:0 I5:0 ");
+}
+
+TEST_F(Told, AHundredRequestsFitTheQueue) {
+    listeners[0].act = [&](std::uint32_t code, ITable* t, cstr) {
+        for (int n = 0; code == EVENT_CHANGING && n < 100; ++n) *t->AddRecordListener("k") = extra.Record();
+    };
+    *table->AddRecordListener() = listeners[0].Record();
+    table->SetInteger("k", 2, 1);
+    std::string expected = "T10:k T1:k ";
+    for (int n = 0; n < 100; ++n) expected += "X1:k ";
+    EXPECT_EQ(Heard(log), expected);
+}
+
+// The inner notification ends with the flag down and the queue applied, also where nobody hears it; what comes after is
+// at once, and the outer walk, which reads count and data at each step, goes on over it.
+TEST_F(Told, AnInnerNotificationEndsTheWaitingOfTheOuterOne) {
+    for (bool on_entry : {false, true}) {
+        const Delegate actor = listeners[0].Record();
+        listeners[0].act = [&](std::uint32_t code, ITable* t, cstr key) {
+            if (code != EVENT_CHANGING || key != cstr_string("k")) return;
+            auto add = [&] { return on_entry ? t->AddRecordListener("k") : t->AddRecordListener(); };
+            *add() = listeners[1].Record(); // waits for the inner one's end
+            t->SetInteger("m", t->GetInteger("m") + 1, 1);
+            for (int n = 0; n < 5; ++n) *add() = listeners[2].Record(); // at once: the vector moves under the walk
+            const Delegate self = listeners[0].Record();
+            on_entry ? t->RemoveRecordListener("k", &self) : t->RemoveRecordListener(&self);
+        };
+        *(on_entry ? table->AddRecordListener("k") : table->AddRecordListener()) = actor;
+        table->SetInteger("k", table->GetInteger("k") + 1, 1);
+        // The actor's gap is filled by the last R, and its place has been passed: one A, four R.
+        const std::string rest = "A10:k R10:k R10:k R10:k R10:k ";
+        const std::string after = "R1:k A1:k R1:k R1:k R1:k R1:k ";
+        const std::string inner = on_entry ? "" : "T10:m T1:m A1:m ";
+        EXPECT_EQ(Heard(log), "T10:k " + inner + rest + after) << on_entry;
+        const Delegate waiter = listeners[1].Record(), late = listeners[2].Record();
+        table->RemoveRecordListener(&waiter);
+        table->RemoveRecordListener(&late);
+    }
+}
+
+// ------------------------------------------------------------------------- listeners that end what they are told about
+
+struct Blow {
+    const char* name;
+    void (*strike)(TableHolder& holder, cstr key);
+};
+
+/// The first puts another entry into the block that has just become free: nothing may be stored there.
+const Blow kBlows[] = {
+    {"remove",
+     [](TableHolder& t, cstr key) {
+         t->Remove(key, 1);
+         t->SetInteger("other", 77, 0);
+     }},
+    {"clear",
+     [](TableHolder& t, cstr) {
+         t->Clear(1);
+         t->SetInteger("other", 77, 0);
+     }},
+    {"close", [](TableHolder& t, cstr) { t.reset(); }},
+};
+
+struct Operation {
+    const char* name;
+    std::uint32_t before, after; // the codes at which the blow falls
+    std::uint32_t (*run)(ITable* table);
+    std::uint32_t answer_before, answer_after;
+};
+
+const Operation kOperations[] = {
+    {"change", EVENT_CHANGING, EVENT_CHANGED, [](ITable* t) { return t->SetInteger("k", 5, 1); }, 0, 1},
+    {"add", EVENT_ADDING, EVENT_ADDED, [](ITable* t) { return t->SetReal("n", 5, 1); }, 0, 1},
+    {"add text", EVENT_ADDING, EVENT_ADDED, [](ITable* t) { return t->SetString("n", "text", 1); }, 0, 1},
+    {"add matrix", EVENT_ADDING, EVENT_ADDED,
+     [](ITable* t) {
+         const Float4x4 m{};
+         return t->SetFloat4x4("n", &m, 1);
+     },
+     0, 1},
+    {"child", EVENT_ADDING, EVENT_ADDED, [](ITable* t) { return t->Set("n", 1) == nullptr ? 0U : 1U; }, 0, 0},
+    {"hand over", EVENT_ADDING, EVENT_ADDED,
+     [](ITable* t) {
+         ITable* child = CreateTable();
+         const std::uint32_t taken = t->SetTable("n", child, 1);
+         EXPECT_EQ(ValidateTable(child), 1U - taken) << "it is still the host's, or has ended with its entry";
+         if (taken == 0) CloseTable(child);
+         return taken;
+     },
+     0, 1},
+    {"remove", EVENT_REMOVING, EVENT_REMOVED, [](ITable* t) { return t->Remove("k", 1); }, 0, 1},
+    {"rename", EVENT_RENAMING, EVENT_RENAMED, [](ITable* t) { return t->Rename("k", "l", 1); }, 0, 1},
+    {"clear", EVENT_CLEARING, EVENT_CLEARED, [](ITable* t) { return t->Clear(1); }, 1, 1},
+};
+
+TEST_F(Told, EndingTheEntryOrTheTableIsSafe) {
+    for (const Operation& operation : kOperations) {
+        for (const Blow& blow : kBlows) {
+            for (unsigned round = 0; round < 4; ++round) {
+                const bool late = (round & 1) != 0, by_entry = (round & 2) != 0;
+                const std::uint32_t code = late ? operation.after : operation.before;
+                SCOPED_TRACE(std::string(operation.name) + ", " + blow.name + " at " + std::to_string(code));
+                holder = NewTable();
+                table = holder.get();
+                table->SetInteger("k", 1, 0);
+                bool struck = false;
+                Listener striker{"S", &log, [&](std::uint32_t its_code, ITable*, cstr key) {
+                                     if (std::exchange(struck, struck || its_code == code) || its_code != code) return;
+                                     blow.strike(holder, key);
+                                     log.clear();
+                                 }};
+                *(by_entry ? table->AddRecordListener("k") : table->AddRecordListener()) = striker.Record();
+                *table->AddRecordListener() = extra.Record();
+                *table->AddRecordListener("k") = listeners[2].Record();
+                *table->AddArgumentListener("k") = listeners[3].Argument();
+                const std::uint32_t answer = operation.run(table);
+                if (!std::exchange(struck, true)) continue; // entries don't hear this code
+                EXPECT_EQ(answer, late ? operation.answer_after : operation.answer_before);
+                EXPECT_EQ(Heard(log).find_first_of("RE"), std::string::npos) << "the entry's others aren't called";
+                if (holder == nullptr) continue;
+                const bool clears_late = operation.before == EVENT_CLEARING && !late;
+                EXPECT_EQ(table->GetInteger("other"), clears_late ? 0 : 77);
+                EXPECT_TRUE(static_cast<Table*>(table)->Entries().IsValid());
+                EXPECT_EQ(table->SetInteger("next", 1, 1), 1U);
+                EXPECT_EQ(Heard(log).substr(by_entry ? 0 : 10), by_entry ? "X9:next X0:next " : "");
+            }
+        }
+    }
+}
+
+TEST_F(Told, EndingTheArrayPartOrItsTableIsSafe) {
+    const struct {
+        std::uint32_t code;
+        bool answer_closed, answer_destroyed;
+    } cases[] = {{EVENT_ARRAY_CREATING, false, true},  {EVENT_ARRAY_CREATED, true, true},
+                 {EVENT_ITEM_SETTING, false, false},   {EVENT_ITEM_SET, true, true},
+                 {EVENT_ARRAY_DESTROYING, true, true}, {EVENT_ARRAY_DESTROYED, true, true}};
+    for (const auto& row : cases) {
+        for (bool close : {true, false}) {
+            holder = NewTable();
+            table = holder.get();
+            table->CreateArray(4);
+            bool struck = false;
+            extra.act = [&](std::uint32_t code, ITable* t, cstr) {
+                if (code != row.code || std::exchange(struck, true)) return;
+                close ? holder.reset() : static_cast<void>(t->DestroyArray());
+            };
+            *table->AddArrayListener() = extra.Array();
+            int item = 1;
+            bool answer = true;
+            switch (row.code % 9) {
+            case EVENT_ARRAY_CREATED:
+                answer = table->CreateArray(4) != 0;
+                break;
+            case EVENT_ITEM_SET:
+                answer = table->SetArrayItem(1, &item, 1) != nullptr;
+                break;
+            default:
+                answer = table->DestroyArray() != 0;
+            }
+            EXPECT_TRUE(struck);
+            EXPECT_EQ(answer, close ? row.answer_closed : row.answer_destroyed) << row.code;
+        }
+    }
+}
+
+} // namespace
