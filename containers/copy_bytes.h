@@ -10,19 +10,24 @@ namespace Tessarin {
 
 /// The bytes pass through registers, so the two places may overlap.
 template <std::uint32_t Size>
-inline void CopyFixed(void* to, const void* from) {
+inline void* CopyFixed(void* to, const void* from) {
     unsigned char bytes[Size];
     std::memcpy(bytes, from, Size);
-    std::memcpy(to, bytes, Size);
+    return std::memcpy(to, bytes, Size);
 }
 
 /// The sizes that containers mostly hold are copied in place: a call costs more than such a copy.
-inline void CopyBytes(void* to, const void* from, std::uint32_t size) {
+/// returns  `to`
+inline void* CopyBytes(void* to, const void* from, std::uint32_t size) {
     switch (size) {
-    case 4: return CopyFixed<4>(to, from);
-    case 8: return CopyFixed<8>(to, from);
-    case 16: return CopyFixed<16>(to, from);
-    default: std::memmove(to, from, size);
+    case 4:
+        return CopyFixed<4>(to, from);
+    case 8:
+        return CopyFixed<8>(to, from);
+    case 16:
+        return CopyFixed<16>(to, from);
+    default:
+        return std::memmove(to, from, size);
     }
 }
 

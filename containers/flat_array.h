@@ -40,25 +40,30 @@ struct farr {
 
     /// Appends an element with its bytes unset; null if memory runs out, the array unchanged.
     void* Push() {
-        if (NeedsCare()) [[unlikely]] return PushWithCare(nullptr);
+        if (NeedsCare()) [[unlikely]]
+            return PushWithCare(nullptr);
         return Slot(count++);
     }
 
     /// Appends a copy; `source` may be one of the array's own elements.
     void* PushElement(const void* source) {
-        if (NeedsCare()) [[unlikely]] return PushWithCare(source);
-        void* slot = Slot(count++);
-        Tessarin::CopyBytes(slot, source, element_size);
-        return slot;
+        if (NeedsCare()) [[unlikely]]
+            return PushWithCare(source);
+        return Tessarin::CopyBytes(Slot(count++), source, element_size);
     }
 
     /// PushElement for elements of a known type. False if memory runs out.
-    /// REQUIRES: element_size == sizeof(T)
+    /// REQUIRES, here and below: element_size == sizeof(T)
     template <class T>
     bool PushItem(T item) {
-        if (std::uint64_t{count} * sizeof(T) + sizeof(T) > capacity) [[unlikely]] {
-            return PushWithCare(&item) != nullptr;
-        }
+        return TryPushItem(item) || PushWithCare(&item) != nullptr;
+    }
+
+    /// The same, but false also where the buffer would have to grow.
+    template <class T>
+    bool TryPushItem(T item) {
+        if (std::uint64_t{count} * sizeof(T) + sizeof(T) > capacity) [[unlikely]]
+            return false;
         Items<T>()[count++] = item;
         return true;
     }
@@ -76,9 +81,7 @@ struct farr {
 private:
     /// True if the next element doesn't fit, and always for elements of size 0, whose count could run over: the 1 makes
     /// the left side wrap to the largest number.
-    [[nodiscard]] bool NeedsCare() const {
-        return std::uint64_t{count} * element_size + element_size - 1 >= capacity;
-    }
+    [[nodiscard]] bool NeedsCare() const { return std::uint64_t{count} * element_size + element_size - 1 >= capacity; }
 
     [[gnu::noinline, gnu::cold]] void* PushWithCare(const void* source);
     bool Regrow(std::uint32_t bytes);

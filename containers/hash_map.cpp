@@ -4,12 +4,14 @@
 /// 1. A node's key hashes to the bucket that it hangs from, and no key occurs twice.
 /// 2. Nodes never move. Growth relinks them, so that callers may keep pointers to nodes and values.
 /// 3. A node's size is a multiple of a pointer's: pool blocks lie back to back, and every node must be aligned.
-/// 4. `reciprocal` is that of `bucket_count`; both change in one place.
+/// 4. A bucket's filter has the mark of every key in its chain; it may have others.
+/// 5. `buckets`, `filters`, `bucket_count` and `reciprocal` change together, in one place.
 
 #include "containers/hash_map.h"
 
 #include "containers/growth.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 #include <type_traits>
@@ -19,23 +21,12 @@ static_assert(sizeof(hm_node) == 3 * sizeof(void*)); // the value follows direct
 
 namespace {
 
-/// Empty buckets, or null if memory runs out or the array would pass 32 bits.
-hm_node** TakeBuckets(std::uint64_t count) {
-    std::uint64_t bytes = count * sizeof(hm_node*);
-    if (bytes > Tessarin::kLargestSize) return nullptr;
-    auto** buckets = static_cast<hm_node**>(std::malloc(static_cast<std::size_t>(bytes)));
-    if (buckets != nullptr) std::memset(buckets, 0, static_cast<std::size_t>(bytes));
-    return buckets;
-}
-
 /// A pool of nodes, or null. Small maps take small chunks.
 omem* TakePool(std::uint32_t bucket_count, std::uint32_t value_size) {
     std::uint64_t node_size = std::uint64_t{sizeof(hm_node)} + value_size;
     node_size = (node_size + alignof(hm_node) - 1) / alignof(hm_node) * alignof(hm_node);
     if (node_size > Tessarin::kLargestSize) return nullptr;
-    std::uint32_t blocks = bucket_count / 2 + 1;
-    blocks = blocks < 16 ? 16 : blocks > 128 ? 128 : blocks;
-    return omem::Create(static_cast<std::uint32_t>(node_size), blocks);
+    return omem::Create(static_cast<std::uint32_t>(node_size), std::clamp(bucket_count / 2 + 1, 16U, 128U));
 }
 
 } // namespace
@@ -44,9 +35,8 @@ hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
     if (bucket_count == 0 || value_size == 0) return nullptr;
     auto* map = static_cast<hm*>(std::malloc(sizeof(hm)));
     if (map == nullptr) return nullptr;
-    *map = hm{kSignature, 0, value_size, 0, nullptr, nullptr, 0};
-    map->SetBuckets(TakeBuckets(bucket_count), bucket_count);
-    if (map->buckets != nullptr) map->pool = TakePool(bucket_count, value_size);
+    *map = hm{kSignature, 0, value_size, 0, nullptr, nullptr, nullptr, 0};
+    if (map->TakeBuckets(bucket_count)) map->pool = TakePool(bucket_count, value_size);
     if (map->pool != nullptr) return map;
     std::free(map->buckets);
     std::free(map);
@@ -59,52 +49,64 @@ void hm::Destroy(hm* map) {
     std::free(map);
 }
 
-void hm::SetBuckets(hm_node** fresh, std::uint32_t fresh_count) {
-    buckets = fresh;
-    bucket_count = fresh_count;
-    reciprocal = UINT64_MAX / fresh_count + 1; // 0 for one bucket, which gives the remainder 0 as it should
+/// Takes empty buckets in place of those that it has, which the caller frees. False, and no change, if memory runs out
+/// or their bytes would pass 32 bits.
+bool hm::TakeBuckets(std::uint64_t number) {
+    std::uint64_t bytes = number * (sizeof(*buckets) + sizeof(*filters));
+    if (bytes > Tessarin::kLargestSize) return false;
+    void* block = std::malloc(static_cast<std::size_t>(bytes));
+    if (block == nullptr) return false;
+    std::memset(block, 0, static_cast<std::size_t>(bytes));
+    buckets = static_cast<hm_node**>(block);
+    filters = reinterpret_cast<std::uint16_t*>(buckets + number);
+    bucket_count = static_cast<std::uint32_t>(number);
+    reciprocal = UINT64_MAX / bucket_count + 1; // 0 for one bucket, which gives the remainder 0 as it should
+    return true;
+}
+
+/// Called for each chain of a walk through all: fetches the nodes of the chains ahead, whose order in memory is none.
+void hm::Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t number) const {
+    constexpr std::uint32_t kAhead = 8;
+    if (number - index <= 2 * kAhead) return;
+    __builtin_prefetch(chains[index + 2 * kAhead]);
+    if (chains[index + kAhead] != nullptr) __builtin_prefetch(chains[index + kAhead]->next);
 }
 
 /// Doubles the buckets. If memory runs out the chains just get longer.
 void hm::Grow() {
-    std::uint32_t old_count = bucket_count;
+    std::uint32_t old_number = bucket_count;
     hm_node** old = buckets;
-    hm_node** fresh = TakeBuckets(std::uint64_t{old_count} * 2);
-    if (fresh == nullptr) return;
-    SetBuckets(fresh, old_count * 2);
-    for (std::uint32_t i = 0; i < old_count; ++i) {
+    if (!TakeBuckets(std::uint64_t{old_number} * 2)) return;
+    for (std::uint32_t i = 0; i < old_number; ++i) {
+        Prefetch(old, i, old_number);
         for (hm_node* node = old[i]; node != nullptr;) {
             hm_node* next = node->next;
-            hm_node** bucket = Bucket(node->key);
-            node->next = *bucket;
-            *bucket = node;
+            Link(node, BucketIndex(node->key));
             node = next;
         }
     }
     std::free(old);
 }
 
-bool hm::Set(std::uintptr_t key, const void* value) {
-    if (count > bucket_count) [[unlikely]] Grow();
-    hm_node** bucket = Bucket(key);
-    for (hm_node* node = *bucket; node != nullptr; node = node->next) {
-        if (node->key != key) continue;
-        Tessarin::CopyBytes(node->value, value, value_size);
-        return true;
-    }
+/// Set where the buckets may have to grow or the pool may have no free node.
+std::uint32_t hm::SetWithCare(std::uintptr_t key, const void* value) {
+    if (count > bucket_count) Grow();
+    if (hm_node* node = Find(key)) return Store(node, value);
     auto* node = static_cast<hm_node*>(pool->Alloc());
-    if (node == nullptr) [[unlikely]] return false;
-    *node = hm_node{key, *bucket, node + 1};
-    *bucket = node;
-    Tessarin::CopyBytes(node->value, value, value_size);
-    ++count;
-    return true;
+    return node == nullptr ? 0 : Add(node, BucketIndex(key), key, value);
+}
+
+std::uint32_t hm::StoreAnySize(hm_node* node, const void* value) {
+    Tessarin::CopyBytes(node + 1, value, value_size);
+    return 1;
 }
 
 void hm::Clear() {
     for (std::uint32_t i = 0; i < bucket_count; ++i) {
+        Prefetch(buckets, i, bucket_count);
         for (hm_node* node = buckets[i]; node != nullptr; node = node->next) pool->Free(node);
         buckets[i] = nullptr;
+        filters[i] = 0;
     }
     count = 0;
 }
@@ -139,7 +141,7 @@ hm_node* i32hm_find(hm* map, uintptr_t key) { return IsLive(map) ? map->Find(key
 void* i32hm_ptr2value(hm_node* node) { return node == nullptr ? nullptr : node->value; }
 
 uint32_t i32hm_set(hm* map, uintptr_t key, const void* value) {
-    return IsLive(map) && value != nullptr && map->Set(key, value) ? 1 : 0;
+    return IsLive(map) && value != nullptr ? map->Set(key, value) : 0;
 }
 
 void i32hm_erase_key(hm* map, uintptr_t key) {

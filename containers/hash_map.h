@@ -16,6 +16,9 @@ struct hm_node {
 };
 
 /// The order of the first six fields is fixed.
+///
+/// The functions that every lookup goes through are inline and leave whatever is rare to functions of their own, called
+/// last: so they need no stack, and one lookup's wait for memory overlaps with the next one's.
 struct hm {
     static constexpr std::uint32_t kSignature = Tessarin::kHashMapSignature;
 
@@ -25,6 +28,7 @@ struct hm {
     std::uint32_t count;
     omem* pool;
     hm_node** buckets;
+    std::uint16_t* filters;   // one a bucket, in the buckets' own block: the marks of the keys in its chain, or more
     std::uint64_t reciprocal; // of bucket_count
 
     /// Null if memory runs out, if either argument is 0, or if a size would pass 32 bits.
@@ -32,28 +36,33 @@ struct hm {
     static void Destroy(hm* map);
 
     [[nodiscard]] hm_node* Find(std::uintptr_t key) const {
-        hm_node* node = *Bucket(key);
-        while (node != nullptr && node->key != key) node = node->next;
-        return node;
+        std::uint32_t index = BucketIndex(key);
+        return (filters[index] & Mark(key)) == 0 ? nullptr : FindInChain(index, key);
     }
 
     /// The value in place, or null.
     [[nodiscard]] void* Get(std::uintptr_t key) const {
         hm_node* node = Find(key);
-        return node == nullptr ? nullptr : node->value;
+        return node == nullptr ? nullptr : node + 1;
     }
 
-    /// Stores a copy of value_size bytes. False if memory runs out for a new entry, the map unchanged.
-    bool Set(std::uintptr_t key, const void* value);
+    /// Stores a copy of value_size bytes. 1, or 0 if memory runs out for a new entry, the map unchanged.
+    std::uint32_t Set(std::uintptr_t key, const void* value) {
+        if (count > bucket_count || !pool->HasFree()) [[unlikely]]
+            return SetWithCare(key, value);
+        std::uint32_t index = BucketIndex(key);
+        if ((filters[index] & Mark(key)) != 0) {
+            if (hm_node* node = FindInChain(index, key)) return Store(node, value);
+        }
+        return Add(static_cast<hm_node*>(pool->TakeFree()), index, key, value);
+    }
 
     void Erase(std::uintptr_t key) {
-        hm_node** link = Bucket(key);
+        std::uint32_t index = BucketIndex(key);
+        if ((filters[index] & Mark(key)) == 0) return;
+        hm_node** link = &buckets[index];
         while (*link != nullptr && (*link)->key != key) link = &(*link)->next;
-        hm_node* node = *link;
-        if (node == nullptr) return;
-        *link = node->next;
-        pool->Free(node);
-        --count;
+        if (hm_node* node = *link) Unlink(link, index, node);
     }
 
     void Clear();
@@ -74,8 +83,9 @@ private:
         return (low >> 3) * 0x9E3779B1U + high * 0x85EBCA6BU;
     }
 
-    /// Hash(key) % bucket_count, by two multiplications where the compiler has a product wide enough: a division takes
-    /// longer than the rest of a lookup in the cache. The reciprocal's lower bits give the remainder's fraction.
+    /// Hash(key) % bucket_count, by two multiplications where the compiler has a product wide enough, a division being
+    /// several times as slow. The product with the reciprocal is the quotient's fraction, in units of 2^-64; that times
+    /// the count is the remainder, exact for any two 32-bit numbers.
     [[nodiscard]] std::uint32_t BucketIndex(std::uintptr_t key) const {
 #if defined(__SIZEOF_INT128__)
         __extension__ using Product = unsigned __int128;
@@ -86,11 +96,54 @@ private:
 #endif
     }
 
-    [[nodiscard]] hm_node** Bucket(std::uintptr_t key) const { return &buckets[BucketIndex(key)]; }
+    /// One bit of sixteen, chosen by other bits of the key than the bucket. A chain without it doesn't hold the key:
+    /// most keys that aren't there are known for it without a look at the nodes, which are far apart in memory.
+    [[nodiscard]] static std::uint32_t Mark(std::uintptr_t key) {
+        return 1U << ((static_cast<std::uint32_t>(key) * 0x85EBCA6BU) >> 28);
+    }
+
+    [[nodiscard]] hm_node* FindInChain(std::uint32_t index, std::uintptr_t key) const {
+        hm_node* node = buckets[index];
+        while (node != nullptr && node->key != key) node = node->next;
+        return node;
+    }
+
+    /// Hangs a node in front of its chain. REQUIRES: index == BucketIndex(node->key)
+    void Link(hm_node* node, std::uint32_t index) {
+        node->next = buckets[index];
+        buckets[index] = node;
+        filters[index] = static_cast<std::uint16_t>(filters[index] | Mark(node->key));
+    }
+
+    /// Makes a pool block the node of a new key.
+    std::uint32_t Add(hm_node* node, std::uint32_t index, std::uintptr_t key, const void* value) {
+        node->key = key;
+        node->value = node + 1;
+        Link(node, index);
+        ++count;
+        return Store(node, value);
+    }
+
+    std::uint32_t Store(hm_node* node, const void* value) {
+        if (value_size != sizeof(std::uint32_t)) return StoreAnySize(node, value);
+        Tessarin::CopyFixed<sizeof(std::uint32_t)>(node + 1, value);
+        return 1;
+    }
+
+    /// Marks of a chain's other keys can't be told from this one's, so they stay until the chain is empty.
+    void Unlink(hm_node** link, std::uint32_t index, hm_node* node) {
+        *link = node->next;
+        if (buckets[index] == nullptr) filters[index] = 0;
+        --count;
+        pool->Free(node);
+    }
 
     [[nodiscard]] hm_node* FirstFrom(std::uint32_t bucket) const;
-    void SetBuckets(hm_node** fresh, std::uint32_t fresh_count);
-    [[gnu::noinline, gnu::cold]] void Grow();
+    bool TakeBuckets(std::uint64_t number);
+    void Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t number) const;
+    [[gnu::noinline]] std::uint32_t StoreAnySize(hm_node* node, const void* value);
+    [[gnu::noinline, gnu::cold]] std::uint32_t SetWithCare(std::uintptr_t key, const void* value);
+    void Grow();
 };
 
 #endif

@@ -38,7 +38,8 @@ struct imem {
     /// Null if memory runs out, for a size of 0 or one above chunk_size.
     void* Alloc(std::uint32_t size) {
         // A size of 0 wraps to the largest number and fails here too; what fits the chunk is never above chunk_size.
-        if (size - 1 >= current->capacity - current->used) [[unlikely]] return AllocFromNewChunk(size);
+        if (size - 1 >= current->capacity - current->used) [[unlikely]]
+            return AllocFromNewChunk(size);
         void* bytes = current->data + current->used;
         current->used += size;
         return bytes;

@@ -78,7 +78,9 @@ void omem::FreeBlocks(void* chunk) {
     for (std::uint32_t i = 0; i < blocks_per_chunk; ++i, block += block_size) Free(block);
 }
 
-void* omem::AllocFromNewChunk() { return AddChunk() && free_list->count != 0 ? PopFree() : nullptr; }
+void* omem::AllocFromNewChunk() { return AddChunk() && HasFree() ? TakeFree() : nullptr; }
+
+void omem::FreeIntoFullList(void* block) { free_list->PushItem(block); }
 
 void omem::Clear() {
     free_list->count = 0;

@@ -27,19 +27,28 @@ struct omem {
 
     /// Null if memory runs out.
     void* Alloc() {
-        if (free_list->count == 0) [[unlikely]] return AllocFromNewChunk();
-        return PopFree();
+        if (!HasFree()) [[unlikely]]
+            return AllocFromNewChunk();
+        return TakeFree();
     }
 
+    [[nodiscard]] bool HasFree() const { return free_list->count != 0; }
+
+    /// REQUIRES: HasFree()
+    void* TakeFree() { return free_list->Items<void*>()[--free_list->count]; }
+
     /// A block that the list has no room for is lost until Clear or Destroy.
-    void Free(void* block) { free_list->PushItem(block); }
+    void Free(void* block) {
+        if (!free_list->TryPushItem(block)) [[unlikely]]
+            FreeIntoFullList(block);
+    }
 
     void Clear();
 
 private:
-    void* PopFree() { return free_list->Items<void*>()[--free_list->count]; }
-
+    // Out of line, so that the usual way needs neither stack nor saved registers.
     [[gnu::noinline, gnu::cold]] void* AllocFromNewChunk();
+    [[gnu::noinline, gnu::cold]] void FreeIntoFullList(void* block);
     bool CreateLists();
     bool AddChunk();
     void FreeBlocks(void* chunk);

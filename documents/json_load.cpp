@@ -1,13 +1,12 @@
-// A document is parsed whole before the table sees anything of it, so that a fault at its end leaves nothing behind.
-// Then its members go into the table in order, nested objects by a stack of their own.
+// The parser tells what it finds, and that goes into the table at once, without a document in between. Objects that are
+// open stand on a stack of their own; their tables are put into order as they are closed. Where the parser meets a fault
+// the table is emptied again; what stays of a broken text are the keys and strings that were interned by then.
 //
 // Members that share a key: strings and the three words store their own value. A number stores the value of the first
 // member of its key, arrays and objects count only if they are that first one. Looking the first member up each time
 // would cost the square of the object's size. It isn't needed: the entry itself holds what the first member stored,
 // except where a word has since overwritten a number, and where the first member was an array that stored nothing.
 // Those two are remembered in a map that an object gets when it first needs one.
-
-#include "documents/json_load.h"
 
 #include "containers/hash_map.h"
 #include "core/library_state.h"
@@ -20,17 +19,14 @@
 
 #include <cstring>
 
-#include <rapidjson/document.h>
+#include <rapidjson/reader.h>
 
 namespace Tessarin {
 namespace {
 
-using Pool = rapidjson::MemoryPoolAllocator<ThrowingAllocator>;
-using Document = rapidjson::GenericDocument<rapidjson::UTF8<>, Pool, ThrowingAllocator>;
-using Value = Document::ValueType;
+using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
+using Length = rapidjson::SizeType;
 
-constexpr std::size_t kPoolChunk = std::size_t{64} * 1024;
-constexpr std::size_t kParseStack = 1024;
 constexpr unsigned kParseFlags =
     rapidjson::kParseInsituFlag | rapidjson::kParseCommentsFlag | rapidjson::kParseIterativeFlag;
 
@@ -42,213 +38,267 @@ struct FirstMember {
 
 /// An object on its way into a table.
 struct OpenObject {
-    const Value::Member* next;
-    const Value::Member* end;
     Table* table;
     hm* firsts; // by key, FirstMember values; null until needed
 };
 
-class JsonLoader {
+/// Takes the parser's events. One that answers false ends the parse.
+class JsonFiller {
 public:
-    JsonLoader() = default;
-    ~JsonLoader() {
-        while (open_.Depth() != 0) Close();
+    explicit JsonFiller(Table& root) : root_(root) {}
+    ~JsonFiller() {
+        for (; open_.Depth() != 0; open_.Pop()) DropFirsts();
     }
-    JsonLoader(const JsonLoader&) = delete;
-    JsonLoader& operator=(const JsonLoader&) = delete;
+    JsonFiller(const JsonFiller&) = delete;
+    JsonFiller& operator=(const JsonFiller&) = delete;
 
-    bool Load(Table& root, const Value& object) {
-        if (!Open(root, object)) return false;
-        while (open_.Depth() != 0) {
-            OpenObject& top = open_.Top();
-            if (top.next == top.end) {
-                Close();
-            } else if (!StoreMember(*top.next++)) {
-                return false;
-            }
-        }
-        return true;
-    }
+    [[nodiscard]] bool OutOfMemory() const { return out_of_memory_; }
+
+    bool Null() { return Word(0); }
+    bool Bool(bool value) { return Word(value ? 1 : 0); }
+    bool Int(std::int32_t value) { return Integer(value, value); }
+    bool Uint(std::uint32_t value) { return Integer(value, value); }
+    bool Int64(std::int64_t value) { return Integer(value, static_cast<double>(value)); }
+    bool Uint64(std::uint64_t value) { return Integer(static_cast<std::int64_t>(value), static_cast<double>(value)); }
+    bool Double(double value);
+    bool RawNumber(const char*, Length, bool) { return false; } // never asked for
+    bool String(const char* text, Length length, bool);
+    bool StartObject();
+    bool Key(const char* text, Length length, bool);
+    bool EndObject(Length);
+    bool StartArray();
+    bool EndArray(Length);
 
 private:
-    [[nodiscard]] bool Open(Table& table, const Value& object) {
-        const Value::Member* members = object.MemberCount() == 0 ? nullptr : &*object.MemberBegin();
-        return open_.Push({members, members + object.MemberCount(), &table, nullptr});
+    static constexpr std::uint32_t kMostElements = 16;
+
+    /// Whether a value is to be stored under the key; if not, its place in an array has been filled.
+    bool IsMember(float as_element) {
+        if (ignored_ != 0) return false;
+        if (in_array_) AddElement(as_element);
+        return !in_array_;
     }
 
-    void Close() {
-        OpenObject& top = open_.Top();
-        top.table->Entries().Settle();
-        if (top.firsts != nullptr) hm::Destroy(top.firsts);
-        open_.Pop();
+    void AddElement(float element) {
+        if (elements_ < kMostElements) element_[elements_] = element;
+        ++elements_;
     }
 
-    bool StoreMember(const Value::Member& member);
-    bool StoreWord(cstr key, std::int32_t word);
-    void StoreNumber(cstr key, const Value& number);
-    bool StoreArray(cstr key, const Value& array);
-    bool StoreObject(cstr key, const Value& object);
-    void StoreString(cstr key, const Value& string);
+    bool Word(std::int32_t word);
+    bool Integer(std::int64_t value, double as_real);
+    Pair* EntryOfNumber();
+    void StoreArray();
+    template <class Vector>
+    void StoreElements(Pair& pair, std::uint32_t (Pair::*store)(const Vector*));
+    Table* ChildUnderKey();
 
-    Pair* EntryFor(cstr key) {
+    Pair* Entry() {
         bool existed = false;
-        return open_.Top().table->Entries().FindOrAppend(key, existed);
+        return open_.Top().table->Entries().FindOrAppend(key_, existed); // null for a null key
     }
 
-    const FirstMember* Remembered(cstr key) {
+    bool Open(Table& table) { return open_.Push({&table, nullptr}) || RunOut(); }
+
+    bool RunOut() {
+        out_of_memory_ = true;
+        return false;
+    }
+
+    const FirstMember* Remembered() {
         hm* firsts = open_.Top().firsts;
-        return firsts == nullptr ? nullptr : static_cast<const FirstMember*>(firsts->Get(MapKey(key)));
+        return firsts == nullptr ? nullptr : static_cast<const FirstMember*>(firsts->Get(MapKey()));
     }
 
-    bool StoredNothing(cstr key) {
-        const FirstMember* first = Remembered(key);
+    bool FirstStoredNothing() {
+        const FirstMember* first = Remembered();
         return first != nullptr && first->stored_nothing != 0;
     }
 
-    /// False if memory ran out. Only the first call for a key has an effect.
-    bool Remember(cstr key, FirstMember first) {
+    /// Only the first call for a key has an effect.
+    bool Remember(FirstMember first) {
         hm*& firsts = open_.Top().firsts;
         if (firsts == nullptr) firsts = hm::Create(16, sizeof first);
-        if (firsts == nullptr) return false;
-        return Remembered(key) != nullptr || firsts->Set(MapKey(key), &first) != 0;
+        if (firsts == nullptr) return RunOut();
+        return Remembered() != nullptr || firsts->Set(MapKey(), &first) || RunOut();
     }
 
-    static std::uintptr_t MapKey(cstr key) { return reinterpret_cast<std::uintptr_t>(key); }
+    void DropFirsts() {
+        if (hm* firsts = open_.Top().firsts) hm::Destroy(firsts);
+    }
 
+    [[nodiscard]] std::uintptr_t MapKey() const { return reinterpret_cast<std::uintptr_t>(key_); }
+
+    Table& root_;
     WalkStack<OpenObject> open_;
+    cstr key_ = nullptr;        // of the member at hand; null if it is to be dropped
+    std::uint32_t ignored_ = 0; // arrays and objects that are open in one that isn't stored, that one included
+    bool in_array_ = false;     // the elements of an array that is a member
+    bool out_of_memory_ = false;
+    std::uint32_t elements_ = 0;
+    float element_[kMostElements];
 };
 
-/// A member that can't be stored is missing from the table; false only if the walk can't go on.
-bool JsonLoader::StoreMember(const Value::Member& member) {
-    if (member.name.GetStringLength() == 0) return true;
-    cstr key = library_state.strings.Intern(member.name.GetString(), member.name.GetStringLength());
-    if (key == nullptr) return true;
-    switch (member.value.GetType()) {
-    case rapidjson::kStringType:
-        StoreString(key, member.value);
-        return true;
-    case rapidjson::kNumberType:
-        StoreNumber(key, member.value);
-        return true;
-    case rapidjson::kObjectType:
-        return StoreObject(key, member.value);
-    case rapidjson::kArrayType:
-        return StoreArray(key, member.value);
-    default:
-        return StoreWord(key, member.value.IsTrue() ? 1 : 0);
-    }
-}
-
-void JsonLoader::StoreString(cstr key, const Value& string) {
-    Pair* pair = EntryFor(key);
-    if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_STRING)) return;
-    cstr text = library_state.strings.Intern(string.GetString(), string.GetStringLength());
-    if (text != nullptr) pair->SetString(text);
-}
-
-/// `null`, `false` or `true`.
-bool JsonLoader::StoreWord(cstr key, std::int32_t word) {
-    Pair* pair = EntryFor(key);
+/// `null`, `false` or `true`. A root that is no object ends the parse, here as below.
+bool JsonFiller::Word(std::int32_t word) {
+    if (open_.Depth() == 0) return false;
+    if (!IsMember(static_cast<float>(word))) return true;
+    Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_INTEGER)) return true;
-    if (pair->kind == VALUE_INTEGER && !Remember(key, {0, pair->GetInteger()})) return false;
+    if (pair->kind == VALUE_INTEGER && !Remember({0, pair->GetInteger()})) return false;
     pair->SetInteger(word);
     return true;
 }
 
-void JsonLoader::StoreNumber(cstr key, const Value& number) {
-    const FirstMember* first = Remembered(key);
-    if (first != nullptr && first->stored_nothing != 0) return;
-    Pair* pair = EntryFor(key);
-    if (pair == nullptr) return;
-    if (pair->kind != VALUE_EMPTY) { // the first member's value is there, unless a word came in between
-        if (first != nullptr) pair->SetInteger(first->integer);
-    } else if (number.IsInt64()) {
-        pair->SetInteger(static_cast<std::int32_t>(number.GetInt64()));
-    } else if (number.IsUint64()) {
-        pair->SetInteger(static_cast<std::int32_t>(number.GetUint64()));
-    } else {
-        pair->SetReal(static_cast<float>(number.GetDouble()));
-    }
-}
-
-float Component(const Value& element) {
-    if (element.IsNumber()) return static_cast<float>(element.GetDouble());
-    return element.IsTrue() ? 1.0F : 0.0F;
-}
-
-template <class Vector>
-void StoreElements(Pair& pair, const Value& array, std::uint32_t (Pair::*store)(const Vector*)) {
-    float components[sizeof(Vector) / sizeof(float)];
-    for (rapidjson::SizeType i = 0; i < array.Size(); ++i) components[i] = Component(array[i]);
-    Vector vector;
-    std::memcpy(&vector, components, sizeof vector);
-    (pair.*store)(&vector);
-}
-
-/// Arrays of 2, 3, 4 and 16.
-bool JsonLoader::StoreArray(cstr key, const Value& array) {
-    if (StoredNothing(key)) return true;
-    rapidjson::SizeType size = array.Size();
-    bool has_kind = (size >= 2 && size <= 4) || size == 16;
-    if (!has_kind) {
-        bool first = open_.Top().table->Entries().Find(key) == nullptr;
-        return !first || Remember(key, {1, 0});
-    }
-    Pair* pair = EntryFor(key);
-    if (pair == nullptr || pair->kind != VALUE_EMPTY) return true;
-    switch (size) {
-    case 2:
-        StoreElements(*pair, array, &Pair::SetFloat2);
-        break;
-    case 3:
-        StoreElements(*pair, array, &Pair::SetFloat3);
-        break;
-    case 4:
-        StoreElements(*pair, array, &Pair::SetFloat4);
-        break;
-    default:
-        StoreElements(*pair, array, &Pair::SetFloat4x4);
-    }
+bool JsonFiller::Integer(std::int64_t value, double as_real) {
+    if (open_.Depth() == 0) return false;
+    if (!IsMember(static_cast<float>(as_real))) return true;
+    if (Pair* pair = EntryOfNumber()) pair->SetInteger(static_cast<std::int32_t>(value));
     return true;
 }
 
-bool JsonLoader::StoreObject(cstr key, const Value& object) {
-    if (StoredNothing(key)) return true;
-    Pair* pair = EntryFor(key);
-    if (pair == nullptr || pair->kind != VALUE_EMPTY) return true;
+bool JsonFiller::Double(double value) {
+    if (open_.Depth() == 0) return false;
+    if (!IsMember(static_cast<float>(value))) return true;
+    if (Pair* pair = EntryOfNumber()) pair->SetReal(static_cast<float>(value));
+    return true;
+}
+
+/// The entry to store a number in; null if the number doesn't count. The value of its key's first member is in the
+/// entry already, or goes back into it if a word came in between.
+Pair* JsonFiller::EntryOfNumber() {
+    const FirstMember* first = Remembered();
+    if (first != nullptr && first->stored_nothing != 0) return nullptr;
+    Pair* pair = Entry();
+    if (pair == nullptr || pair->kind == VALUE_EMPTY) return pair;
+    if (first != nullptr) pair->SetInteger(first->integer);
+    return nullptr;
+}
+
+bool JsonFiller::String(const char* text, Length length, bool) {
+    if (open_.Depth() == 0) return false;
+    if (!IsMember(0.0F)) return true;
+    Pair* pair = Entry();
+    if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_STRING)) return true;
+    cstr interned = library_state.strings.Intern(text, length);
+    if (interned != nullptr) pair->SetString(interned);
+    return true;
+}
+
+bool JsonFiller::Key(const char* text, Length length, bool) {
+    if (ignored_ == 0) key_ = length == 0 ? nullptr : library_state.strings.Intern(text, length);
+    return true;
+}
+
+bool JsonFiller::StartObject() {
+    if (open_.Depth() == 0) return Open(root_);
+    if (!IsMember(0.0F)) {
+        ++ignored_;
+        return true;
+    }
+    Table* child = ChildUnderKey();
+    if (child != nullptr) return Open(*child);
+    ignored_ = 1;
+    return true;
+}
+
+/// A new table, attached; null if the member is dropped.
+Table* JsonFiller::ChildUnderKey() {
+    if (FirstStoredNothing()) return nullptr;
+    Pair* pair = Entry();
+    if (pair == nullptr || pair->kind != VALUE_EMPTY) return nullptr;
     Table* child = MakeChild();
-    if (child == nullptr) return true;
-    pair->Set(child);
-    return Open(*child, object);
+    if (child != nullptr) pair->Set(child);
+    return child;
 }
 
-bool ParseAndLoad(Table& root, char* text) {
-    ThrowingAllocator heap;
-    Pool pool(kPoolChunk, &heap);
-    Document document(&pool, kParseStack, &heap);
-    RawStringStream stream(text);
-    document.ParseStream<kParseFlags>(stream);
-    if (document.HasParseError() || !document.IsObject()) return true;
-    return JsonLoader().Load(root, document);
+bool JsonFiller::EndObject(Length) {
+    if (ignored_ != 0) {
+        --ignored_;
+        return true;
+    }
+    DropFirsts();
+    open_.Top().table->Entries().Settle();
+    open_.Pop();
+    return true;
 }
 
-Table* RootFromJson(char* text) {
-    Table* table = text == nullptr ? nullptr : MakeTable();
-    bool filled = table != nullptr && LoadJson(*table, text);
-    std::free(text);
-    return FinishRoot(table, filled);
+bool JsonFiller::StartArray() {
+    if (open_.Depth() == 0) return false;
+    if (!IsMember(0.0F)) {
+        ++ignored_;
+        return true;
+    }
+    in_array_ = true;
+    elements_ = 0;
+    return true;
 }
 
-} // namespace
+bool JsonFiller::EndArray(Length) {
+    if (ignored_ != 0) {
+        --ignored_;
+        return true;
+    }
+    in_array_ = false;
+    if (key_ == nullptr || FirstStoredNothing()) return true;
+    bool storable = (elements_ >= 2 && elements_ <= 4) || elements_ == kMostElements;
+    if (storable) {
+        StoreArray();
+        return true;
+    }
+    bool first = open_.Top().table->Entries().Find(key_) == nullptr;
+    return !first || Remember({1, 0});
+}
 
-bool LoadJson(Table& root, char* text) {
+/// Arrays of 2, 3, 4 and 16.
+void JsonFiller::StoreArray() {
+    Pair* pair = Entry();
+    if (pair == nullptr || pair->kind != VALUE_EMPTY) return;
+    switch (elements_) {
+    case 2:
+        StoreElements(*pair, &Pair::SetFloat2);
+        break;
+    case 3:
+        StoreElements(*pair, &Pair::SetFloat3);
+        break;
+    case 4:
+        StoreElements(*pair, &Pair::SetFloat4);
+        break;
+    default:
+        StoreElements(*pair, &Pair::SetFloat4x4);
+    }
+}
+
+template <class Vector>
+void JsonFiller::StoreElements(Pair& pair, std::uint32_t (Pair::*store)(const Vector*)) {
+    Vector vector;
+    std::memcpy(&vector, element_, sizeof vector);
+    (pair.*store)(&vector);
+}
+
+/// A text that is no valid document leaves the table empty, with success; false only if memory ran out.
+bool Fill(Table& root, char* text) {
     try {
-        return ParseAndLoad(root, text);
+        ThrowingAllocator heap;
+        Reader reader(&heap);
+        rapidjson::InsituStringStream stream(text);
+        JsonFiller filler(root);
+        if (reader.Parse<kParseFlags>(stream, filler)) return true;
+        DestroyEntries(root.Entries().TakeAll(nullptr));
+        return !filler.OutOfMemory();
     } catch (const std::bad_alloc&) {
         return false;
     }
 }
 
+/// Takes the text over, a NUL-terminated block from malloc or null.
+Table* RootFromJson(char* text) {
+    if (text == nullptr) return nullptr;
+    RawText raw(text);
+    Table* table = raw.Get() == nullptr ? nullptr : MakeTable();
+    return FinishRoot(table, table != nullptr && Fill(*table, raw.Get()));
+}
+
+} // namespace
 } // namespace Tessarin
 
 Tessarin::ITable* OpenTableFile(const char* path) {

@@ -1,15 +1,13 @@
-/// How RapidJSON is made to read strings raw, and to answer when memory runs out.
+/// What the JSON form asks of RapidJSON beyond its defaults: strings that are read raw, and an answer when memory runs
+/// out. The only place that knows how either is done.
 
 #ifndef TESSARIN_DOCUMENTS_JSON_RAW_STRINGS_H
 #define TESSARIN_DOCUMENTS_JSON_RAW_STRINGS_H
 
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <new>
-
-#include <rapidjson/allocators.h>
-#include <rapidjson/rapidjson.h>
-#include <rapidjson/stream.h>
 
 namespace Tessarin {
 
@@ -35,49 +33,43 @@ private:
     }
 };
 
-/// A NUL-terminated text in which a backslash has no meaning, read and cut into strings in place.
+/// A text for RapidJSON to read in place, in which a backslash has no meaning.
 ///
-/// In a string RapidJSON takes `\` for the start of an escape, and `\\` for one backslash. So this stream hands out
+/// In a string RapidJSON takes `\` for the start of an escape and `\\` for one backslash. So the text that it gets has
 /// every backslash twice: the reader makes one of the two, and the byte behind them is an ordinary one. That is the
 /// same as reading raw, since a valid text has no backslash but in its strings and comments: elsewhere the first of
-/// the two is an error as the one would be, and in comments bytes are passed over. What a string keeps never has more
-/// bytes than it was read from, so writing in place stays behind reading.
-class RawStringStream {
+/// the two is an error as the one would be, and in comments bytes are passed over.
+class RawText {
 public:
-    using Ch = char;
-
-    explicit RawStringStream(char* text) : from_(text), start_(text) {}
-
-    [[nodiscard]] Ch Peek() const { return *from_; }
-
-    Ch Take() {
-        if (*from_ == '\\') {
-            handed_out_once_ = !handed_out_once_;
-            if (handed_out_once_) return '\\';
-        }
-        return *from_++;
+    /// Takes over a NUL-terminated block from malloc. Without a backslash it is used as it is.
+    explicit RawText(char* text) : text_(text) {
+        std::size_t backslashes = 0;
+        const char* end = text;
+        for (; *(end += std::strcspn(end, "\\")) != '\0'; ++end) ++backslashes;
+        if (backslashes == 0) return;
+        text_ = static_cast<char*>(std::malloc(static_cast<std::size_t>(end - text) + backslashes + 1));
+        if (text_ != nullptr) CopyDoubled(text, text_);
+        std::free(text);
     }
+    ~RawText() { std::free(text_); }
+    RawText(const RawText&) = delete;
+    RawText& operator=(const RawText&) = delete;
 
-    [[nodiscard]] std::size_t Tell() const { return static_cast<std::size_t>(from_ - start_); }
-
-    Ch* PutBegin() { return to_ = from_; }
-    void Put(Ch byte) { *to_++ = byte; }
-    std::size_t PutEnd(Ch* begin) { return static_cast<std::size_t>(to_ - begin); }
-    void Flush() {}
+    /// Null if memory ran out.
+    [[nodiscard]] char* Get() const { return text_; }
 
 private:
-    char* from_;
-    char* to_ = nullptr;
-    char* start_;
-    bool handed_out_once_ = false; // of the backslash at from_
+    static void CopyDoubled(const char* from, char* to) {
+        for (; *from != '\0'; ++from) {
+            if (*from == '\\') *to++ = '\\';
+            *to++ = *from;
+        }
+        *to = '\0';
+    }
+
+    char* text_;
 };
 
 } // namespace Tessarin
-
-/// Lets the reader work on a copy of the stream in its registers.
-template <>
-struct rapidjson::StreamTraits<Tessarin::RawStringStream> {
-    enum { copyOptimization = 1 };
-};
 
 #endif

@@ -35,7 +35,7 @@ struct Model {
 
     void Add(cstr key) {
         if (keys.size() == capacity) {
-            const std::uint32_t wanted = capacity <= 128 ? capacity * 2 : capacity + 128;
+            std::uint32_t wanted = capacity <= 128 ? capacity * 2 : capacity + 128;
             capacity = std::max(wanted, 4U);
         }
         Place(key);
@@ -89,7 +89,7 @@ protected:
     }
 
     void Rename(cstr old_key, cstr new_key) {
-        const bool allowed = model.Has(old_key) && !model.Has(new_key);
+        bool allowed = model.Has(old_key) && !model.Has(new_key);
         ASSERT_EQ(store.Rename(old_key, new_key), allowed);
         if (allowed) {
             model.Drop(old_key);
@@ -153,7 +153,7 @@ TEST_F(EntryStoreModel, AgreesOverRandomSteps) {
     for (std::size_t keys : {7U, 12U, 40U, 300U}) { // below the crossing, around it, in the classes, on the heap
         auto any = [&] { return Keys()[random() % keys]; };
         for (int step = 0; step < 1500 && !HasFatalFailure(); ++step) {
-            const auto choice = random() % 100;
+            auto choice = random() % 100;
             if (choice < (step % 400 < 200 ? 65U : 30U)) { // fills and empties by turns
                 Add(any());
             } else if (choice < 80) {

@@ -1,15 +1,16 @@
 // How tables come and go: the registry, deep trees, and what each refusal of memory leaves behind.
 
-#include "core/library_state.h"
 #include "core/table.h"
 #include "core/table_lifecycle.h"
+#include "tests/core/library_pools.h"
 #include "tests/core/recorder.h"
 #include "tests/support/failing_heap.h"
+#include "tests/support/small_stack.h"
 
 #include <gtest/gtest.h>
-#include <pthread.h>
 
-#include <functional>
+#include <bit>
+#include <string>
 #include <vector>
 
 namespace {
@@ -67,23 +68,11 @@ TEST(TableLifecycle, TablesBeginWithRoomForFourOrNone) {
     DestroyTable(MakeTable());
 }
 
-/// Runs on a thread with a stack of 256 KiB.
-void OnSmallStack(void* (*work)(void*), void* argument) {
-    pthread_attr_t attributes;
-    pthread_t thread;
-    ASSERT_EQ(pthread_attr_init(&attributes), 0);
-    ASSERT_EQ(pthread_attr_setstacksize(&attributes, 256 * 1024), 0);
-    ASSERT_EQ(pthread_create(&thread, &attributes, work, argument), 0);
-    pthread_join(thread, nullptr);
-    pthread_attr_destroy(&attributes);
-}
-
-/// A chain of tables with an entry on either side of each child. Gives the innermost.
+/// A chain of tables, with entries beside the children. Gives the innermost.
 ITable* Nest(ITable* outer, int depth) {
-    const Float4x4 matrix{};
     for (int n = 0; n < depth; ++n) {
         ITable* inner = outer->Set("inner", 0);
-        inner->SetFloat4x4("matrix", &matrix, 0);
+        if (n % 8 == 0) outer->SetInteger("behind", n, 0);
         outer = inner;
     }
     return outer;
@@ -92,38 +81,11 @@ ITable* Nest(ITable* outer, int depth) {
 TEST(TableLifecycle, ATableAMillionDeepEndsOnASmallStack) {
     TableHolder root = NewTable();
     for (bool by_closing : {false, true}) {
-        ITable* innermost = Nest(root.get(), 1000000);
+        ITable* innermost = Nest(root.get(), by_closing ? 1000000 : 100000);
         ASSERT_EQ(ValidateTable(innermost), 2U);
-        if (by_closing) {
-            OnSmallStack(
-                [](void* table) -> void* {
-                    CloseTable(static_cast<ITable*>(table));
-                    return nullptr;
-                },
-                root.release());
-        } else {
-            OnSmallStack(
-                [](void* table) -> void* {
-                    static_cast<ITable*>(table)->Remove("inner", 1);
-                    return nullptr;
-                },
-                root.get());
-        }
+        RunOnSmallStack([&] { by_closing ? root.reset() : static_cast<void>(root->Remove("inner", 1)); });
         EXPECT_EQ(ValidateTable(innermost), 0U);
     }
-}
-
-/// Everything that a table can own.
-void Furnish(ITable* table, int entries, Listener& listener) {
-    const Float4x4 matrix{};
-    const int item = 0;
-    for (int n = 0; n < entries; ++n) table->SetInteger(("key" + std::to_string(n)).c_str(), n, 0);
-    table->SetFloat4x4("matrix", &matrix, 0);
-    table->Set("child", 0)->SetFloat4x4("matrix", &matrix, 0);
-    for (int n = 0; n < 20; ++n) *table->AddRecordListener() = listener.Record();
-    for (int n = 0; n < 70; ++n) *table->AddArgumentListener("key0") = listener.Argument();
-    table->CreateArray(4);
-    table->SetArrayItem(30, &item, 0);
 }
 
 TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
@@ -132,9 +94,13 @@ TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
     listener.act = [&](std::uint32_t, ITable* table, cstr) { table->AddArrayListener(); };
     auto round = [&](int entries) {
         TableHolder table = NewTable();
-        Furnish(table.get(), entries, listener);
+        const Float4x4 matrix{};
+        for (int n = 0; n < entries; ++n) table->SetInteger(("key" + std::to_string(n)).c_str(), n, 0);
+        table->Set("child", 0)->SetFloat4x4("matrix", &matrix, 0);
+        for (int n = 0; n < 20; ++n) *table->AddRecordListener() = listener.Record();
+        for (int n = 0; n < 70; ++n) *table->AddArgumentListener("key0") = listener.Argument();
+        table->CreateArray(400);
         table->SetInteger("key0", 5, 1); // and requests that wait
-        table->Remove("key1", 0);
         if (entries % 2 == 0) table->Clear(0);
         log.clear();
     };
@@ -146,55 +112,46 @@ TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
     }
 }
 
-/// Takes every free block out of the library's pools, so that the next one of each has to come from the heap. What it
-/// has taken stays taken, and stays in sight of leak checkers: a chunk that a pool can't record is never released.
+/// Takes every free block out of the library's pools, and keeps it, so that the next one of each has to come from the
+/// heap.
 class DrainedPools {
 public:
-    DrainedPools() {
-        Add(64, [] { return library_state.tables.Alloc(); });
-        Add(256, [] { return library_state.pairs.Alloc(); });
-        Add(64, [] { return library_state.matrices.Alloc(); });
-        Add(64, [] { return listener_pools.sets.Alloc(); });
-        const std::pair<std::uint32_t, std::size_t> keys[] = {{4, 128}, {8, 32}, {16, 32}, {32, 8}, {64, 8}};
-        for (auto [wanted, per_chunk] : keys) {
-            Add(per_chunk, [wanted = wanted] {
-                std::uint32_t capacity = 0;
-                return static_cast<void*>(library_state.keys.Acquire(wanted, capacity));
-            });
-        }
-        const std::pair<std::uint32_t, std::size_t> vectors[] = {{4, 128}, {16, 32}, {32, 8}, {64, 8}};
-        for (std::size_t kind = 0; kind < 3; ++kind) {
-            for (auto [capacity, per_chunk] : vectors) {
-                Add(per_chunk, [kind, capacity = capacity] { return listener_pools.Acquire(kind, capacity); });
-            }
-        }
-    }
-
     /// Whether every pool's blocks make up whole chunks, as they do when nobody holds one.
     bool Drain() {
         bool whole = true;
         for (Pool& pool : pools_) {
-            while (void* block = TakeWithoutHeap(pool)) pool.taken.push_back(block);
-            whole = whole && pool.taken.size() % pool.per_chunk == 0;
+            TakeFree(pool);
+            whole = whole && pool.taken % pool.its.per_chunk == 0;
+            // A pool's list of chunks grows at 8, 16 and so on. One more then, so that it doesn't grow under a test.
+            std::size_t chunks = (pool.taken + pool.its.per_chunk - 1) / pool.its.per_chunk;
+            if (!std::has_single_bit(chunks)) continue;
+            pool.taken += pool.its.take() != nullptr ? 1 : 0;
+            TakeFree(pool);
         }
         return whole;
     }
 
 private:
     struct Pool {
-        std::size_t per_chunk;
-        std::function<void*()> take;
-        std::vector<void*> taken;
+        AnyPool its;
+        std::size_t taken = 0;
     };
 
-    void Add(std::size_t per_chunk, std::function<void*()> take) { pools_.push_back({per_chunk, std::move(take), {}}); }
-
-    static void* TakeWithoutHeap(const Pool& pool) {
-        FailingHeap heap(0);
-        return pool.take();
+    static std::vector<Pool> Pools() {
+        std::vector<Pool> pools;
+        for (AnyPool& pool : AllPools(library_state, listener_pools)) pools.push_back({std::move(pool)});
+        return pools;
     }
 
-    std::vector<Pool> pools_;
+    static void TakeFree(Pool& pool) {
+        for (;;) {
+            FailingHeap heap(0);
+            if (pool.its.take() == nullptr) return;
+            ++pool.taken;
+        }
+    }
+
+    std::vector<Pool> pools_ = Pools();
 };
 
 using Step = bool (*)(ITable* table);
@@ -214,11 +171,10 @@ bool NewMatrix(ITable* table) {
 bool NewListener(ITable* table) { return table->AddRecordListener() != nullptr; }
 bool NewEntryListener(ITable* table) { return table->AddArgumentListener("key0") != nullptr; }
 bool NewArray(ITable* table) { return table->CreateArray(8) == 1; }
-bool ArrayAgain(ITable* table) {
+bool Items(ITable* table) {
     const std::uint64_t item = 1;
-    return (table->GetArrayItem(0) != nullptr ||
-            (table->CreateArray(8) == 1 && table->SetArrayItem(0, &item, 1) != nullptr)) &&
-           table->SetArrayItem(20, &item, 1) != nullptr;
+    if (table->GetArrayItem(0) == nullptr) table->CreateArray(8);
+    return table->SetArrayItem(0, &item, 1) != nullptr && table->SetArrayItem(20, &item, 1) != nullptr;
 }
 
 const Refusable kRefusables[] = {
@@ -246,7 +202,7 @@ const Refusable kRefusables[] = {
     {"listener 129", 0, 128, NewListener, 1},
     {"listener of an entry", 1, 0, NewEntryListener, 2},
     {"array", 0, 0, NewArray, 3},
-    {"items", 0, 0, ArrayAgain, 4},
+    {"items", 0, 0, Items, 4},
 };
 
 /// Runs a step with its n-th allocation refused.
@@ -276,12 +232,12 @@ bool Attempt(const Refusable& row, std::size_t n, DrainedPools& pools, int& refu
 }
 
 TEST(OutOfMemory, EveryAllocationOfEveryOperationMayFail) {
-    static auto* pools = new DrainedPools;
+    DrainedPools pools;
     for (const Refusable& row : kRefusables) {
         SCOPED_TRACE(row.name);
         int refusals = 0;
-        for (std::size_t n = 0; Attempt(row, n, *pools, refusals); ++n) EXPECT_TRUE(pools->Drain()) << "lost a block";
-        EXPECT_TRUE(pools->Drain());
+        for (std::size_t n = 0; Attempt(row, n, pools, refusals); ++n) EXPECT_TRUE(pools.Drain()) << "lost a block";
+        EXPECT_TRUE(pools.Drain());
         EXPECT_EQ(refusals, row.refusals);
     }
 }
@@ -291,7 +247,7 @@ TEST(OutOfMemory, RequestsThatCanNotWaitAreDropped) {
     TableHolder table = NewTable();
     Listener listener{"", &log};
     listener.act = [&](std::uint32_t, ITable* t, cstr) {
-        const Delegate self = listener.Record();
+        Delegate self = listener.Record();
         FailingHeap heap(0);
         EXPECT_EQ(t->AddRecordListener(), nullptr); // the set of requests
         FailingHeap queue(1);
@@ -311,7 +267,7 @@ TEST(OutOfMemory, AKeyThatCanNotBeInternedChangesNothing) {
     auto without = [&](auto call) {
         FailingHeap refusing(0);
         heap = &refusing;
-        const bool done = call();
+        bool done = call();
         return done || !heap->Failed();
     };
     EXPECT_FALSE(without([&] { return cstr_string("unseen") != nullptr; }));

@@ -18,8 +18,8 @@ using Tessarin::StringTable;
 using Form = cstr (*)(const char*);
 
 TEST(InternedStrings, EachFormMakesItsText) {
-    const std::string long_path(255, 'p');
-    const std::string cut_in_run = std::string(254, 'Q') + "//R";
+    std::string long_path(255, 'p');
+    std::string cut_in_run = std::string(254, 'Q') + "//R";
     const struct {
         Form form;
         std::string text, expected;
@@ -43,7 +43,7 @@ TEST(InternedStrings, EachFormMakesItsText) {
         {cstr_path, cut_in_run, std::string(254, 'q') + "\\"},
     };
     for (const auto& row : cases) {
-        const cstr interned = row.form(row.text.c_str());
+        cstr interned = row.form(row.text.c_str());
         ASSERT_NE(interned, nullptr) << row.text;
         EXPECT_STREQ(interned, row.expected.c_str());
         EXPECT_EQ(CstrLength(interned), row.expected.size()) << row.text;
@@ -71,7 +71,7 @@ TEST(InternedStrings, NullHasItsOwnAnswerPerFunction) {
 TEST(InternedStrings, FindAddsNothingAndNormalisesNothing) {
     EXPECT_EQ(cstr_find("find\\me"), nullptr);
     EXPECT_EQ(cstr_find("find\\me"), nullptr);
-    const cstr interned = cstr_path("Find/Me");
+    cstr interned = cstr_path("Find/Me");
     EXPECT_EQ(cstr_find("find\\me"), interned);
     EXPECT_EQ(cstr_find("Find/Me"), nullptr);
     EXPECT_EQ(cstr_find("find\\m"), nullptr);
@@ -116,10 +116,10 @@ TEST(StringTable, MovesOnToNewArenasWithoutMovingAText) {
 }
 
 TEST(StringTable, TakesTextsUpToTheRoomOfAnArena) {
-    const std::string longest(0x100000 - 9, 'L');
+    std::string longest(0x100000 - 9, 'L');
     StringTable strings;
-    const cstr kept = strings.Intern("kept");
-    const cstr interned = strings.Intern(longest.c_str());
+    cstr kept = strings.Intern("kept");
+    cstr interned = strings.Intern(longest.c_str());
     ASSERT_NE(interned, nullptr);
     EXPECT_EQ(CstrLength(interned), longest.size());
     EXPECT_EQ(strings.Intern(longest.c_str()), interned);
@@ -131,14 +131,14 @@ TEST(StringTable, TakesTextsUpToTheRoomOfAnArena) {
 }
 
 TEST(StringTable, AnswersNullWithoutMemoryAndTriesAgain) {
-    const std::string big(0x100000 - 9, 'b');
-    const std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
+    std::string big(0x100000 - 9, 'b');
+    std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
         {
             StringTable strings;
-            const bool came_up = !heap.Failed(); // without its buckets a table answers null for good
+            bool came_up = !heap.Failed(); // without its buckets a table answers null for good
             // The two short ones have one hash: the bucket needs more room than it has in itself.
             for (const char* text : {big.c_str(), "ab", "b\xDF"}) {
-                const bool failed_before = heap.Failed();
+                bool failed_before = heap.Failed();
                 cstr interned = strings.Intern(text);
                 EXPECT_EQ(interned == nullptr, !came_up || (heap.Failed() && !failed_before));
                 if (interned == nullptr) {

