@@ -10,7 +10,7 @@
 
 #include "core/string_table.h"
 
-#include "core/string_forms.h"
+#include "core/text_words.h"
 
 #include <cstdlib>
 #include <mutex>
@@ -21,43 +21,6 @@ namespace {
 
 constexpr unsigned kAddressBits = 48;
 constexpr std::size_t kBlockChunkBytes = std::size_t{64} * 1024;
-
-struct AsItIs {
-    static char Fold(char byte) { return byte; }
-    static bool Equal(const char* interned, const char* text, std::size_t length) {
-        return std::memcmp(interned, text, length) == 0;
-    }
-    static void Copy(char* to, const char* text, std::size_t length) { std::memcpy(to, text, length); }
-};
-
-struct InLowerCase {
-    static char Fold(char byte) { return LowerCase(byte); }
-    static bool Equal(const char* interned, const char* text, std::size_t length) {
-        std::size_t i = 0;
-        while (i < length && interned[i] == LowerCase(text[i])) ++i;
-        return i == length;
-    }
-    static void Copy(char* to, const char* text, std::size_t length) {
-        for (std::size_t i = 0; i < length; ++i) to[i] = LowerCase(text[i]);
-    }
-};
-
-/// A polynomial in 131 over the bytes read as signed numbers, less its top bit. Four bytes go in at a step, as the
-/// multiplications of one step don't wait for each other.
-template <class Form>
-std::uint32_t Hash(const char* text, std::size_t length) {
-    constexpr std::uint32_t k1 = 131, k2 = k1 * k1, k3 = k2 * k1, k4 = k3 * k1;
-    auto byte = [text](std::size_t i) {
-        return static_cast<std::uint32_t>(static_cast<std::int32_t>(static_cast<signed char>(Form::Fold(text[i]))));
-    };
-    std::uint32_t hash = 0;
-    std::size_t i = 0;
-    for (; i + 4 <= length; i += 4) {
-        hash = hash * k4 + (byte(i) * k3 + byte(i + 1) * k2 + (byte(i + 2) * k1 + byte(i + 3)));
-    }
-    for (; i < length; ++i) hash = hash * k1 + byte(i);
-    return hash & 0x7FFFFFFF;
-}
 
 } // namespace
 
@@ -70,7 +33,7 @@ struct StringTable::Sought {
     std::uint32_t tag; // 15 bits: the hash is below 2^31
 
     Sought(const char* its_text, std::size_t its_length) : text(its_text), length(its_length) {
-        std::uint32_t hash = Hash<Form>(text, length);
+        std::uint32_t hash = HashOfText<Form>(text, length);
         tag = hash / kBucketCount;
         bucket = hash - tag * kBucketCount;
     }
@@ -81,7 +44,7 @@ struct StringTable::Sought {
         // NOLINTNEXTLINE(performance-no-int-to-ptr): the price of a slot in one word
         auto interned = reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((Slot{1} << kAddressBits) - 1)));
         if (interned == nullptr || CstrLength(interned) != length) return nullptr;
-        return Form::Equal(interned, text, length) ? interned : nullptr;
+        return EqualTexts<Form>(interned, text, length) ? interned : nullptr;
     }
 };
 

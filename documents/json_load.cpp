@@ -1,6 +1,6 @@
 // The parser tells what it finds, and that goes into the table at once, without a document in between. Objects that are
-// open stand on a stack of their own; their tables are put into order as they are closed. Where the parser meets a fault
-// the table is emptied again; what stays of a broken text are the keys and strings that were interned by then.
+// open stand on a stack of their own; their tables are put into order as they are closed. Where the parser meets a
+// fault the table is emptied again; what stays of a broken text are the keys and strings that were interned by then.
 //
 // Members that share a key: strings and the three words store their own value. A number stores the value of the first
 // member of its key, arrays and objects count only if they are that first one. Looking the first member up each time

@@ -34,22 +34,22 @@ public:
         writer_.Key(kMarkerKey, sizeof kMarkerKey - 1);
         writer_.String(kMarkerText, sizeof kMarkerText - 1);
         if (!Enter(root)) return false;
-        while (open_.Depth() != 0) {
-            OpenTable& top = open_.Top();
-            IIterator* entry = top.entry;
-            if (entry == nullptr) {
-                writer_.EndObject();
-                open_.Pop();
+        for (;;) {
+            if (IIterator* entry = at_.entry) {
+                at_.entry = at_.table->Next(&at_.entry);
+                if (!Write(*entry)) return false;
                 continue;
             }
-            top.entry = top.table->Next(&top.entry);
-            if (!Write(*entry)) return false;
+            writer_.EndObject();
+            if (around_.Depth() == 1) return true; // the place before the root is all that is left
+            at_ = around_.Top();
+            around_.Pop();
         }
-        return true;
     }
 
 private:
-    struct OpenTable {
+    /// Where the walk stands in a table.
+    struct Place {
         ITable* table;
         IIterator* entry; // the next one to write
     };
@@ -57,9 +57,11 @@ private:
     /// A walk that goes round in a circle passes again, sooner or later, the table that stands at the last power of two
     /// of its depth, so it is enough to look there.
     [[nodiscard]] bool Enter(ITable& table) {
-        std::uint32_t depth = open_.Depth();
-        if (depth != 0 && open_[std::bit_floor(depth) - 1].table == &table) return false;
-        return open_.Push({&table, table.First()});
+        if (!around_.Push(at_)) return false;
+        std::uint32_t depth = around_.Depth();
+        if (around_[std::bit_floor(depth) - 1].table == &table) return false;
+        at_ = {&table, table.First()};
+        return true;
     }
 
     bool Write(IIterator& entry) {
@@ -130,7 +132,8 @@ private:
     }
 
     Writer writer_;
-    WalkStack<OpenTable> open_;
+    Place at_{nullptr, nullptr};
+    WalkStack<Place> around_; // the tables that this one is in, the outermost below, and below it no table
 };
 
 /// Writes the document and hands its bytes to `deliver`; false if there are none to hand over.

@@ -6,42 +6,42 @@
 #include "platform/spin_lock.h"
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
+#include <thread>
 
 namespace Tessarin {
 
+/// The sections that it guards are short, but for a chunk's allocation now and then. So a thread that has spun in vain
+/// naps and looks again, and nobody has to be woken: leaving is one plain store, which is what nearly every use pays.
 class CriticalSection {
 public:
     static constexpr int kSpinCount = 2000;
 
     void lock() {
-        std::uint32_t free = kFree;
-        if (!state_.compare_exchange_strong(free, kTaken, std::memory_order_acquire)) Wait();
+        if (!TryLock()) Wait();
     }
 
-    void unlock() {
-        if (state_.exchange(kFree, std::memory_order_release) == kAwaited) state_.notify_one();
-    }
+    void unlock() { taken_.store(0, std::memory_order_release); }
 
 private:
-    // kAwaited is kTaken with at least one thread asleep, or about to be: only then has unlock anyone to wake.
-    static constexpr std::uint32_t kFree = 0, kTaken = 1, kAwaited = 2;
+    static constexpr std::chrono::microseconds kNap{50};
 
-    void Wait() {
-        for (int round = 0; round < kSpinCount; ++round) {
-            std::uint32_t free = kFree;
-            if (state_.load(std::memory_order_relaxed) == kFree &&
-                state_.compare_exchange_strong(free, kTaken, std::memory_order_acquire)) {
-                return;
+    bool TryLock() {
+        return taken_.load(std::memory_order_relaxed) == 0 && taken_.exchange(1, std::memory_order_acquire) == 0;
+    }
+
+    [[gnu::noinline, gnu::cold]] void Wait() {
+        for (int round = 0; !TryLock(); ++round) {
+            if (round < kSpinCount) {
+                SpinPause();
+            } else {
+                std::this_thread::sleep_for(kNap);
             }
-            SpinPause();
-        }
-        while (state_.exchange(kAwaited, std::memory_order_acquire) != kFree) {
-            state_.wait(kAwaited, std::memory_order_relaxed);
         }
     }
 
-    std::atomic<std::uint32_t> state_{kFree};
+    std::atomic<std::uint32_t> taken_{0};
 };
 
 } // namespace Tessarin

@@ -124,8 +124,8 @@ public:
             whole = whole && pool.taken % pool.its.per_chunk == 0;
             // A pool's list of chunks grows at 8, 16 and so on. One more then, so that it doesn't grow under a test.
             std::size_t chunks = (pool.taken + pool.its.per_chunk - 1) / pool.its.per_chunk;
-            if (!std::has_single_bit(chunks)) continue;
-            pool.taken += pool.its.take() != nullptr ? 1 : 0;
+            if (!std::has_single_bit(chunks) || pool.its.take() == nullptr) continue;
+            ++pool.taken;
             TakeFree(pool);
         }
         return whole;

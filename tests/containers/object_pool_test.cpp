@@ -1,0 +1,155 @@
+/// Object pools: the order in which blocks are dealt out, the count at the end, and memory that runs out.
+
+#include "containers/object_pool.h"
+#include "tessarin/containers.h"
+#include "tests/support/failing_heap.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <cstring>
+#include <set>
+#include <vector>
+
+namespace {
+
+using TestSupport::FailEachAllocation;
+using TestSupport::FailingHeap;
+
+std::vector<char*> TakeBlocks(omem* pool, int number) {
+    std::vector<char*> blocks;
+    for (int i = 0; i < number; ++i) blocks.push_back(static_cast<char*>(omem_alloc(pool)));
+    return blocks;
+}
+
+TEST(ObjectPool, DealsChunksOutFromTheTop) {
+    omem* pool = omem_create(16, 4);
+    std::vector<char*> blocks = TakeBlocks(pool, 8);
+    for (std::size_t chunk : {0U, 4U}) {
+        const char* lowest = blocks[chunk + 3];
+        for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(blocks[chunk + i], lowest + (3 - i) * 16);
+    }
+    omem_free(pool, blocks[2]);
+    omem_free(pool, blocks[5]);
+    omem_free(pool, nullptr);
+    EXPECT_EQ(omem_alloc(pool), blocks[5]);
+    EXPECT_EQ(omem_alloc(pool), blocks[2]);
+    EXPECT_EQ(omem_destroy(pool), 8);
+}
+
+TEST(ObjectPool, NeverRoundsTheStride) {
+    omem* pool = omem_create(5, 3);
+    std::vector<char*> blocks = TakeBlocks(pool, 3);
+    EXPECT_EQ(blocks[0] - blocks[1], 5);
+    EXPECT_EQ(blocks[1] - blocks[2], 5);
+    omem_destroy(pool);
+}
+
+TEST(ObjectPool, CountsWhatIsOut) {
+    struct Case {
+        int taken;
+        std::size_t given_back;
+        std::int32_t out;
+    };
+    for (const Case& c : {Case{0, 0, 0}, Case{8, 3, 5}, Case{5, 5, 0}, Case{4, 0, 4}}) {
+        omem* pool = omem_create(16, 4);
+        std::vector<char*> blocks = TakeBlocks(pool, c.taken);
+        for (std::size_t i = 0; i < c.given_back; ++i) omem_free(pool, blocks[i]);
+        EXPECT_EQ(omem_destroy(pool), c.out);
+    }
+}
+
+TEST(ObjectPool, ClearingFreesEveryBlockOfEveryChunk) {
+    omem* pool = omem_create(16, 4);
+    std::vector<char*> blocks = TakeBlocks(pool, 9); // three chunks
+    omem_free(pool, blocks[0]);
+    omem_clear(pool);
+    EXPECT_EQ(pool->free_list->count, 12U);
+    EXPECT_EQ(omem_alloc(pool), blocks[8]);
+    std::vector<char*> others = TakeBlocks(pool, 11);
+    EXPECT_EQ(others[10], blocks[3]); // the first chunk's lowest comes last
+    EXPECT_EQ(std::set<char*>(others.begin(), others.end()).size(), 11U);
+    EXPECT_EQ(omem_destroy(pool), 12);
+}
+
+TEST(ObjectPool, ItsListsGrowByTheirOwnThresholds) {
+    omem* pool = omem_create(16, 100);
+    EXPECT_EQ(farr_threshold(pool->chunks), 64U);
+    EXPECT_EQ(farr_threshold(pool->free_list), 3200U);
+    omem_destroy(pool);
+    // Freed in one go, so that the list passes the size from which the heap moves it.
+    pool = omem_create(8, 64);
+    std::vector<char*> blocks = TakeBlocks(pool, 40000);
+    for (char* block : blocks) omem_free(pool, block);
+    for (auto block = blocks.rbegin(); block != blocks.rend(); ++block) ASSERT_EQ(omem_alloc(pool), *block);
+    EXPECT_EQ(omem_destroy(pool), 40000);
+}
+
+TEST(ObjectPool, RefusesWhatItCannotHold) {
+    EXPECT_EQ(omem_create(0, 8), nullptr);
+    EXPECT_EQ(omem_create(8, 0), nullptr);
+    EXPECT_EQ(omem_create(0x10000, 0x10000), nullptr); // 4 GiB, which would be 0 in 32 bits
+    EXPECT_EQ(omem_create(0x10001, 0x10000), nullptr);
+    std::array<std::uint32_t, 10> foreign = {24, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+    const auto before = foreign;
+    for (omem* bad : {static_cast<omem*>(nullptr), reinterpret_cast<omem*>(foreign.data())}) {
+        EXPECT_EQ(omem_alloc(bad), nullptr);
+        omem_free(bad, foreign.data());
+        omem_clear(bad);
+        EXPECT_EQ(omem_destroy(bad), 0);
+    }
+    EXPECT_EQ(foreign, before);
+}
+
+TEST(ObjectPool, LosesNothingWhenMemoryRunsOut) {
+    constexpr std::uint32_t kBlocks = 3;
+    constexpr int kTaken = 90; // enough chunks for their list to grow, and enough blocks for theirs when freed
+    std::size_t failures = FailEachAllocation([](FailingHeap& heap) {
+        omem* pool = omem_create(8, kBlocks);
+        int taken = 0;
+        void* blocks[kTaken];
+        for (int i = 0; pool != nullptr && i < kTaken; ++i) {
+            void* block = omem_alloc(pool);
+            if (block == nullptr) continue;
+            std::memset(block, i, 8);
+            blocks[taken++] = block;
+        }
+        for (int i = 0; i < taken; ++i) {
+            for (int other = 0; other < i; ++other) EXPECT_NE(blocks[i], blocks[other]);
+        }
+        for (int i = 0; i < taken; ++i) omem_free(pool, blocks[i]);
+        if (pool != nullptr) {
+            EXPECT_GE(taken, kTaken - 1);
+            omem_clear(pool); // blocks that were lost come back
+            EXPECT_EQ(pool->free_list->count % kBlocks, 0U);
+            EXPECT_GE(pool->free_list->count, static_cast<std::uint32_t>(taken));
+            EXPECT_EQ(omem_destroy(pool), 0);
+        }
+        EXPECT_TRUE(pool != nullptr || heap.Failed());
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+    EXPECT_GT(failures, 6U + kTaken / kBlocks);
+}
+
+TEST(ObjectPool, ListsAChunkLaterThatFoundNoRoom) {
+    omem* pool = omem_create(8, 1);
+    TakeBlocks(pool, 12); // the list of chunks is full
+    {
+        FailingHeap heap(1); // the thirteenth chunk is made, its list entry isn't
+        EXPECT_NE(omem_alloc(pool), nullptr);
+        EXPECT_TRUE(heap.Failed());
+    }
+    EXPECT_EQ(pool->chunks->count, 12U);
+    {
+        FailingHeap heap(0); // while one waits, no other is made
+        EXPECT_EQ(omem_alloc(pool), nullptr);
+        EXPECT_EQ(heap.Allocations(), 1U);
+    }
+    omem_clear(pool);
+    EXPECT_EQ(pool->free_list->count, 13U);
+    TakeBlocks(pool, 14);
+    EXPECT_EQ(pool->chunks->count, 14U);
+    EXPECT_EQ(omem_destroy(pool), 14);
+}
+
+} // namespace
