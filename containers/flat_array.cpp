@@ -31,6 +31,7 @@ void* TakeBuffer(std::uint32_t bytes) { return std::malloc(bytes == 0 ? 1 : byte
 
 } // namespace
 
+/// The record comes first, then its buffer; without the buffer the record goes back too.
 farr* farr::Create(std::uint32_t element_size, std::uint32_t elements) {
     std::uint64_t bytes = std::uint64_t{element_size} * elements;
     if (bytes == 0 || bytes > Tessarin::kLargestSize) return nullptr;
@@ -49,6 +50,7 @@ void farr::Destroy(farr* arr) {
     std::free(arr);
 }
 
+/// All of the buffer is copied, used or not: an array that was cleared keeps its bytes in the copy, as in the original.
 farr* farr::Copy() const {
     auto* copy = static_cast<farr*>(std::malloc(sizeof(farr)));
     if (copy == nullptr) return nullptr;
@@ -94,29 +96,36 @@ void* farr::PushWithCare(const void* source) {
     return slot;
 }
 
+/// A buffer that is too small gets exactly the size needed, without slack: who resizes knows what is coming. A count of
+/// 0 is no request to empty the array.
 void farr::Resize(std::uint32_t new_count, bool zero_fill) {
     std::uint64_t need = std::uint64_t{new_count} * element_size;
     if (new_count == 0 || need > Tessarin::kLargestSize) return;
     if (need > capacity && !Regrow(static_cast<std::uint32_t>(need))) return;
-    if (zero_fill && new_count > count) std::memset(Slot(count), 0, need - UsedBytes());
+    if (zero_fill && new_count > count) std::memset(Slot(count), 0, static_cast<std::size_t>(need) - UsedBytes());
     count = new_count;
 }
 
+/// Linear in the elements behind the index. No erase gives memory back; that is Adapt's.
 void farr::Erase(std::uint32_t index) {
     if (index >= count) return;
     std::memmove(Slot(index), Slot(index + 1), std::size_t{count - index - 1} * element_size);
     --count;
 }
 
+/// Constant: the last element takes the place, so the order is lost.
 void farr::FastErase(std::uint32_t index) {
     if (index >= count) return;
     --count;
     if (index < count) Tessarin::CopyBytes(Slot(index), Slot(count), element_size);
 }
 
+/// Takes a new buffer even where the size is right already: element pointers are stale after it in any case.
 void farr::Adapt() { Regrow(UsedBytes()); }
 
 // ---------------------------------------------------------------------------------------- the exported functions
+// The guard, then the record's own function. Nothing in the library calls these, since a host may have functions of the
+// same names.
 
 using Tessarin::IsLive;
 
@@ -140,6 +149,7 @@ void farr_reset_threshold(farr* arr, uint32_t threshold) {
     if (IsLive(arr)) arr->ResetThreshold(threshold);
 }
 
+// An element size of 0 is let in here, unlike at creation; PushWithCare knows of it.
 void farr_reset(farr* arr, uint32_t element_size) {
     if (!IsLive(arr)) return;
     arr->count = 0;
@@ -184,12 +194,14 @@ void* farr_begin(farr* arr) { return IsLive(arr) && arr->count != 0 ? arr->data 
 
 void* farr_end(farr*) { return nullptr; }
 
+// Only the exact address behind the last element ends a walk.
 void* farr_next(farr* arr, void* element) {
     if (!IsLive(arr) || element == nullptr) return nullptr;
     unsigned char* next = static_cast<unsigned char*>(element) + arr->element_size;
     return next == arr->Slot(arr->count) ? nullptr : next;
 }
 
+// The runtime library's sort is undefined for a null comparison, so that is turned away.
 void farr_sort(farr* arr, int (*compare)(const void*, const void*)) {
     if (IsLive(arr) && compare != nullptr) std::qsort(arr->data, arr->count, arr->element_size, compare);
 }

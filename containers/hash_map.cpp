@@ -31,6 +31,7 @@ omem* TakePool(std::uint32_t bucket_count, std::uint32_t value_size) {
 
 } // namespace
 
+/// The record, the buckets, the pool, in this order; whatever is missing, the others go back.
 hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
     if (bucket_count == 0 || value_size == 0) return nullptr;
     auto* map = static_cast<hm*>(std::malloc(sizeof(hm)));
@@ -43,6 +44,7 @@ hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
     return nullptr;
 }
 
+/// Nodes needn't be visited: they go with the pool's chunks.
 void hm::Destroy(hm* map) {
     omem::Destroy(map->pool);
     std::free(map->buckets);
@@ -72,7 +74,8 @@ void hm::Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t num
     if (chains[index + kAhead] != nullptr) __builtin_prefetch(chains[index + kAhead]->next);
 }
 
-/// Doubles the buckets. If memory runs out the chains just get longer.
+/// Doubles the buckets. If memory runs out the chains just get longer. Old chains are walked from their heads and nodes
+/// hung in front of the new ones, so each chain's order is reversed.
 void hm::Grow() {
     std::uint32_t old_number = bucket_count;
     hm_node** old = buckets;
@@ -96,11 +99,14 @@ std::uint32_t hm::SetWithCare(std::uintptr_t key, const void* value) {
     return node == nullptr ? 0 : Add(node, BucketIndex(key), key, value);
 }
 
+/// Out of line, so that the copy's call needs no room on the stack of the functions that every set goes through.
 std::uint32_t hm::StoreAnySize(hm_node* node, const void* value) {
     Tessarin::CopyBytes(node + 1, value, value_size);
     return 1;
 }
 
+/// The buckets stay as many as they have become, and the pool keeps its chunks. A node's link outlives its return to
+/// the pool, which writes nothing into free blocks.
 void hm::Clear() {
     for (std::uint32_t i = 0; i < bucket_count; ++i) {
         Prefetch(buckets, i, bucket_count);
@@ -111,6 +117,7 @@ void hm::Clear() {
     count = 0;
 }
 
+/// The head of the first chain at or above a bucket. A walk costs the buckets as well as the entries.
 hm_node* hm::FirstFrom(std::uint32_t bucket) const {
     for (; bucket < bucket_count; ++bucket) {
         if (buckets[bucket] != nullptr) return buckets[bucket];

@@ -1,4 +1,9 @@
-/// Incremental pools: a chain of chunks of one size, the newest first. Requests lie back to back, unaligned.
+/// Incremental pools: a chain of chunks of one size, the newest first.
+///
+/// Invariants:
+/// 1. There is always a current chunk, and used <= capacity in each.
+/// 2. Requests lie back to back, unaligned: a host that wants alignment asks for sizes that keep it.
+/// 3. Only the current chunk deals out. The rest of an older one is given up, so a request never searches.
 
 #include "containers/incremental_pool.h"
 
@@ -11,6 +16,7 @@ using Tessarin::IsLive;
 static_assert(std::is_standard_layout_v<imem> && std::is_standard_layout_v<IncrementalChunk>);
 static_assert(sizeof(IncrementalChunk) == 2 * sizeof(void*) + 2 * sizeof(std::uint32_t)); // nothing before the data
 
+/// The fields come on top of the capacity, which may be the largest 32-bit number.
 IncrementalChunk* IncrementalChunk::Create(std::uint32_t capacity, IncrementalChunk* next) {
     std::uint64_t bytes = std::uint64_t{sizeof(IncrementalChunk)} + capacity;
     if (bytes > SIZE_MAX) return nullptr;
@@ -39,6 +45,7 @@ void imem::Destroy(imem* pool) {
     std::free(pool);
 }
 
+/// The new chunk becomes current only once it exists: without memory the old one goes on serving what it can.
 void* imem::AllocFromNewChunk(std::uint32_t size) {
     if (size == 0 || size > chunk_size) return nullptr;
     IncrementalChunk* chunk = IncrementalChunk::Create(chunk_size, current);

@@ -25,6 +25,7 @@ std::uint64_t ChunkBytes(std::uint32_t block_size, std::uint32_t blocks) { retur
 
 } // namespace
 
+/// A pool is made with its first chunk, so that a host learns at once if there is no memory for any.
 omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     std::uint64_t bytes = ChunkBytes(block_size, blocks_per_chunk);
     if (bytes == 0 || bytes > Tessarin::kLargestSize) return nullptr;
@@ -38,6 +39,7 @@ omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     return nullptr;
 }
 
+/// Both lists hold addresses. That of the free blocks may double up to two chunks' worth of bytes.
 bool omem::CreateLists() {
     chunks = farr::Create(sizeof(void*));
     if (chunks == nullptr) return false;
@@ -49,6 +51,7 @@ bool omem::CreateLists() {
     return true;
 }
 
+/// Blocks that the list of free ones had no room for count as out.
 std::int32_t omem::Destroy(omem* pool) {
     std::uint32_t all_chunks = pool->chunks->count + (pool->unlisted == nullptr ? 0 : 1);
     std::uint32_t out = pool->blocks_per_chunk * all_chunks - pool->free_list->count;
@@ -78,10 +81,12 @@ void omem::FreeBlocks(void* chunk) {
     for (std::uint32_t i = 0; i < blocks_per_chunk; ++i, block += block_size) Free(block);
 }
 
+/// The list can still be empty behind a new chunk, if it had no memory for a single entry.
 void* omem::AllocFromNewChunk() { return AddChunk() && HasFree() ? TakeFree() : nullptr; }
 
 void omem::FreeIntoFullList(void* block) { free_list->PushItem(block); }
 
+/// What callers still hold of the pool is free from here on and will be dealt out again.
 void omem::Clear() {
     free_list->count = 0;
     for (std::uint32_t i = 0; i < chunks->count; ++i) FreeBlocks(chunks->Items<void*>()[i]);
@@ -91,6 +96,8 @@ void omem::Clear() {
 // ---------------------------------------------------------------------------------------- the exported functions
 
 using Tessarin::IsLive;
+
+// As everywhere: the guard, then the record's own function.
 
 omem* omem_create(uint32_t block_size, uint32_t blocks_per_chunk) { return omem::Create(block_size, blocks_per_chunk); }
 

@@ -3,7 +3,6 @@
 #include "core/heap_array.h"
 #include "core/library_state.h"
 #include "core/table.h"
-#include "core/watch.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -11,35 +10,35 @@
 
 namespace Tessarin {
 
-thread_local constinit Watch* Watch::innermost = nullptr;
-
 namespace {
 
 bool Equal(const Delegate& left, const Delegate& right) {
     return left.object == right.object && left.function == right.function;
 }
 
-/// Calls the delegates of a vector in turn, each through `call`, for as long as the vector's owner is there. Count and
-/// data are read anew at each step, as a listener may change them.
-template <class Call>
-void Tell(const DelegateVector& vector, const Watch& owner, Call call) {
-    for (std::uint32_t i = 0; !owner.Gone() && i < vector.count; ++i) {
+/// Calls the delegates of a vector in turn, each through `call`, for as long as `there` says that the vector's owner
+/// is. Count and data are read anew at each step, as a listener may change them.
+template <class There, class Call>
+void Tell(const DelegateVector& vector, There there, Call call) {
+    for (std::uint32_t i = 0; there() && i < vector.count; ++i) {
         Delegate delegate = vector.data[i];
         if (delegate.function != nullptr) call(delegate);
     }
 }
 
 /// Record listeners first, then argument listeners.
-void TellOfKey(const ListenerSet& set, const Watch& owner, Table& table, std::uint32_t code, cstr key) {
+template <class There>
+void TellOfKey(const ListenerSet& set, There there, Table& table, std::uint32_t code,
+               const Notification& notification) {
     using RecordFunction = void (*)(void*, TableEvent*);
     using ArgumentFunction = void (*)(void*, std::uint32_t, ITable*, cstr);
-    Tell(set.vectors[kRecordListener], owner, [&](const Delegate& delegate) {
-        TableEvent event{code, &table, key};
+    Tell(set.vectors[kRecordListener], there, [&](const Delegate& delegate) {
+        TableEvent event{code, &table, notification.key};
         reinterpret_cast<RecordFunction>(delegate.function)(delegate.object, &event);
     });
-    if (owner.Gone()) return;
-    Tell(set.vectors[kArgumentListener], owner, [&](const Delegate& delegate) {
-        reinterpret_cast<ArgumentFunction>(delegate.function)(delegate.object, code, &table, key);
+    if (!there()) return;
+    Tell(set.vectors[kArgumentListener], there, [&](const Delegate& delegate) {
+        reinterpret_cast<ArgumentFunction>(delegate.function)(delegate.object, code, &table, notification.key);
     });
 }
 
@@ -55,7 +54,7 @@ bool DelegateVector::Grow(ListenerKind kind) {
     constexpr std::uint32_t kFirst = 4, kSecond = 16; // there is no class of 8
     if (capacity > UINT32_MAX / 2) return false;
     std::uint32_t grown_capacity = capacity == 0 ? kFirst : std::max(capacity * 2, kSecond);
-    auto* grown = static_cast<Delegate*>(listener_pools.Acquire(kind, grown_capacity));
+    auto* grown = static_cast<Delegate*>(listener_pools->Acquire(kind, grown_capacity));
     if (grown == nullptr) return false;
     std::copy_n(data, count, grown);
     Release(kind);
@@ -75,14 +74,14 @@ void DelegateVector::Remove(const Delegate& delegate) {
 }
 
 void DelegateVector::Release(ListenerKind kind) {
-    if (data != nullptr) listener_pools.Release(kind, data, capacity);
+    if (data != nullptr) listener_pools->Release(kind, data, capacity);
 }
 
 void ReleaseListenerSet(ListenerSet* set) {
     for (std::uint32_t kind = 0; kind < kListenerKinds; ++kind) {
         set->vectors[kind].Release(static_cast<ListenerKind>(kind));
     }
-    listener_pools.sets.Free(set);
+    listener_pools->sets.Free(set);
 }
 
 PendingRecord* PendingQueue::Append(std::uint32_t remove, cstr key, const Delegate& delegate) {
@@ -101,13 +100,13 @@ PendingRecord* PendingQueue::Append(std::uint32_t remove, cstr key, const Delega
 }
 
 Delegate* ListenerHub::Add(EntryStore& entries, ListenerKind kind, cstr key) {
-    if (dispatching_ == 0) return AddNow(entries, kind, key);
+    if (!Dispatching()) return AddNow(entries, kind, key);
     PendingRecord* record = Queue(kind, 0, key, Delegate{});
     return record == nullptr ? nullptr : &record->delegate;
 }
 
 void ListenerHub::Remove(EntryStore& entries, ListenerKind kind, cstr key, const Delegate& delegate) {
-    if (dispatching_ == 0) {
+    if (!Dispatching()) {
         RemoveNow(entries, kind, key, delegate);
     } else {
         Queue(kind, 1, key, delegate);
@@ -130,7 +129,7 @@ Delegate* ListenerHub::AddNow(EntryStore& entries, ListenerKind kind, cstr key) 
     ListenerSet** set = SetOf(entries, key);
     if (set == nullptr) return nullptr;
     if (*set == nullptr) {
-        void* block = listener_pools.sets.Alloc();
+        void* block = listener_pools->sets.Alloc();
         if (block == nullptr) return nullptr;
         *set = static_cast<ListenerSet*>(std::memset(block, 0, sizeof(ListenerSet)));
     }
@@ -142,48 +141,75 @@ void ListenerHub::RemoveNow(EntryStore& entries, ListenerKind kind, cstr key, co
     if (set != nullptr && *set != nullptr) (*set)->vectors[kind].Remove(delegate);
 }
 
-bool ListenerHub::NotifyKey(Table& table, std::uint32_t code, cstr key) {
-    if (listeners_ == nullptr) return true;
-    dispatching_ = 1;
-    Watch its_table(&table);
-    TellOfKey(*listeners_, its_table, table, code, key);
-    if (its_table.Gone()) return false;
-    ApplyPending(table.Entries());
+void ListenerHub::Begin(Notification& notification) {
+    notification.outer = Innermost();
+    SetUnderWay(&notification, kDispatching);
+}
+
+/// Carries out what was asked for meanwhile; false if the table is gone and its hub with it.
+bool ListenerHub::End(const Notification& notification, EntryStore& entries) {
+    if (notification.table_ended) return false;
+    SetUnderWay(notification.outer, kDispatching);
+    ApplyPending(entries);
     return true;
 }
 
+bool ListenerHub::NotifyKey(Table& table, std::uint32_t code, cstr key) {
+    if (listeners_ == nullptr) return true;
+    Notification notification{nullptr, key};
+    Begin(notification);
+    TellOfKey(
+        *listeners_, [&] { return !notification.table_ended; }, table, code, notification);
+    return End(notification, table.Entries());
+}
+
 Told ListenerHub::NotifyEntry(Table& table, std::uint32_t code, Pair& pair) {
-    dispatching_ = 1;
-    if (listeners_ == nullptr && pair.listeners == nullptr) {
-        ApplyPending(table.Entries());
-        return Told::kAllThere;
+    Notification notification{&pair, pair.key};
+    Begin(notification);
+    if (listeners_ != nullptr) {
+        TellOfKey(
+            *listeners_, [&] { return !notification.table_ended; }, table, code, notification);
     }
-    cstr key = pair.key;
-    Watch its_table(&table);
-    Watch its_entry(&pair);
-    if (listeners_ != nullptr) TellOfKey(*listeners_, its_table, table, code, key);
-    if (!its_entry.Gone() && pair.listeners != nullptr) TellOfKey(*pair.listeners, its_entry, table, code, key);
-    if (its_table.Gone()) return Told::kTableGone;
-    ApplyPending(table.Entries());
-    return its_entry.Gone() ? Told::kEntryGone : Told::kAllThere;
+    if (notification.entry != nullptr && pair.listeners != nullptr) {
+        TellOfKey(
+            *pair.listeners, [&] { return notification.entry != nullptr; }, table, code, notification);
+    }
+    if (!End(notification, table.Entries())) return Told::kTableGone;
+    return notification.entry == nullptr ? Told::kEntryGone : Told::kAllThere;
 }
 
 bool ListenerHub::NotifyIndex(Table& table, std::uint32_t code, std::uint32_t index) {
     using ArrayFunction = void (*)(void*, std::uint32_t, ITable*, std::uint32_t);
     if (listeners_ == nullptr) return true;
-    dispatching_ = 1;
-    Watch its_table(&table);
-    Tell(listeners_->vectors[kArrayListener], its_table, [&](const Delegate& delegate) {
-        reinterpret_cast<ArrayFunction>(delegate.function)(delegate.object, code, &table, index);
-    });
-    if (its_table.Gone()) return false;
-    ApplyPending(table.Entries());
-    return true;
+    Notification notification{nullptr, nullptr};
+    Begin(notification);
+    Tell(
+        listeners_->vectors[kArrayListener], [&] { return !notification.table_ended; },
+        [&](const Delegate& delegate) {
+            reinterpret_cast<ArrayFunction>(delegate.function)(delegate.object, code, &table, index);
+        });
+    return End(notification, table.Entries());
+}
+
+void ListenerHub::EntryEnded(const Pair& pair) {
+    for (Notification* each = Innermost(); each != nullptr; each = each->outer) {
+        if (each->entry == &pair) each->entry = nullptr;
+    }
+}
+
+void ListenerHub::EntryRenamed(const Pair& pair) {
+    for (Notification* each = Innermost(); each != nullptr; each = each->outer) {
+        if (each->entry == &pair) each->key = pair.key;
+    }
+}
+
+void ListenerHub::AllEntriesEnded() {
+    for (Notification* each = Innermost(); each != nullptr; each = each->outer) each->entry = nullptr;
 }
 
 /// Ends every notification. A record whose entry is gone, or for which there is no memory, is dropped.
 void ListenerHub::ApplyPending(EntryStore& entries) {
-    dispatching_ = 0;
+    SetUnderWay(Innermost(), 0);
     if (pending_ == nullptr) return;
     for (std::uint32_t i = 0; i < kListenerKinds; ++i) {
         auto kind = static_cast<ListenerKind>(i);
@@ -201,6 +227,10 @@ void ListenerHub::ApplyPending(EntryStore& entries) {
 }
 
 void ListenerHub::Release() {
+    for (Notification* each = Innermost(); each != nullptr; each = each->outer) {
+        each->entry = nullptr;
+        each->table_ended = true;
+    }
     if (pending_ != nullptr) {
         for (PendingQueue& queue : pending_->queues) std::free(queue.data);
         std::free(pending_);

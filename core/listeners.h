@@ -60,9 +60,19 @@ struct PendingSet {
 /// What the listeners of an entry have left of it.
 enum class Told { kAllThere, kEntryGone, kTableGone };
 
-/// The listeners of a table with the requests that wait for the end of a notification.
+/// A notification on its way, on the stack of the operation that raised it. A listener may end or rename the entry, or
+/// end the table, that it is told about, and the block may serve another object before the listener returns; so no look
+/// at the object itself can tell. Whoever ends one says so to the notifications of its table.
+struct Notification {
+    Pair* entry; // null once it has ended, and for one about no entry
+    cstr key;
+    bool table_ended = false;
+    Notification* outer = nullptr; // the one that it is nested in, on the same table
+};
+
+/// The listeners of a table, the notifications under way, and the requests that wait for the end of one.
 ///
-/// `dispatching` is a flag and no count: a listener that changes its table raises a notification within the one it is
+/// Dispatching is a flag and no count: a listener that changes its table raises a notification within the one it is
 /// in, and when the inner one ends, requests take effect at once, also for the outer one, which reads its vectors anew
 /// at every step.
 class ListenerHub {
@@ -81,7 +91,12 @@ public:
     /// The table's array listeners.
     bool NotifyIndex(Table& table, std::uint32_t code, std::uint32_t index);
 
-    /// Gives everything back; nobody is told.
+    // What an operation of the table says to the notifications under way.
+    void EntryEnded(const Pair& pair);
+    void EntryRenamed(const Pair& pair);
+    void AllEntriesEnded();
+
+    /// Gives everything back as the table ends; nobody is told.
     void Release();
 
 private:
@@ -90,9 +105,22 @@ private:
     PendingRecord* Queue(ListenerKind kind, std::uint32_t remove, cstr key, const Delegate& delegate);
     ListenerSet** SetOf(EntryStore& entries, cstr key);
     void ApplyPending(EntryStore& entries);
+    void Begin(Notification& notification);
+    bool End(const Notification& notification, EntryStore& entries);
+
+    [[nodiscard]] bool Dispatching() const { return (under_way_ & kDispatching) != 0; }
+    [[nodiscard]] Notification* Innermost() const {
+        return reinterpret_cast<Notification*>(under_way_ & ~kDispatching);
+    }
+    void SetUnderWay(const Notification* innermost, std::uintptr_t dispatching) {
+        under_way_ = reinterpret_cast<std::uintptr_t>(innermost) | dispatching;
+    }
+
+    // The lowest bit of an address, which no notification's own address has.
+    static constexpr std::uintptr_t kDispatching = 1;
 
     ListenerSet* listeners_ = nullptr; // null until the first listener of the table
-    std::uint32_t dispatching_ = 0;    // 1 while listeners are being told
+    std::uintptr_t under_way_ = 0;     // the innermost notification; kDispatching while listeners are being told
     PendingSet* pending_ = nullptr;    // null until first needed, then kept
 };
 

@@ -18,7 +18,7 @@ std::uint32_t Pair::GetFloat4x4(Float4x4* out) {
 std::uint32_t Pair::SetFloat4x4(const Float4x4* matrix) {
     if (matrix == nullptr) return 0;
     if (kind == VALUE_EMPTY) {
-        void* block = library_state.matrices.Alloc();
+        void* block = library_state->matrices.Alloc();
         if (block == nullptr) return 0;
         value.Put(block);
         kind = VALUE_FLOAT4X4;
@@ -29,21 +29,22 @@ std::uint32_t Pair::SetFloat4x4(const Float4x4* matrix) {
     return 1;
 }
 
-std::uint32_t Pair::SetTable(ITable* table) {
-    if (kind == VALUE_TABLE && value.As<ITable*>() == table) return 1; // it isn't to end by being handed over again
-    return Store(VALUE_TABLE, table);
+/// The child that the entry owns can't be ended and stored at once: it stays what it is.
+std::uint32_t Pair::StoreTable(ValueKind its_kind, ITable* table) {
+    if (kind == VALUE_TABLE && table != nullptr && value.As<ITable*>() == table) return its_kind == VALUE_TABLE ? 1 : 0;
+    return Store(its_kind, table);
 }
 
 Table* Pair::OwnedTable() const { return kind == VALUE_TABLE ? static_cast<Table*>(value.As<ITable*>()) : nullptr; }
 
 void Pair::ReleaseBlocks() {
     if (listeners != nullptr) ReleaseListenerSet(listeners);
-    if (kind == VALUE_FLOAT4X4) library_state.matrices.Free(value.As<void*>());
+    if (kind == VALUE_FLOAT4X4) library_state->matrices.Free(value.As<void*>());
 }
 
 void Pair::ReleaseOwned() {
     if (Table* child = OwnedTable()) DestroyRegistered(child);
-    if (kind == VALUE_FLOAT4X4) library_state.matrices.Free(value.As<void*>());
+    if (kind == VALUE_FLOAT4X4) library_state->matrices.Free(value.As<void*>());
 }
 
 } // namespace Tessarin

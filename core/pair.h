@@ -36,14 +36,14 @@ public:
     std::uint32_t SetFloat3(const Float3* vector) override { return StoreFrom(VALUE_FLOAT3, vector); }
     std::uint32_t SetFloat2(const Float2* vector) override { return StoreFrom(VALUE_FLOAT2, vector); }
     void Unassigned() override {}
-    std::uint32_t SetTable(ITable* table) override;
+    std::uint32_t SetTable(ITable* table) override { return StoreTable(VALUE_TABLE, table); }
     std::uint32_t SetString(cstr text) override { return Store(VALUE_STRING, text); }
     std::uint32_t SetReal(float real) override { return Store(VALUE_REAL, real); }
     std::uint32_t SetInteger(std::int32_t integer) override { return Store(VALUE_INTEGER, integer); }
     std::uint32_t SetPath(cstr text) override { return SetString(text); }
     std::uint32_t SetPtr(void* pointer) override { return Store(VALUE_PTR, pointer); }
-    std::uint32_t SetExternalTable(ITable* table) override { return Store(VALUE_EXTERNAL_TABLE, table); }
-    std::uint32_t SetReferenceTable(ITable* table) override { return Store(VALUE_REFERENCE_TABLE, table); }
+    std::uint32_t SetExternalTable(ITable* table) override { return StoreTable(VALUE_EXTERNAL_TABLE, table); }
+    std::uint32_t SetReferenceTable(ITable* table) override { return StoreTable(VALUE_REFERENCE_TABLE, table); }
     std::uint32_t Set(ITable* table) override { return SetTable(table); }
 
     /// The child that ends with this entry, or null.
@@ -84,6 +84,7 @@ private:
         return content == nullptr ? 0 : Store(its_kind, *content);
     }
 
+    std::uint32_t StoreTable(ValueKind its_kind, ITable* table);
     void ReleaseOwned();
 };
 

@@ -33,10 +33,8 @@ public:
     /// Takes storage back; null is ignored.
     void Release(Pair** entries, std::uint32_t capacity);
 
-    /// Entries that the storage of an array of that capacity has room for.
-    static std::size_t Room(std::uint32_t capacity) {
-        return capacity <= kLargestClass ? capacity : std::bit_ceil(std::size_t{capacity});
-    }
+    /// Entries that the storage of an array of that capacity has room for: the classes are powers of two themselves.
+    static std::size_t Room(std::uint32_t capacity) { return std::bit_ceil(std::size_t{capacity}); }
 
     /// Slots of the index behind the entries.
     static std::size_t IndexSlots(std::uint32_t capacity) {

@@ -156,7 +156,8 @@ char* StringTable::TakeBytes(std::uint32_t size) {
         auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + kArenaRoom));
         if (arena == nullptr) return nullptr;
         *arena = {arenas_, kArenaRoom, 0, reinterpret_cast<char*>(arena + 1)};
-        // A slot has 48 bits for an address, which every processor that we know gives to programs or less.
+        // A slot has 48 bits for an address. That is all that programs get, but where the heap marks its addresses at
+        // their top; on such a host this allocation has to come from somewhere else.
         if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + kArenaRoom)} >> kAddressBits != 0) {
             std::free(arena);
             return nullptr;

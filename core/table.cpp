@@ -12,8 +12,8 @@
 namespace Tessarin {
 namespace {
 
-cstr Interned(const char* text) { return library_state.strings.Intern(text); }
-cstr InternedPath(const char* path) { return library_state.strings.InternPath(path); }
+cstr Interned(const char* text) { return library_state->strings.Intern(text); }
+cstr InternedPath(const char* path) { return library_state->strings.InternPath(path); }
 
 /// The code before a change, from the code after it.
 constexpr std::uint32_t Before(std::uint32_t after) { return after + (EVENT_ADDING - EVENT_ADDED); }
@@ -91,18 +91,19 @@ Handle Table::GetHandle(const char* key) {
 Table::Target Table::TargetFor(const char* key, ValueKind kind) {
     Target target;
     target.pair = entries_.FindOrAdd(Interned(key), target.existed);
-    if (target.pair != nullptr && target.pair->kind != VALUE_EMPTY && target.pair->kind != kind) target.pair = nullptr;
+    if (target.pair != nullptr && !target.Takes(kind)) target.pair = nullptr;
     return target;
 }
 
 /// Stores through `store`, with the listeners told before and after.
+/// A listener may have given the entry a value meanwhile, whose kind then holds.
 template <class Store>
-Table::Outcome Table::Commit(Target target, std::uint32_t notify, Store store) {
+Table::Outcome Table::Commit(Target target, ValueKind kind, std::uint32_t notify, Store store) {
     std::uint32_t code = target.existed ? EVENT_CHANGED : EVENT_ADDED;
     if (notify != 0 && listeners_.NotifyEntry(*this, Before(code), *target.pair) != Told::kAllThere) {
         return Outcome::kRefused;
     }
-    if (store(*target.pair) == 0) return Outcome::kRefused;
+    if (!target.Takes(kind) || store(*target.pair) == 0) return Outcome::kRefused;
     bool stayed = notify == 0 || listeners_.NotifyEntry(*this, code, *target.pair) == Told::kAllThere;
     return stayed ? Outcome::kStored : Outcome::kStoredAndEnded;
 }
@@ -112,7 +113,7 @@ std::uint32_t Table::Assign(const char* key, ValueKind kind, std::uint32_t notif
     Target target = TargetFor(key, kind);
     if (target.pair == nullptr) return 0;
     if (target.pair->kind == kind && same(*target.pair)) return 1;
-    return Commit(target, notify, store) == Outcome::kRefused ? 0 : 1;
+    return Commit(target, kind, notify, store) == Outcome::kRefused ? 0 : 1;
 }
 
 /// Works on a copy, as `value` may lie in what a listener changes.
@@ -179,7 +180,7 @@ std::uint32_t Table::AssignText(const char* key, const char* text, cstr (*intern
     if (interned == nullptr && text != nullptr) return 0;
     if (target.pair->kind == VALUE_STRING && target.pair->GetString() == interned) return 1;
     auto store = [interned](Pair& pair) { return pair.SetString(interned); };
-    return Commit(target, notify, store) == Outcome::kRefused ? 0 : 1;
+    return Commit(target, VALUE_STRING, notify, store) == Outcome::kRefused ? 0 : 1;
 }
 
 std::uint32_t Table::SetString(const char* key, const char* text, std::uint32_t notify) {
@@ -206,7 +207,7 @@ std::uint32_t Table::SetTable(const char* key, ITable* table, std::uint32_t noti
     Target target = TargetFor(key, VALUE_EMPTY);
     if (target.pair == nullptr) return 0;
     auto store = [table](Pair& pair) { return pair.SetTable(table); };
-    return Commit(target, notify, store) == Outcome::kRefused ? 0 : 1;
+    return Commit(target, VALUE_EMPTY, notify, store) == Outcome::kRefused ? 0 : 1;
 }
 
 ITable* Table::Set(const char* key, std::uint32_t notify) {
@@ -214,9 +215,10 @@ ITable* Table::Set(const char* key, std::uint32_t notify) {
     if (target.pair == nullptr) return nullptr;
     Table* child = MakeChild();
     if (child == nullptr) return nullptr;
-    Outcome outcome = Commit(target, notify, [child](Pair& pair) { return pair.Set(child); });
+    Outcome outcome = Commit(target, VALUE_EMPTY, notify, [child](Pair& pair) { return pair.Set(child); });
     if (outcome == Outcome::kRefused) DestroyRegistered(child);
-    return outcome == Outcome::kStored ? child : nullptr; // a listener may have ended the entry and with it the child
+    bool stayed = outcome == Outcome::kStored && target.pair->OwnedTable() == child;
+    return stayed ? child : nullptr; // a listener may have ended the entry, or put another value in it
 }
 
 // ----------------------------------------------------------------------------------------------- the set of entries
@@ -229,6 +231,7 @@ std::uint32_t Table::Rename(const char* old_key, const char* new_key, std::uint3
         if (pair == nullptr || listeners_.NotifyEntry(*this, EVENT_RENAMING, *pair) == Told::kTableGone) return 0;
     }
     if (!entries_.Rename(old_name, new_name)) return 0;
+    listeners_.EntryRenamed(*entries_.Find(new_name));
     if (notify != 0) listeners_.NotifyKey(*this, EVENT_RENAMED, new_name);
     return 1;
 }
@@ -241,6 +244,7 @@ std::uint32_t Table::Remove(const char* key, std::uint32_t notify) {
     }
     Pair* pair = entries_.Take(name);
     if (pair == nullptr) return 0;
+    listeners_.EntryEnded(*pair);
     pair->next = nullptr;
     DestroyEntries(pair);
     if (notify != 0) listeners_.NotifyKey(*this, EVENT_REMOVED, name);
@@ -249,6 +253,7 @@ std::uint32_t Table::Remove(const char* key, std::uint32_t notify) {
 
 std::uint32_t Table::Clear(std::uint32_t notify) {
     if (notify != 0 && !listeners_.NotifyKey(*this, EVENT_CLEARING, nullptr)) return 1;
+    listeners_.AllEntriesEnded();
     DestroyEntries(entries_.TakeAll(nullptr));
     if (notify != 0) listeners_.NotifyKey(*this, EVENT_CLEARED, nullptr);
     return 1;
@@ -274,10 +279,13 @@ std::uint32_t Table::DestroyArray() {
 
 void* Table::SetArrayItem(std::uint32_t index, const void* data, std::uint32_t notify) {
     if (array_ == nullptr) return nullptr;
+    std::uint32_t item_size = array_->item_size;
     if (notify != 0 && !listeners_.NotifyIndex(*this, EVENT_ITEM_SETTING, index)) return nullptr;
-    void* item = array_ == nullptr ? nullptr : array_->SetItem(index, data); // a listener may have removed the array
-    if (notify != 0) listeners_.NotifyIndex(*this, EVENT_ITEM_SET, index);
-    return item;
+    // A listener may have removed the array, or made it anew for items of which `data` isn't one.
+    bool same_array = array_ != nullptr && array_->item_size == item_size;
+    bool stored = same_array && array_->SetItem(index, data) != nullptr;
+    if (notify != 0 && !listeners_.NotifyIndex(*this, EVENT_ITEM_SET, index)) return nullptr;
+    return stored ? GetArrayItem(index) : nullptr;
 }
 
 void* Table::GetArrayItem(std::uint32_t index) { return array_ == nullptr ? nullptr : array_->Item(index); }

@@ -80,13 +80,16 @@ private:
     struct Target {
         Pair* pair = nullptr;
         bool existed = false;
+
+        /// Whether it is still empty, or has that kind already.
+        [[nodiscard]] bool Takes(ValueKind kind) const { return pair->kind == VALUE_EMPTY || pair->kind == kind; }
     };
 
     enum class Outcome { kRefused, kStored, kStoredAndEnded };
 
     Target TargetFor(const char* key, ValueKind kind);
     template <class Store>
-    Outcome Commit(Target target, std::uint32_t notify, Store store);
+    Outcome Commit(Target target, ValueKind kind, std::uint32_t notify, Store store);
     template <class Same, class Store>
     std::uint32_t Assign(const char* key, ValueKind kind, std::uint32_t notify, Same same, Store store);
     template <class Vector>

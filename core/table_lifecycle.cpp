@@ -6,7 +6,6 @@
 
 #include "core/library_state.h"
 #include "core/table.h"
-#include "core/watch.h"
 #include "tessarin/tables.h"
 
 #include <new>
@@ -20,16 +19,15 @@ constexpr std::uint32_t kChildTable = 2;
 
 /// Ends the table itself and hands its entries on.
 Pair* EndTable(Table* table, Pair* behind) {
-    Watch::Ended(table);
     Pair* chain = table->Dismantle(behind);
-    library_state.tables.Free(table);
+    library_state->tables.Free(table);
     return chain;
 }
 
 } // namespace
 
 Table* MakeTable() {
-    void* block = library_state.tables.Alloc();
+    void* block = library_state->tables.Alloc();
     return block == nullptr ? nullptr : new (block) Table;
 }
 
@@ -42,14 +40,14 @@ Table* MakeTableWithRoom() {
 
 Table* MakeChild() {
     Table* child = MakeTableWithRoom();
-    if (child != nullptr) library_state.registry.Set(child, kChildTable);
+    if (child != nullptr) library_state->registry.Set(child, kChildTable);
     return child;
 }
 
 void DestroyTable(Table* table) { DestroyEntries(EndTable(table, nullptr)); }
 
 void DestroyRegistered(Table* table) {
-    library_state.registry.Erase(table);
+    library_state->registry.Erase(table);
     DestroyTable(table);
 }
 
@@ -58,19 +56,18 @@ void DestroyEntries(Pair* chain) {
         Pair* pair = chain;
         chain = pair->next;
         if (Table* child = pair->OwnedTable()) {
-            library_state.registry.Erase(child);
+            library_state->registry.Erase(child);
             chain = EndTable(child, chain);
         }
-        Watch::Ended(pair);
         pair->ReleaseBlocks();
-        library_state.pairs.Free(pair);
+        library_state->pairs.Free(pair);
     }
 }
 
 Table* FinishRoot(Table* table, bool filled) {
     if (table == nullptr) return nullptr;
     if (filled) {
-        library_state.registry.Set(table, kRootTable);
+        library_state->registry.Set(table, kRootTable);
         return table;
     }
     DestroyTable(table);
@@ -86,4 +83,4 @@ std::uint32_t CloseTable(Tessarin::ITable* table) {
     return 1;
 }
 
-std::uint32_t ValidateTable(Tessarin::ITable* table) { return Tessarin::library_state.registry.Get(table); }
+std::uint32_t ValidateTable(Tessarin::ITable* table) { return Tessarin::library_state->registry.Get(table); }

@@ -179,13 +179,13 @@ bool JsonFiller::String(const char* text, Length length, bool) {
     if (!IsMember(0.0F)) return true;
     Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_STRING)) return true;
-    cstr interned = library_state.strings.Intern(text, length);
+    cstr interned = library_state->strings.Intern(text, length);
     if (interned != nullptr) pair->SetString(interned);
     return true;
 }
 
 bool JsonFiller::Key(const char* text, Length length, bool) {
-    if (ignored_ == 0) key_ = length == 0 ? nullptr : library_state.strings.Intern(text, length);
+    if (ignored_ == 0) key_ = length == 0 ? nullptr : library_state->strings.Intern(text, length);
     return true;
 }
 

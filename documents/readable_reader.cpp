@@ -41,7 +41,7 @@ struct Run {
 /// Interns a value; a comment that was blanked inside a quoted text ends it, as any NUL ends a text.
 cstr Interned(Run run) {
     const char* end = run.Find('\0');
-    return library_state.strings.Intern(run.first, end == nullptr ? run.Length() : Run{run.first, end}.Length());
+    return library_state->strings.Intern(run.first, end == nullptr ? run.Length() : Run{run.first, end}.Length());
 }
 
 enum Delimiter : unsigned char { kOfKey = 1, kOfValue = 2 };
@@ -124,7 +124,7 @@ bool ReadableReader::ReadBlocks() {
             if (open_.Depth() == 0) return true; // a brace too many ends the document
             continue;
         }
-        cstr name = library_state.strings.Intern(key.first, key.Length());
+        cstr name = library_state->strings.Intern(key.first, key.Length());
         if (!ScanValue(value) || !StoreValue(name, value)) return false;
     }
 }

@@ -137,18 +137,28 @@ public:
 /// table of up to 8 moves the entry to the end.
 ///
 /// Setters: `notify` other than 0 tells the listeners. They answer 1, also when the value is the same as the one
-/// stored (nothing is then stored and nobody told); 0 if the entry has another kind, for a null key or value pointer,
-/// for a text that can't be interned, when memory runs out, or if a listener has removed the entry before the value
-/// was stored.
+/// stored (nothing is then stored and nobody told); 0 if the entry has another kind, for a null key, for a null pointer
+/// to a vector, matrix or handle, for a text that can't be interned, when memory runs out, or if a listener has removed
+/// the entry before the value was stored. A setter that fails for want of memory, or on a text, may leave a new entry
+/// behind, with VALUE_EMPTY, which every setter accepts.
 ///
-/// Listeners run inside the operation, on its thread, and may change the table. A listener that removes or clears the
-/// very entry it is told about ends that notification: the entry's remaining listeners aren't called.
+/// Listeners run inside the operation, on its thread, and must not throw. Each change is told twice, before and after:
+/// first to the table's listeners, then to the entry's, record listeners before argument listeners. An entry's own
+/// listeners hear of EVENT_REMOVING and EVENT_RENAMING, but not of EVENT_REMOVED, EVENT_RENAMED, EVENT_CLEARING and
+/// EVENT_CLEARED, which go to the table's alone; array listeners hear of the array part and nothing else.
+///
+/// A listener may change the table, this entry and others included, and raises notifications within its own by that;
+/// when such an inner one ends, requests to add or remove listeners are no longer put off. Where a listener removes or
+/// clears the very entry that it is told about, the entry's remaining listeners aren't called, the table's are. Where
+/// it gives a new entry a value of another kind, that kind holds and the operation answers 0. Where it ends the table,
+/// nobody else is called, and the operation answers 0 or null, or 1 if it had done its work.
 ///
 /// Threads: one at a time; reads of a table that nobody changes may run side by side. Different tables are independent.
 ///
 /// Hosts end a table with CloseTable, never through its destructor.
 struct ITable {
-    /// The item in place, borrowed until SetArrayItem has to grow the array part; null beyond the last or without one.
+    /// The item in place, borrowed until SetArrayItem has to grow the array part, CreateArray or DestroyArray drops it,
+    /// or the table ends; null beyond the last or without an array part.
     virtual void* GetArrayItem(std::uint32_t index) = 0;
 
     // Getters with a fallback answer it for a missing entry only. A present one answers its first 32 bits (for strings:
@@ -177,8 +187,10 @@ struct ITable {
     /// As GetInteger.
     virtual Handle GetHandle(const char* key) = 0;
 
-    /// Copies an item in, making the array part longer if need be; items in between are unset.
-    /// returns  the stored item; null without an array part (nobody is told), for a null `data`, or without memory
+    /// Copies an item in, making the array part longer if need be; items in between are unset. `data` may be an item of
+    /// this array, and must stay what it is while listeners run.
+    /// returns  the stored item; null without an array part (nobody is told), and, after both events, for a null
+    ///          `data`, without memory, or if a listener has removed the array part or made it anew for another size
     virtual void* SetArrayItem(std::uint32_t index, const void* data, std::uint32_t notify) = 0;
 
     virtual std::uint32_t SetHandle(const char* key, const Handle* value, std::uint32_t notify) = 0;
@@ -200,7 +212,7 @@ struct ITable {
     /// returns  the child, owned by this table; null if the entry has a value of any kind (GetTable fetches it), when
     ///          memory runs out (a new entry then stays, empty), or if a listener has removed the entry
     virtual ITable* Set(const char* key, std::uint32_t notify) = 0;
-    /// Stores the path form of `path` as a string.
+    /// Stores the path form of `path` as a string; null as SetString does.
     virtual std::uint32_t SetPath(const char* key, const char* path, std::uint32_t notify) = 0;
     virtual std::uint32_t SetPtr(const char* key, void* value, std::uint32_t notify) = 0;
 
@@ -209,6 +221,8 @@ struct ITable {
     virtual std::uint32_t Rename(const char* old_key, const char* new_key, std::uint32_t notify) = 0;
 
     /// Makes the array part, or empties the one that is there, for items of `item_size` bytes. Always notifies.
+    /// An `item_size` of 0 is taken: items then have no bytes.
+    /// returns  1; 0 when memory runs out, the items that were there gone and only EVENT_ARRAY_CREATING told
     virtual std::uint32_t CreateArray(std::uint32_t item_size) = 0;
     /// Removes the array part if there is one. Always notifies, always answers 1.
     virtual std::uint32_t DestroyArray() = 0;

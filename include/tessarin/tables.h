@@ -31,6 +31,7 @@ TESSARIN_API uint32_t CloseTable(TessarinTable* table);
 /// Whether an address is a live table, without touching what it points at.
 /// returns  1 for a table that a factory made; 2 for a child that Set made, as loading JSON does; 0 for null, any other
 ///          address, and children from the readable text form
+/// Threads: may be asked on any thread at any time.
 TESSARIN_API uint32_t ValidateTable(TessarinTable* table);
 
 // The flat functions take a table first. For a null table they do nothing, intern nothing, and answer 0, null or zeros
@@ -50,7 +51,7 @@ TESSARIN_API cstr GetString(TessarinTable* table, const char* key);
 TESSARIN_API TessarinTable* GetTable(TessarinTable* table, const char* key);
 /// The pointer, or null.
 TESSARIN_API void* GetPtr(TessarinTable* table, const char* key);
-/// The vector; zeros if there is no such entry.
+/// The vector; zeros if there is no such entry. Of another kind, its words as they stand.
 TESSARIN_API Float2 GetFloat2(TessarinTable* table, const char* key);
 TESSARIN_API Float3 GetFloat3(TessarinTable* table, const char* key);
 TESSARIN_API Float4 GetFloat4(TessarinTable* table, const char* key);
@@ -67,7 +68,8 @@ TESSARIN_API uint32_t GetElementCount(TessarinTable* table);
 /// returns  `table`, not the child, whether or not it was made: GetTable fetches it
 TESSARIN_API TessarinTable* Set(TessarinTable* table, const char* key);
 
-// The setters answer 1, also when the value was there already; 0 if the entry has another kind or can't be made.
+// The setters answer 1, also when the value was there already; 0 if the entry has another kind or can't be made
+// (SetTable: if it has any value).
 TESSARIN_API uint32_t SetInteger(TessarinTable* table, const char* key, int32_t value);
 TESSARIN_API uint32_t SetReal(TessarinTable* table, const char* key, float value);
 TESSARIN_API uint32_t SetString(TessarinTable* table, const char* key, const char* text);

@@ -21,7 +21,8 @@ using namespace Tessarin;
 const std::vector<cstr>& Keys() {
     static const std::vector<cstr> keys = [] {
         std::vector<cstr> made;
-        for (int n = 0; n < 900; ++n) made.push_back(library_state.strings.Intern(("key" + std::to_string(n)).c_str()));
+        for (int n = 0; n < 900; ++n)
+            made.push_back(library_state->strings.Intern(("key" + std::to_string(n)).c_str()));
         std::sort(made.begin(), made.end(), std::less<>());
         return made;
     }();
@@ -194,9 +195,9 @@ TEST_F(EntryStoreModel, NullIsNoKeyAndAnEmptyTextIsOne) {
     EXPECT_EQ(store.FindOrAdd(nullptr, existed), nullptr);
     EXPECT_EQ(store.Find(nullptr), nullptr);
     EXPECT_EQ(store.Capacity(), 0U) << "nothing is taken for it";
-    Add(library_state.strings.Intern(""));
+    Add(library_state->strings.Intern(""));
     EXPECT_EQ(store.Capacity(), 4U);
-    EXPECT_FALSE(store.Rename(library_state.strings.Intern(""), nullptr));
+    EXPECT_FALSE(store.Rename(library_state->strings.Intern(""), nullptr));
     EXPECT_FALSE(store.Rename(nullptr, Keys()[0]));
     EXPECT_EQ(store.Take(nullptr), nullptr);
     Compare();

@@ -139,7 +139,7 @@ private:
 
     static std::vector<Pool> Pools() {
         std::vector<Pool> pools;
-        for (AnyPool& pool : AllPools(library_state, listener_pools)) pools.push_back({std::move(pool)});
+        for (AnyPool& pool : AllPools(*library_state, *listener_pools)) pools.push_back({std::move(pool)});
         return pools;
     }
 
@@ -263,12 +263,9 @@ TEST(OutOfMemory, AKeyThatCanNotBeInternedChangesNothing) {
     table->SetString("k", "v", 0);
     table->AddRecordListener();
     cstr_string(std::string(0x100000 - 9, 'f').c_str()); // fills an arena: the next text needs another
-    FailingHeap* heap = nullptr;
-    auto without = [&](auto call) {
-        FailingHeap refusing(0);
-        heap = &refusing;
-        bool done = call();
-        return done || !heap->Failed();
+    auto without = [](auto call) {
+        FailingHeap heap(0);
+        return call() || !heap.Failed();
     };
     EXPECT_FALSE(without([&] { return cstr_string("unseen") != nullptr; }));
     EXPECT_FALSE(without([&] { return table->SetInteger("unseen", 1, 1) != 0; }));

@@ -1,0 +1,67 @@
+"""Reads the benchmarks' JSON results and prints our medians, their peers', and the ratios: ratios.py RESULT..."""
+
+import json
+import sys
+
+# What is measured; our benchmark and the peer's; the ratio of the times, ours to theirs, that is to be reached.
+ROWS = [
+    ("intern hot texts, one thread", "HotTessarin/real_time/threads:1", "HotPeer/real_time/threads:1", 1.0),
+    ("intern hot texts, two threads", "HotTessarin/real_time/threads:2", "HotPeer/real_time/threads:2", 1 / 3),
+    ("intern a million new texts", "NewTessarin/iterations:1", "NewPeer/iterations:1", 1.0),
+    *[
+        (f"{what} of {size}, against {peer}", f"{row}<OurTable>/{size}", f"{row}<{name}>/{size}", target)
+        for row, what in (("Hit", "hit"), ("Miss", "miss"), ("Change", "change"))
+        for peer, name, target in (("absl", "AbslMap", 1.5), ("nlohmann", "NlohmannObject", 1.0),
+                                   ("RapidJSON", "RapidJsonObject", 1.0))
+        for size in (4, 8, 64, 1000, 100000)
+        if name == "AbslMap" or (row != "Change" and size >= 8)
+    ],
+    ("change with one listener, against none", "Change<WatchedTable>/8", "Change<OurTable>/8", 2.0),
+    ("fill and close 50 entries", "FillTessarin", "FillNlohmann", 1 / 2),
+    ("load JSON, against RapidJSON", "LoadTessarin/50000", "LoadRapidJson/50000", 1 / 0.6),
+    ("load JSON, against nlohmann", "LoadTessarin/50000", "LoadNlohmann/50000", 1 / 2.5),
+    ("save JSON", "SaveTessarin", "SaveRapidJson", 1.0),
+    ("load readable, against our JSON", "LoadReadable/50000", "LoadTessarin/50000", 1 / 1.5),
+    ("load JSON, ten times the size", "LoadTessarin/500000", "LoadTessarin/50000", 11.0),
+    ("load readable, ten times the size", "LoadReadable/500000", "LoadReadable/50000", 11.0),
+    ("load a flat object, ten times the size", "LoadFlat/100000", "LoadFlat/10000", 11.0),
+    *[
+        (f"map of a million: {what}, against {peer}", f"{row}<OurMap>{argument}", f"{row}<{name}>{argument}", target)
+        for row, what, argument in (("SetMillion", "set", "/0"), ("SetMillion", "set with room", "/1000003"),
+                                    ("GetMillion", "hit", "/0"), ("GetMillion", "miss", "/5"),
+                                    ("EraseMillion", "erase", ""))
+        for peer, name, target in (("std", "StdMap", 1 / 2), ("absl", "AbslMap", 1.0))
+        if name == "StdMap" or row != "GetMillion"
+    ],
+    ("blocks from a pool and back", "BlocksTessarin", "BlocksBoost", 1.5),
+    ("runs from a pool", "RunsTessarin", "RunsStd", 1.5),
+    ("push to an array", "PushTessarin", "PushStd", 1.5),
+]
+
+UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def medians(paths):
+    """Benchmark name to the median of its repetitions in nanoseconds: real time for several threads, else CPU time."""
+    found = {}
+    for path in paths:
+        with open(path, encoding="utf-8") as file:
+            for result in json.load(file)["benchmarks"]:
+                if result.get("aggregate_name") == "median":
+                    time = result["real_time" if "real_time" in result["run_name"] else "cpu_time"]
+                    found[result["run_name"]] = time * UNITS[result["time_unit"]]
+    return found
+
+
+def main():
+    found = medians(sys.argv[1:])
+    print(f"{'':52}{'ours':>14}{'peer':>14}{'ratio':>8}{'target':>8}")
+    for label, ours, peer, target in ROWS:
+        if ours not in found or peer not in found:
+            continue
+        ratio = found[ours] / found[peer]
+        verdict = "" if ratio <= target else "  missed"
+        print(f"{label:52}{found[ours]:12.1f}ns{found[peer]:12.1f}ns{ratio:8.2f}{target:8.2f}{verdict}")
+
+
+main()
