@@ -1,6 +1,7 @@
 """Reads the benchmarks' JSON results and prints our medians, their peers', and the ratios: ratios.py RESULT..."""
 
 import json
+import statistics
 import sys
 
 # What is measured; our benchmark and the peer's; the ratio of the times, ours to theirs, that is to be reached.
@@ -42,15 +43,15 @@ UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def medians(paths):
-    """Benchmark name to the median of its repetitions in nanoseconds: real time for several threads, else CPU time."""
-    found = {}
+    """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, else CPU time."""
+    runs = {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
             for result in json.load(file)["benchmarks"]:
-                if result.get("aggregate_name") == "median":
+                if result["run_type"] == "iteration":
                     time = result["real_time" if "real_time" in result["run_name"] else "cpu_time"]
-                    found[result["run_name"]] = time * UNITS[result["time_unit"]]
-    return found
+                    runs.setdefault(result["run_name"], []).append(time * UNITS[result["time_unit"]])
+    return {name: statistics.median(times) for name, times in runs.items()}
 
 
 def main():

@@ -63,8 +63,8 @@ void HotPeer(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(peer.Intern(round.Next().c_str()));
 }
 
-// One iteration is a million texts that nobody has seen. Ours stay for good, so the number of runs is bounded, and
-// each repetition finds a fuller table; the peer begins anew.
+// One iteration is a million texts that nobody has seen. Ours stay for good, so that every run wants a process of its
+// own; what runs after it in the same one finds a full table.
 constexpr std::size_t kNewTexts = 1000000;
 
 void NewTessarin(benchmark::State& state) {
