@@ -49,7 +49,9 @@ private:
         if (!first_) json += ",";
         first_ = false;
         Both("\"thing_%d\":{", "thing_%d {\n", number);
-        const char* names[] = {"barrel", "lantern", "heron statue", "rope ladder", "tide clock", "ferry bell"};
+        const char* names[] = {"a barrel of salted herring",        "the lantern from Gull Point",
+                               "statue of a sleeping heron",        "a rope ladder, frayed at its end",
+                               "the tide clock of the old harbour", "the ferry's second bell"};
         const char* name = names[random_() % 6];
         int health = static_cast<int>(random_() % 1000);
         double speed = static_cast<double>(random_() % 10000) / 997;
@@ -59,10 +61,13 @@ private:
              "display_name = \"%s\" health = %d speed = %.4f\n", name, health, speed);
         Both("\"position\":[%.3f,%.3f,0.5],\"owner_id\":%d,\"team\":\"red team\",",
              "position = [%.3f,%.3f,0.5] owner_id = %d team = \"red team\"\n", x, y, number * 17 % 4096);
-        Both("\"label\":\"thing number %d\",", "label = \"thing number %d\"\n", number);
-        Both("\"body\":{\"mass\":%.2f,\"friction\":%.3f,\"layer\":%d,\"flags\":%d,\"mesh\":\"mesh_%d\",\"lod\":2,"
+        Both("\"label\":\"thing number %d of the inventory, found at low tide\",",
+             "label = \"thing number %d of the inventory, found at low tide\"\n", number);
+        Both("\"body\":{\"mass\":%.2f,\"friction\":%.3f,\"layer\":%d,\"flags\":%d,\"mesh\":\"models/harbour/props/"
+             "mesh_%d.model\",\"lod\":2,"
              "\"pivot\":[0.0,%.2f,0.0],\"shadow\":1}}",
-             "body { mass = %.2f friction = %.3f layer = %d flags = %d mesh = mesh_%d lod = 2 pivot = [0.0,%.2f,0.0] "
+             "body { mass = %.2f friction = %.3f layer = %d flags = %d mesh = models/harbour/props/mesh_%d.model lod = "
+             "2 pivot = [0.0,%.2f,0.0] "
              "shadow = 1 }\n}\n",
              speed * 3, speed / 11, health % 32, health * 3, health % 64, y / 1000);
     }

@@ -37,6 +37,7 @@ public:
         for (;;) {
             if (IIterator* entry = at_.entry) {
                 at_.entry = at_.table->Next(&at_.entry);
+                __builtin_prefetch(at_.entry); // it comes while this one is being written
                 if (!Write(*entry)) return false;
                 continue;
             }
