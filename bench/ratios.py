@@ -17,12 +17,21 @@ ROWS = [
         for size in (4, 8, 64, 1000, 100000)
         if name == "AbslMap" or (row != "Change" and size >= 8)
     ],
+    *[(f"change of {size}, against a find of {peer}", f"Change<OurTable>/{size}", f"Hit<{name}>/{size}", 1.0)
+      for peer, name in (("nlohmann", "NlohmannObject"), ("RapidJSON", "RapidJsonObject"))
+      for size in (8, 64, 1000, 100000)],
+    *[(f"add {size} to none, and drop all", f"Add<OurTable>/{size}", f"Add<AbslMap>/{size}", 1.5)
+      for size in (4, 8, 64, 1000, 100000)],
     ("change with one listener, against none", "Change<WatchedTable>/8", "Change<OurTable>/8", 2.0),
     ("fill and close 50 entries", "FillTessarin", "FillNlohmann", 1 / 2),
     ("load JSON, against RapidJSON", "LoadTessarin/50000", "LoadRapidJson/50000", 1 / 0.6),
     ("load JSON, against nlohmann", "LoadTessarin/50000", "LoadNlohmann/50000", 1 / 2.5),
     ("save JSON", "SaveTessarin", "SaveRapidJson", 1.0),
     ("load readable, against our JSON", "LoadReadable/50000", "LoadTessarin/50000", 1 / 1.5),
+    *[(f"first load of a process, {what}", f"First{ours}/50000/iterations:1", f"First{peer}/50000/iterations:1", target)
+      for what, ours, peer, target in (("JSON, against RapidJSON", "Tessarin", "RapidJson", 1 / 0.6),
+                                       ("JSON, against nlohmann", "Tessarin", "Nlohmann", 1 / 2.5),
+                                       ("readable, against our JSON", "Readable", "Tessarin", 1 / 1.5))],
     ("load JSON, ten times the size", "LoadTessarin/500000", "LoadTessarin/50000", 11.0),
     ("load readable, ten times the size", "LoadReadable/500000", "LoadReadable/50000", 11.0),
     ("load a flat object, ten times the size", "LoadFlat/100000", "LoadFlat/10000", 11.0),
