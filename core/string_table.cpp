@@ -41,7 +41,6 @@ struct StringTable::Sought {
     /// The text that a slot names if it is the one sought, else null.
     cstr In(Slot slot) const {
         if (slot >> kAddressBits != tag) return nullptr;
-        // NOLINTNEXTLINE(performance-no-int-to-ptr): the price of a slot in one word
         auto interned = reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((Slot{1} << kAddressBits) - 1)));
         if (interned == nullptr || CstrLength(interned) != length) return nullptr;
         return EqualTexts<Form>(interned, text, length) ? interned : nullptr;
