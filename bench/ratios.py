@@ -43,9 +43,11 @@ ROWS = [
         for peer, name, target in (("std", "StdMap", 1 / 2), ("absl", "AbslMap", 1.0))
         if name == "StdMap" or row != "GetMillion"
     ],
-    ("blocks from a pool and back", "BlocksTessarin", "BlocksBoost", 1.5),
-    ("runs from a pool", "RunsTessarin", "RunsStd", 1.5),
-    ("push to an array", "PushTessarin", "PushStd", 1.5),
+    *[(f"{what}, peer {how}", ours, f"{peer}<{inlined}>", 1.5)
+      for what, ours, peer in (("blocks from a pool and back", "BlocksTessarin", "BlocksBoost"),
+                               ("runs from a pool", "RunsTessarin", "RunsStd"),
+                               ("push to an array", "PushTessarin", "PushStd"))
+      for how, inlined in (("inlined", "true"), ("behind a call", "false"))],
 ]
 
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
