@@ -163,7 +163,7 @@ bool ListenerHub::NotifyKey(Table& table, std::uint32_t code, cstr key) {
     return End(notification, table.Entries());
 }
 
-Told ListenerHub::NotifyEntry(Table& table, std::uint32_t code, Pair& pair) {
+Told ListenerHub::TellOfEntry(Table& table, std::uint32_t code, Pair& pair) {
     Notification notification{&pair, pair.key};
     Begin(notification);
     if (listeners_ != nullptr) {

@@ -87,7 +87,11 @@ public:
     /// The table's listeners. A null key stands for the table as a whole.
     bool NotifyKey(Table& table, std::uint32_t code, cstr key);
     /// The table's listeners, then the entry's, unless the entry is gone by then.
-    Told NotifyEntry(Table& table, std::uint32_t code, Pair& pair);
+    Told NotifyEntry(Table& table, std::uint32_t code, Pair& pair) {
+        // Nobody to tell, and no notification around this one whose requests would now be carried out.
+        if (listeners_ == nullptr && pair.listeners == nullptr && under_way_ == 0) return Told::kAllThere;
+        return TellOfEntry(table, code, pair);
+    }
     /// The table's array listeners.
     bool NotifyIndex(Table& table, std::uint32_t code, std::uint32_t index);
 
@@ -100,6 +104,7 @@ public:
     void Release();
 
 private:
+    Told TellOfEntry(Table& table, std::uint32_t code, Pair& pair);
     Delegate* AddNow(EntryStore& entries, ListenerKind kind, cstr key);
     void RemoveNow(EntryStore& entries, ListenerKind kind, cstr key, const Delegate& delegate);
     PendingRecord* Queue(ListenerKind kind, std::uint32_t remove, cstr key, const Delegate& delegate);
