@@ -32,9 +32,9 @@ ROWS = [
       for what, ours, peer, target in (("JSON, against RapidJSON", "Tessarin", "RapidJson", 1 / 0.6),
                                        ("JSON, against nlohmann", "Tessarin", "Nlohmann", 1 / 2.5),
                                        ("readable, against our JSON", "Readable", "Tessarin", 1 / 1.5))],
-    ("load JSON, ten times the size", "LoadTessarin/500000", "LoadTessarin/50000", 11.0),
-    ("load readable, ten times the size", "LoadReadable/500000", "LoadReadable/50000", 11.0),
-    ("load a flat object, ten times the size", "LoadFlat/100000", "LoadFlat/10000", 11.0),
+    ("load JSON, ten times the size", "LoadTessarin/500000", "LoadTessarin/50000", 20.0),
+    ("load readable, ten times the size", "LoadReadable/500000", "LoadReadable/50000", 20.0),
+    ("load a flat object, ten times the size", "LoadFlat/100000", "LoadFlat/10000", 20.0),
     *[
         (f"map of a million: {what}, against {peer}", f"{row}<OurMap>{argument}", f"{row}<{name}>{argument}", target)
         for row, what, argument in (("SetMillion", "set", "/0"), ("SetMillion", "set with room", "/1000003"),

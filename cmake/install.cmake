@@ -14,5 +14,7 @@ install(EXPORT tessarin-targets NAMESPACE tessarin:: FILE tessarin-config.cmake 
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/tessarin-config-version.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/tessarin-config-version.cmake DESTINATION ${package_folder})
 
+# The file finds its prefix from where it lies, so that an install to any prefix is right.
+file(RELATIVE_PATH tessarin_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tessarin.pc.in ${PROJECT_BINARY_DIR}/tessarin.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tessarin.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -15,6 +15,7 @@
 #include "documents/json_raw_strings.h"
 #include "documents/walk_stack.h"
 #include "documents/whole_file.h"
+#include "platform/nearest_rounding.h"
 #include "tessarin/documents.h"
 
 #include <cstring>
@@ -277,6 +278,7 @@ void JsonFiller::StoreElements(Pair& pair, std::uint32_t (Pair::*store)(const Ve
 
 /// A text that is no valid document leaves the table empty, with success; false only if memory ran out.
 bool Fill(Table& root, char* text) {
+    const NearestRounding rounding;
     try {
         ThrowingAllocator heap;
         Reader reader(&heap);

@@ -1,7 +1,6 @@
 // A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces,
 // as an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
 
-#include "core/string_table.h"
 #include "core/table.h"
 #include "documents/file_objects.h"
 #include "documents/json_raw_strings.h"
@@ -26,7 +25,7 @@ constexpr std::size_t kFirstBytes = 256;
 
 class JsonSaver {
 public:
-    explicit JsonSaver(Text& text, ThrowingAllocator& heap) : writer_(text, &heap) {}
+    explicit JsonSaver(Text& text, ThrowingAllocator& heap) : text_(text), writer_(text, &heap) {}
 
     /// False if the table contains itself, or memory ran out for the walk.
     bool Save(ITable& root) {
@@ -58,7 +57,8 @@ private:
     /// A walk that goes round in a circle passes again, sooner or later, the table that stands at the last power of two
     /// of its depth, so it is enough to look there.
     [[nodiscard]] bool Enter(ITable& table) {
-        if (!around_.Push(at_)) return false;
+        // Tables that are shared may make a text of any length: it is given up as soon as it is too long.
+        if (text_.GetSize() > UINT32_MAX || !around_.Push(at_)) return false;
         std::uint32_t depth = around_.Depth();
         if (around_[std::bit_floor(depth) - 1].table == &table) return false;
         at_ = {&table, table.First()};
@@ -68,8 +68,7 @@ private:
     bool Write(IIterator& entry) {
         std::uint32_t kind = entry.GetType();
         if (kind == VALUE_EMPTY || kind == VALUE_PTR || kind >= VALUE_HANDLE) return true;
-        cstr key = entry.GetKey();
-        writer_.Key(key, CstrLength(key));
+        WriteKey(entry.GetKey());
         switch (kind) {
         case VALUE_STRING:
             WriteString(entry.GetString());
@@ -103,13 +102,13 @@ private:
         return Enter(*table);
     }
 
+    /// The texts of a host's own table needn't be interned, so lengths are counted.
+    void WriteKey(const char* key) { writer_.Key(key, static_cast<rapidjson::SizeType>(std::strlen(key))); }
+
     /// The form has no null string.
-    void WriteString(cstr text) {
-        if (text == nullptr) {
-            writer_.String("", 0);
-        } else {
-            writer_.String(text, CstrLength(text));
-        }
+    void WriteString(const char* text) {
+        if (text == nullptr) text = "";
+        writer_.String(text, static_cast<rapidjson::SizeType>(std::strlen(text)));
     }
 
     /// The form has no text for a real that isn't finite.
@@ -132,6 +131,7 @@ private:
         writer_.EndArray();
     }
 
+    Text& text_;
     Writer writer_;
     Place at_{nullptr, nullptr};
     WalkStack<Place> around_; // the tables that this one is in, the outermost below, and below it no table

@@ -17,6 +17,7 @@
 #include "core/table_lifecycle.h"
 #include "documents/walk_stack.h"
 #include "documents/whole_file.h"
+#include "platform/nearest_rounding.h"
 #include "platform/number_text.h"
 #include "tessarin/documents.h"
 
@@ -264,6 +265,7 @@ ReadableReader::Number ReadableReader::Classify(Run value) {
 } // namespace
 
 bool ReadReadable(Table& root, char* text, std::uint32_t size) {
+    const NearestRounding rounding;
     BlankComments(text, size);
     return ReadableReader(text, text + size + 1).Read(root);
 }

@@ -11,8 +11,9 @@
 
 #include "platform/number_text.h"
 
+#include "platform/nearest_rounding.h"
+
 #include <algorithm>
-#include <cfenv>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -114,22 +115,6 @@ std::int64_t ReadExponent(const char* first, const char* last, char mark) {
     }
     return negative ? -exponent : exponent;
 }
-
-/// Has from_chars round to nearest, whatever the host has set: its short way for short numbers calculates in doubles.
-class NearestRounding {
-public:
-    NearestRounding() : host_(std::fegetround()) {
-        if (host_ != FE_TONEAREST) std::fesetround(FE_TONEAREST);
-    }
-    ~NearestRounding() {
-        if (host_ != FE_TONEAREST) std::fesetround(host_);
-    }
-    NearestRounding(const NearestRounding&) = delete;
-    NearestRounding& operator=(const NearestRounding&) = delete;
-
-private:
-    int host_;
-};
 
 /// The double nearest to the numeral times the notation's exponent base to the `exponent`.
 double Round(const Numeral& numeral, std::int64_t exponent, const Notation& notation, double out_of_range) {

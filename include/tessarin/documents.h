@@ -87,9 +87,10 @@ TESSARIN_API Tessarin::IWrite* CreateWriteFile(const char* path);
 /// nested `{ ... }`; comments run from `--` to the line's end or from `--[[` to the next `--`. Vector components that
 /// are missing are 0. Numbers out of range: an integer keeps the low 32 bits of its value held to 64 bits, a real
 /// goes to infinity or zero. Nested tables are unknown to ValidateTable. A text longer than an interned string may
-/// be is not stored. Depth is limited by memory alone.
-/// returns  a root table, the caller's, ended with CloseTable; null if the file can't be read, memory runs out, a key
-///          has no value, a quote is open, or a block stands under a key that has a value already
+/// be is not stored: a new entry stays empty, an old one what it was. Depth is limited by memory alone.
+/// returns  a root table, the caller's, ended with CloseTable; null if the file can't be read, a key has no value, a
+///          quote is open, a block stands under a key that has a value already, or memory runs out for the text or for
+///          a block. A value for which memory runs out is missing from the table.
 TESSARIN_API Tessarin::ITable* OpenTableReadableFile(const char* path);
 
 /// Loads a JSON document from a file; an empty file is an empty table. Otherwise as OpenTableBuffer.
@@ -110,7 +111,9 @@ TESSARIN_API Tessarin::ITable* OpenTableFile(const char* path);
 /// A text that is not valid, or whose root is no object, is an empty table, with success. Depth is limited by memory
 /// alone.
 /// size     bytes of `data`; 0 answers null, as a null `data` does
-/// returns  a root table, the caller's, ended with CloseTable; null when memory runs out
+/// returns  a root table, the caller's, ended with CloseTable; null when memory runs out for the text or the parser. A
+///          member for which memory runs out is missing from the table; a string too long to be interned leaves a new
+///          entry empty.
 TESSARIN_API Tessarin::ITable* OpenTableBuffer(const void* data, std::uint32_t size);
 
 } // extern "C"

@@ -5,9 +5,7 @@ root=$(mktemp -d)
 trap 'rm -rf "$root"' EXIT
 cmake --install "$1" --prefix "$root/prefix" >/dev/null
 pc=$(dirname "$(find "$root/prefix" -name tessarin.pc)")
-# The file names the prefix that the build was configured for; a staged install overrides it.
-sed -i "s|^prefix=.*|prefix=$root/prefix|; s|^libdir=.*|libdir=$(dirname "$pc")|; s|^includedir=.*|includedir=$root/prefix/include|" "$pc/tessarin.pc"
-PKG_CONFIG_PATH=$pc cmake -S "$2/tests/abi/consumer" -B "$root/build" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
+PKG_CONFIG_PATH=$pc cmake -G Ninja -S "$2/tests/abi/consumer" -B "$root/build" -DCMAKE_PREFIX_PATH="$root/prefix" >/dev/null
 cmake --build "$root/build" >/dev/null
 "$root/build/by_package"
 LD_LIBRARY_PATH=$(dirname "$pc") "$root/build/by_pkg_config"
