@@ -7,6 +7,9 @@
 
 namespace Tessarin {
 
+/// Null counts as empty.
+constexpr bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
+
 /// `A` to `Z` become `a` to `z`; every other byte stays, whatever the locale says of it.
 constexpr char LowerCase(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;

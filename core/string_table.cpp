@@ -65,9 +65,7 @@ StringTable::~StringTable() {
 
 cstr StringTable::Intern(const char* text, std::size_t length) { return InternAs<AsItIs>(text, length); }
 
-cstr StringTable::InternLowerCase(const char* text) {
-    return text == nullptr ? nullptr : InternAs<InLowerCase>(text, std::strlen(text));
-}
+cstr StringTable::InternLowerCase(const char* text, std::size_t length) { return InternAs<InLowerCase>(text, length); }
 
 cstr StringTable::InternPath(const char* path) {
     if (path == nullptr) return nullptr;

@@ -34,9 +34,12 @@ public:
 
     // All of these answer null for a null or overlong text, and when memory runs out.
     cstr Intern(const char* text) { return text == nullptr ? nullptr : Intern(text, std::strlen(text)); }
-    /// REQUIRES: no NUL among the bytes
+    /// REQUIRES, here and below: no NUL among the bytes
     cstr Intern(const char* text, std::size_t length);
-    cstr InternLowerCase(const char* text);
+    cstr InternLowerCase(const char* text) {
+        return text == nullptr ? nullptr : InternLowerCase(text, std::strlen(text));
+    }
+    cstr InternLowerCase(const char* text, std::size_t length);
     cstr InternPath(const char* path);
 
     /// The text if it is interned already, else null.

@@ -4,6 +4,7 @@
 
 #include "documents/file_io.h"
 
+#include "core/string_forms.h"
 #include "documents/stream.h"
 #include "platform/host_path.h"
 
@@ -13,8 +14,6 @@ namespace Tessarin {
 namespace {
 
 constexpr std::int32_t kModeRead = 0, kModeWrite = 1;
-
-bool IsEmpty(const char* path) { return path == nullptr || *path == '\0'; }
 
 std::FILE* OpenToRead(const char* path, const char* mode) {
     std::FILE* stream = std::fopen(path, mode);

@@ -10,10 +10,10 @@
 
 #include "containers/hash_map.h"
 #include "core/library_state.h"
+#include "core/list.h"
 #include "core/table.h"
 #include "core/table_lifecycle.h"
 #include "documents/json_raw_strings.h"
-#include "documents/walk_stack.h"
 #include "documents/whole_file.h"
 #include "platform/nearest_rounding.h"
 #include "tessarin/documents.h"
@@ -48,7 +48,7 @@ class JsonFiller {
 public:
     explicit JsonFiller(Table& root) : root_(root) {}
     ~JsonFiller() {
-        for (; open_.Depth() != 0; open_.Pop()) DropFirsts();
+        for (; !open_.IsEmpty(); open_.Pop()) DropFirsts();
     }
     JsonFiller(const JsonFiller&) = delete;
     JsonFiller& operator=(const JsonFiller&) = delete;
@@ -130,7 +130,7 @@ private:
     [[nodiscard]] std::uintptr_t MapKey() const { return reinterpret_cast<std::uintptr_t>(key_); }
 
     Table& root_;
-    WalkStack<OpenObject> open_;
+    List<OpenObject> open_;
     cstr key_ = nullptr;        // of the member at hand; null if it is to be dropped
     std::uint32_t ignored_ = 0; // arrays and objects that are open in one that isn't stored, that one included
     bool in_array_ = false;     // the elements of an array that is a member
@@ -141,7 +141,7 @@ private:
 
 /// `null`, `false` or `true`. A root that is no object ends the parse, here as below.
 bool JsonFiller::Word(std::int32_t word) {
-    if (open_.Depth() == 0) return false;
+    if (open_.IsEmpty()) return false;
     if (!IsMember(static_cast<float>(word))) return true;
     Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_INTEGER)) return true;
@@ -151,14 +151,14 @@ bool JsonFiller::Word(std::int32_t word) {
 }
 
 bool JsonFiller::Integer(std::int64_t value, double as_real) {
-    if (open_.Depth() == 0) return false;
+    if (open_.IsEmpty()) return false;
     if (!IsMember(static_cast<float>(as_real))) return true;
     if (Pair* pair = EntryOfNumber()) pair->SetInteger(static_cast<std::int32_t>(value));
     return true;
 }
 
 bool JsonFiller::Double(double value) {
-    if (open_.Depth() == 0) return false;
+    if (open_.IsEmpty()) return false;
     if (!IsMember(static_cast<float>(value))) return true;
     if (Pair* pair = EntryOfNumber()) pair->SetReal(static_cast<float>(value));
     return true;
@@ -176,7 +176,7 @@ Pair* JsonFiller::EntryOfNumber() {
 }
 
 bool JsonFiller::String(const char* text, Length length, bool) {
-    if (open_.Depth() == 0) return false;
+    if (open_.IsEmpty()) return false;
     if (!IsMember(0.0F)) return true;
     Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_STRING)) return true;
@@ -191,7 +191,7 @@ bool JsonFiller::Key(const char* text, Length length, bool) {
 }
 
 bool JsonFiller::StartObject() {
-    if (open_.Depth() == 0) return Open(root_);
+    if (open_.IsEmpty()) return Open(root_);
     if (!IsMember(0.0F)) {
         ++ignored_;
         return true;
@@ -224,7 +224,7 @@ bool JsonFiller::EndObject(Length) {
 }
 
 bool JsonFiller::StartArray() {
-    if (open_.Depth() == 0) return false;
+    if (open_.IsEmpty()) return false;
     if (!IsMember(0.0F)) {
         ++ignored_;
         return true;

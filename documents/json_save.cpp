@@ -1,10 +1,10 @@
 // A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces,
 // as an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
 
+#include "core/list.h"
 #include "core/table.h"
 #include "documents/file_objects.h"
 #include "documents/json_raw_strings.h"
-#include "documents/walk_stack.h"
 
 #include <bit>
 #include <cmath>
@@ -41,7 +41,7 @@ public:
                 continue;
             }
             writer_.EndObject();
-            if (around_.Depth() == 1) return true; // the place before the root is all that is left
+            if (around_.Count() == 1) return true; // the place before the root is all that is left
             at_ = around_.Top();
             around_.Pop();
         }
@@ -59,7 +59,7 @@ private:
     [[nodiscard]] bool Enter(ITable& table) {
         // Tables that are shared may make a text of any length: it is given up as soon as it is too long.
         if (text_.GetSize() > UINT32_MAX || !around_.Push(at_)) return false;
-        std::uint32_t depth = around_.Depth();
+        std::uint32_t depth = around_.Count();
         if (around_[std::bit_floor(depth) - 1].table == &table) return false;
         at_ = {&table, table.First()};
         return true;
@@ -134,7 +134,7 @@ private:
     Text& text_;
     Writer writer_;
     Place at_{nullptr, nullptr};
-    WalkStack<Place> around_; // the tables that this one is in, the outermost below, and below it no table
+    List<Place> around_; // the tables that this one is in, the outermost below, and below it no table
 };
 
 /// Writes the document and hands its bytes to `deliver`; false if there are none to hand over.

@@ -13,9 +13,9 @@
 #include "documents/readable_reader.h"
 
 #include "core/library_state.h"
+#include "core/list.h"
 #include "core/table.h"
 #include "core/table_lifecycle.h"
-#include "documents/walk_stack.h"
 #include "documents/whole_file.h"
 #include "platform/nearest_rounding.h"
 #include "platform/number_text.h"
@@ -88,7 +88,7 @@ public:
     bool Read(Table& root) {
         if (!open_.Push(&root)) return false;
         bool filled = ReadBlocks();
-        while (filled && open_.Depth() != 0) CloseBlock(); // a missing brace is no fault
+        while (filled && !open_.IsEmpty()) CloseBlock(); // a missing brace is no fault
         return filled;
     }
 
@@ -111,7 +111,7 @@ private:
 
     const char* position_;
     const char* end_;
-    WalkStack<Table*> open_; // the table being filled on top, those around it below
+    List<Table*> open_; // the table being filled on top, those around it below
 };
 
 bool ReadableReader::ReadBlocks() {
@@ -122,7 +122,7 @@ bool ReadableReader::ReadBlocks() {
         if (found == Key::kTextEnds) return true;
         if (found == Key::kBlockEnds) {
             CloseBlock();
-            if (open_.Depth() == 0) return true; // a brace too many ends the document
+            if (open_.IsEmpty()) return true; // a brace too many ends the document
             continue;
         }
         cstr name = library_state->strings.Intern(key.first, key.Length());

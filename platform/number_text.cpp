@@ -162,6 +162,15 @@ bool BeginsNumber(const char* first, const char* last) {
     return first != last && IsDecimalDigit(*first);
 }
 
+template <class Integer>
+IntegerText DecimalText(Integer number) {
+    IntegerText text;
+    char* end = std::to_chars(text.text, text.text + sizeof text.text - 1, number).ptr;
+    *end = '\0';
+    text.length = static_cast<std::uint32_t>(end - text.text);
+    return text;
+}
+
 } // namespace
 
 std::int32_t TextToInteger(const char* first, const char* last) {
@@ -180,6 +189,22 @@ double TextToReal(const char* first, const char* last) {
     if (!BeginsNumber(first, last)) return 0.0;
     const double magnitude = ReadMagnitude(first, last);
     return negative ? -magnitude : magnitude;
+}
+
+IntegerText IntegerToText(std::int32_t number) { return DecimalText(number); }
+
+IntegerText IntegerToText(std::uint32_t number) { return DecimalText(number); }
+
+RealText RealToText(float number) {
+    constexpr int kDecimals = 6;
+    RealText text;
+    // The largest float has 39 digits before the point, so there is room for any.
+    char* end =
+        std::to_chars(text.text, text.text + sizeof text.text - 1, double{number}, std::chars_format::fixed, kDecimals)
+            .ptr;
+    *end = '\0';
+    text.length = static_cast<std::uint32_t>(end - text.text);
+    return text;
 }
 
 } // namespace Tessarin

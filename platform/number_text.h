@@ -1,7 +1,7 @@
-/// Numbers from text, the same in every locale.
+/// Numbers from text and back, the same in every locale.
 ///
-/// A text is the bytes from `first` up to `last`; it ends sooner at the first byte that doesn't belong to the number,
-/// so a NUL ends it too. Nothing is allocated and nothing fails: what is no number is zero. Threads: any.
+/// A text to be read is the bytes from `first` up to `last`; it ends sooner at the first byte that doesn't belong to
+/// the number, so a NUL ends it too. Nothing is allocated and nothing fails: what is no number is zero. Threads: any.
 
 #ifndef TESSARIN_PLATFORM_NUMBER_TEXT_H
 #define TESSARIN_PLATFORM_NUMBER_TEXT_H
@@ -18,6 +18,23 @@ std::int32_t TextToInteger(const char* first, const char* last);
 /// a binary exponent, `inf`, `infinity` or `nan`, in either case. Rounded to nearest.
 /// returns  the value; infinity of the sign when it is too large, zero of the sign when it is too small
 double TextToReal(const char* first, const char* last);
+
+/// A number as text, ended with a NUL.
+template <std::uint32_t Room>
+struct NumberText {
+    char text[Room];
+    std::uint32_t length;
+};
+
+/// Decimal digits, with a minus sign where it is needed.
+using IntegerText = NumberText<12>;
+IntegerText IntegerToText(std::int32_t number);
+IntegerText IntegerToText(std::uint32_t number);
+
+/// Decimal digits with a point and six of them behind it, rounded to nearest; `inf` or `nan`, with a minus sign where
+/// it is set.
+using RealText = NumberText<48>;
+RealText RealToText(float number);
 
 } // namespace Tessarin
 

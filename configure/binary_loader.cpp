@@ -1,0 +1,246 @@
+// A file says in its header and its two lists of counts how much there is of everything, so all is made at once and
+// then filled in one pass over the body. The bytes are hostile: nothing that they say is believed before it is checked.
+//
+//  1. What is made takes no more than a fixed multiple of the file's size: the counts are first held against the bytes
+//     that the body would need for them.
+//  2. Every byte is read through a Cursor, which can't leave the file.
+//  3. A table's record has exactly its number of nodes and of keys, and a node's children lie within its table. So each
+//     node but the roots has one parent in front of it, and each key has a Unit.
+//  4. Tables are handed out in table order. An array's number must be the next in array order. So each table and each
+//     array but the root has one parent that comes before it: the result is a tree, however deep.
+//  5. All that was announced must have turned up at the end.
+
+#include "configure/binary_loader.h"
+
+#include "configure/default_tables.h"
+#include "configure/string_pool.h"
+
+namespace Configure {
+namespace {
+
+/// Reads forward, and fails rather than leave its bytes.
+class Cursor {
+public:
+    Cursor(const unsigned char* bytes, std::uint32_t size) : at_(bytes), end_(bytes + size) {}
+
+    [[nodiscard]] bool ReadByte(std::uint32_t& byte) {
+        if (at_ == end_) return false;
+        byte = *at_++;
+        return true;
+    }
+    [[nodiscard]] bool ReadWord(std::uint32_t& word) {
+        if (Left() < kWordSize) return false;
+        word = LoadWord(at_);
+        at_ += kWordSize;
+        return true;
+    }
+
+    /// A part of the bytes, which are then behind the cursor.
+    [[nodiscard]] bool Cut(std::uint64_t size, const unsigned char*& part) {
+        if (Left() < size) return false;
+        part = at_;
+        at_ += size;
+        return true;
+    }
+
+    [[nodiscard]] std::uint64_t Left() const { return static_cast<std::uint64_t>(end_ - at_); }
+
+private:
+    const unsigned char* at_;
+    const unsigned char* end_;
+};
+
+class BinaryLoader {
+public:
+    BinaryLoader(const unsigned char* bytes, std::uint32_t size, BinTree& tree) : cursor_(bytes, size), tree_(tree) {}
+
+    [[nodiscard]] bool Load() {
+        if (!ReadHeader() || !CutSections() || !MakeObjects()) return false;
+        PlaceTables();
+        if (!ReadBody()) return false;
+        for (BinTable& table : tree_.tables) WireDefault(table); // their lookups intern nothing, so they can't fail
+        return true;
+    }
+
+private:
+    enum Kind : unsigned char { kArray, kTable };
+
+    bool ReadHeader();
+    bool CutSections();
+    bool MakeObjects();
+    void PlaceTables();
+    bool ReadBody();
+    bool ReadTable(BinTable& table, std::uint32_t node_count);
+    bool ReadEntry(std::uint32_t word, BinTable::Unit& unit);
+    bool ReadArray(BinArray& array);
+    template <class Unit>
+    bool TakeValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit);
+
+    [[nodiscard]] std::uint32_t UnitCount(std::uint32_t table) const { return LoadWord(unit_counts_ + table * 4U); }
+    [[nodiscard]] std::uint32_t NodeCount(std::uint32_t table) const { return LoadWord(node_counts_ + table * 4U); }
+
+    Cursor cursor_;
+    BinTree& tree_;
+    FileHeader header_ = {};
+    const unsigned char* pool_ = nullptr;
+    const unsigned char* unit_counts_ = nullptr;
+    const unsigned char* node_counts_ = nullptr;
+    std::uint32_t unit_count_ = 0; // of all tables: what the header says may be more
+    StringPool strings_;
+    ObjectArray<Kind> kinds_;         // the containers in their order, as they are handed out
+    std::uint32_t tables_handed_ = 1; // the root is
+    std::uint32_t arrays_handed_ = 0;
+    std::uint32_t elements_used_ = 0;
+};
+
+bool BinaryLoader::ReadHeader() {
+    for (std::uint32_t* field : {&header_.magic, &header_.node_count, &header_.strings_size, &header_.table_count,
+                                 &header_.table_unit_count, &header_.array_count, &header_.array_unit_count}) {
+        if (!cursor_.ReadWord(*field)) return false;
+    }
+    return header_.magic == kMagic && header_.table_count != 0;
+}
+
+/// Finds the parts in front of the body, sums up the counts, and holds all numbers against what is left for the body.
+bool BinaryLoader::CutSections() {
+    const std::uint64_t counts_size = std::uint64_t{header_.table_count} * kWordSize;
+    if (!cursor_.Cut(header_.strings_size, pool_) || !cursor_.Cut(counts_size, unit_counts_) ||
+        !cursor_.Cut(counts_size, node_counts_)) {
+        return false;
+    }
+    std::uint64_t units = 0, nodes = 0;
+    for (std::uint32_t table = 0; table < header_.table_count; ++table) {
+        if (NodeCount(table) == 0) return false; // not even a root
+        units += UnitCount(table);
+        nodes += NodeCount(table);
+    }
+    if (nodes != header_.node_count || units > nodes || units > header_.table_unit_count) return false;
+    unit_count_ = static_cast<std::uint32_t>(units);
+    const std::uint64_t body_size = nodes * kWordSize + units * 2 * kWordSize +
+                                    std::uint64_t{header_.array_count} * kWordSize +
+                                    std::uint64_t{header_.array_unit_count} * kElementSize;
+    return body_size <= cursor_.Left();
+}
+
+bool BinaryLoader::MakeObjects() {
+    return tree_.nodes.Make(header_.node_count) && tree_.tables.Make(header_.table_count) &&
+           tree_.arrays.Make(header_.array_count) && tree_.table_units.Make(unit_count_) &&
+           tree_.array_units.Make(header_.array_unit_count) && kinds_.Make(header_.table_count + header_.array_count) &&
+           strings_.Read(pool_, header_.strings_size);
+}
+
+/// Gives each table its runs of nodes and Units.
+void BinaryLoader::PlaceTables() {
+    KeyNode* nodes = tree_.nodes.begin();
+    BinTable::Unit* units = tree_.table_units.begin();
+    for (std::uint32_t index = 0; index < header_.table_count; ++index) {
+        BinTable& table = tree_.tables[index];
+        table.count = UnitCount(index);
+        table.root_node = nodes;
+        table.units = units;
+        nodes += NodeCount(index);
+        units += table.count;
+    }
+}
+
+bool BinaryLoader::ReadBody() {
+    kinds_[0] = kTable;
+    std::uint32_t tables_read = 0, arrays_read = 0;
+    while (tables_read + arrays_read < tables_handed_ + arrays_handed_) {
+        if (kinds_[tables_read + arrays_read] == kTable) {
+            if (!ReadTable(tree_.tables[tables_read], NodeCount(tables_read))) return false;
+            ++tables_read;
+        } else if (!ReadArray(tree_.arrays[arrays_read++])) {
+            return false;
+        }
+    }
+    return tables_read == header_.table_count && arrays_read == header_.array_count &&
+           elements_used_ == header_.array_unit_count;
+}
+
+/// Children follow in the order of their parents. So `placed`, the first node without a parent, is where those of the
+/// next node begin, and a node must have got its parent before its turn comes.
+bool BinaryLoader::ReadTable(BinTable& table, std::uint32_t node_count) {
+    KeyNode* const end = table.root_node + node_count;
+    KeyNode* placed = table.root_node + 1;
+    BinTable::Unit* unit = table.units;
+    BinTable::Unit* const units_end = table.units + table.count;
+    // Marks a first child until it is read; only further ones have a byte to be compared with.
+    table.root_node->word = 1;
+    for (KeyNode* node = table.root_node; node != placed; ++node) {
+        std::uint32_t word;
+        if (!cursor_.ReadWord(word)) return false;
+        if (node->word == 0 && KeyByte(word) <= KeyByte(node[-1].word)) return false;
+        if (ChildCount(word) > static_cast<std::uint64_t>(end - placed)) return false;
+        if (ChildCount(word) != 0) placed->word = 1;
+        node->word = word;
+        node->children = placed;
+        placed += ChildCount(word);
+        if ((word & (kTerminalBit | kValueBits)) == 0) continue;
+        if (unit == units_end || !ReadEntry(word, *unit)) return false;
+        node->unit = unit++;
+    }
+    return placed == end && unit == units_end;
+}
+
+/// A node with value bits that isn't terminal is refused here.
+bool BinaryLoader::ReadEntry(std::uint32_t word, BinTable::Unit& unit) {
+    std::uint32_t key, value;
+    if ((word & kTerminalBit) == 0 || !cursor_.ReadWord(key) || !cursor_.ReadWord(value)) return false;
+    unit.key = strings_.At(key);
+    return unit.key != nullptr && TakeValue((word & kValueBits) >> kValueShift, value, unit.key, unit);
+}
+
+bool BinaryLoader::ReadArray(BinArray& array) {
+    std::uint32_t count;
+    if (!cursor_.ReadWord(count) || count > header_.array_unit_count - elements_used_) return false;
+    array.count = count;
+    array.units = tree_.array_units.begin() + elements_used_;
+    elements_used_ += count;
+    for (BinArray::Unit *unit = array.units, *end = unit + count; unit != end; ++unit) {
+        std::uint32_t type, value;
+        if (!cursor_.ReadByte(type) || !cursor_.ReadWord(value) || !TakeValue(type, value, nullptr, *unit))
+            return false;
+    }
+    return true;
+}
+
+/// A table's number in the file isn't used: which table comes next is plain from the order.
+template <class Unit>
+bool BinaryLoader::TakeValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit) {
+    const std::uint32_t handed = tables_handed_ + arrays_handed_;
+    switch (type) {
+    case kScalarBit >> kValueShift:
+        unit.kind = KIND_STRING;
+        unit.value.text = strings_.At(value);
+        return unit.value.text != nullptr;
+    case kTableBit >> kValueShift: {
+        if (tables_handed_ == header_.table_count) return false;
+        BinTable& table = tree_.tables[tables_handed_++];
+        table.name = name;
+        unit.kind = KIND_TABLE;
+        unit.value.table = &table;
+        kinds_[handed] = kTable;
+        return true;
+    }
+    case kArrayBit >> kValueShift: {
+        if (arrays_handed_ == header_.array_count || value != arrays_handed_) return false;
+        BinArray& array = tree_.arrays[arrays_handed_++];
+        array.name = name;
+        unit.kind = KIND_ARRAY;
+        unit.value.array = &array;
+        kinds_[handed] = kArray;
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+} // namespace
+
+bool LoadBinary(const unsigned char* bytes, std::uint32_t size, BinTree& tree) {
+    return BinaryLoader(bytes, size, tree).Load();
+}
+
+} // namespace Configure

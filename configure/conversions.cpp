@@ -1,0 +1,38 @@
+#include "configure/conversions.h"
+
+#include "core/string_forms.h"
+#include "core/string_table.h"
+#include "platform/number_text.h"
+
+namespace Configure {
+namespace {
+
+using Tessarin::CstrLength;
+
+/// Whether the text is `word`, which is in lower case, in any case.
+bool IsWord(cstr text, const char* word) {
+    while (*word != '\0' && Tessarin::LowerCase(*text) == *word) ++text, ++word;
+    return *word == '\0' && *text == '\0';
+}
+
+} // namespace
+
+std::int32_t IntegerOf(cstr text) {
+    return text == nullptr ? 0 : Tessarin::TextToInteger(text, text + CstrLength(text));
+}
+
+float FloatOf(cstr text) {
+    return text == nullptr ? 0.0F : static_cast<float>(Tessarin::TextToReal(text, text + CstrLength(text)));
+}
+
+bool BoolOf(cstr text) { return text != nullptr && !IsWord(text, "0") && !IsWord(text, "false"); }
+
+Interval IntervalOf(cstr text) {
+    Interval interval;
+    if (text != nullptr) static_cast<void>(interval.Load(text, CstrLength(text)));
+    return interval;
+}
+
+bool HoldsInterval(cstr text) { return text != nullptr && Interval::CanToInterval(text, CstrLength(text)) != 0; }
+
+} // namespace Configure

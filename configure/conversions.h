@@ -1,0 +1,21 @@
+/// What the text of a value reads as. A null text reads as the zero of each.
+
+#ifndef TESSARIN_CONFIGURE_CONVERSIONS_H
+#define TESSARIN_CONFIGURE_CONVERSIONS_H
+
+#include "tessarin/interval.h"
+#include "tessarin/types.h"
+
+#include <cstdint>
+
+namespace Configure {
+
+[[nodiscard]] std::int32_t IntegerOf(cstr text);
+[[nodiscard]] float FloatOf(cstr text);
+[[nodiscard]] bool BoolOf(cstr text);
+[[nodiscard]] Interval IntervalOf(cstr text);
+[[nodiscard]] bool HoldsInterval(cstr text);
+
+} // namespace Configure
+
+#endif

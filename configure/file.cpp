@@ -1,0 +1,131 @@
+#include "configure/file.h"
+
+#include "configure/binary_format.h"
+#include "configure/binary_loader.h"
+#include "configure/binary_writer.h"
+#include "configure/text_edit_loader.h"
+#include "configure/text_read_loader.h"
+#include "configure/text_writer.h"
+#include "core/library_state.h"
+#include "core/string_forms.h"
+#include "documents/file_io.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <new>
+
+namespace Configure {
+namespace {
+
+/// A file's bytes, with the text form's end mark behind them; null if they can't be had.
+struct FileBytes {
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+
+    ~FileBytes() { std::free(bytes); }
+
+    bool Read(::IFileIO& fileio, const char* path) {
+        void* handle = fileio.Open(path, 0);
+        if (handle == nullptr) return false;
+        const bool read = ReadFrom(fileio, handle);
+        fileio.Close(handle);
+        return read;
+    }
+
+private:
+    bool ReadFrom(::IFileIO& fileio, void* handle) {
+        const std::int32_t its_size = fileio.GetSize(handle);
+        if (its_size < 0) return false;
+        size = static_cast<std::uint32_t>(its_size);
+        bytes = static_cast<char*>(std::malloc(std::size_t{size} + 1));
+        if (bytes == nullptr || fileio.Read(handle, bytes, size + 1, size) != size) return false;
+        bytes[size] = '\xFF';
+        return true;
+    }
+};
+
+std::uint32_t FormatOf(const FileBytes& file) {
+    const bool is_binary = file.size >= kHeaderSize && std::memcmp(file.bytes, "NIBx", 4) == 0;
+    return is_binary ? FORMAT_BINARY : FORMAT_TEXT;
+}
+
+} // namespace
+
+File* File::Create(::IFileIO* io) {
+    auto* file = new (std::nothrow) File;
+    if (file == nullptr) return nullptr;
+    file->owns_fileio_ = io == nullptr;
+    file->fileio_ = io != nullptr ? io : new (std::nothrow) Tessarin::FileIO;
+    if (file->fileio_ != nullptr) return file;
+    file->Release();
+    return nullptr;
+}
+
+File::~File() {
+    if (owns_fileio_) delete fileio_;
+}
+
+void File::Release() { delete this; }
+
+ITable* File::Load(const char* its_path, std::uint32_t its_access, std::uint32_t its_format) {
+    Reset();
+    FileBytes file;
+    if (Tessarin::IsEmpty(its_path) || !file.Read(*fileio_, its_path)) return nullptr;
+    if (its_format == FORMAT_AUTO) its_format = FormatOf(file);
+    ITable* root = LoadForm(file.bytes, file.size, its_access, its_format);
+    if (root == nullptr) {
+        Reset();
+        return nullptr;
+    }
+    const cstr interned = Tessarin::library_state->strings.Intern(its_path);
+    if (interned != nullptr) {
+        path_ = interned;
+        access_ = its_access;
+        format_ = its_format;
+    }
+    return root;
+}
+
+ITable* File::LoadForm(char* bytes, std::uint32_t size, std::uint32_t its_access, std::uint32_t its_format) {
+    bool loaded = false;
+    if (its_format == FORMAT_TEXT && its_access == ACCESS_READ) {
+        loaded = LoadTextForReading(bytes, size, text_);
+    } else if (its_format == FORMAT_TEXT && its_access == ACCESS_EDIT) {
+        loaded = LoadTextForEditing(bytes, size, edit_);
+    } else if (its_format == FORMAT_BINARY && its_access == ACCESS_READ) {
+        loaded = LoadBinary(reinterpret_cast<const unsigned char*>(bytes), size, binary_);
+    }
+    return loaded ? RootOf(its_access, its_format) : nullptr;
+}
+
+ITable* File::RootOf(std::uint32_t its_access, std::uint32_t its_format) {
+    if (its_format == FORMAT_BINARY) return binary_.tables.begin();
+    if (its_format != FORMAT_TEXT) return nullptr;
+    if (its_access == ACCESS_EDIT) return edit_.tables.first;
+    return its_access == ACCESS_READ ? text_.tables.begin() : nullptr;
+}
+
+bool File::Reset() {
+    edit_.Clear();
+    text_.Clear();
+    binary_.Clear();
+    access_ = 0;
+    format_ = 0;
+    return true;
+}
+
+ITable* File::GetRoot() { return RootOf(access_, format_); }
+
+bool File::Save() { return access_ == ACCESS_EDIT && WriteText(*fileio_, path_, GetRoot()); }
+
+bool File::SaveAs(const char* target, std::uint32_t its_format) {
+    if (Tessarin::IsEmpty(target)) return false;
+    if (its_format == FORMAT_BINARY) return WriteBinary(*fileio_, target, GetRoot());
+    return its_format == FORMAT_TEXT && WriteText(*fileio_, target, GetRoot());
+}
+
+bool File::Exists(const char* its_path) { return fileio_->Exists(its_path); }
+
+} // namespace Configure
+
+extern "C" Configure::IFile* CreateRLFile(IFileIO* io) { return Configure::File::Create(io); }

@@ -1,0 +1,225 @@
+/// What tables, arrays and Units answer alike in all three families, written once.
+///
+/// A family derives its final classes from these templates, with itself as the argument, and supplies the rest:
+///
+///   a Unit    kind, value, and key if it is a table's
+///   a table   default_table; Unit, its Units' type; Search(key), the table's own Unit of a key; KeyOf(text), what
+///   Search
+///             takes for a text, null if that can't be made; kKeepsLastColon, how it spells composite keys; iteration
+///   an array  UnitAt(position), null beyond the last; iteration
+///
+/// Whatever changes a tree is refused here, and overridden by the one family that can be changed.
+
+#ifndef TESSARIN_CONFIGURE_GETTER_CONTRACT_H
+#define TESSARIN_CONFIGURE_GETTER_CONTRACT_H
+
+#include "configure/conversions.h"
+#include "configure/key_spelling.h"
+#include "core/library_state.h"
+#include "core/string_forms.h"
+#include "tessarin/configure_interface.h"
+
+#include <cstdarg>
+#include <cstdint>
+
+namespace Configure {
+
+/// Read by the Unit's kind; null for KIND_NONE.
+union UnitValue {
+    cstr text; // interned; null for a key that the file ends without a value
+    IArray* array;
+    ITable* table;
+};
+
+template <class Self>
+class UnitContract : public IIterator {
+public:
+    std::uint32_t GetType() final { return self().kind; }
+    cstr GetKey() final {
+        if constexpr (requires(Self & unit) { unit.key; }) return self().key;
+        return nullptr;
+    }
+    bool IsInteger() final { return Is(KIND_STRING); }
+    bool IsFloat() final { return Is(KIND_STRING); }
+    bool IsString() final { return Is(KIND_STRING); }
+    bool IsBool() final { return Is(KIND_STRING); }
+    bool IsArray() final { return Is(KIND_ARRAY); }
+    bool IsTable() final { return Is(KIND_TABLE); }
+    bool IsInterval() final { return HoldsInterval(GetString()); }
+    std::int32_t GetInteger() final { return IntegerOf(GetString()); }
+    float GetFloat() final { return FloatOf(GetString()); }
+    cstr GetString() final { return Is(KIND_STRING) ? self().value.text : nullptr; }
+    bool GetBool() final { return BoolOf(GetString()); }
+    IArray* GetArray() final { return Is(KIND_ARRAY) ? self().value.array : nullptr; }
+    ITable* GetTable() final { return Is(KIND_TABLE) ? self().value.table : nullptr; }
+    Interval GetInterval() final { return IntervalOf(GetString()); }
+
+    bool SetKey(const char*) override { return false; }
+    bool SetInteger(std::int32_t) override { return false; }
+    bool SetFloat(float) override { return false; }
+    bool SetString(const char*) override { return false; }
+
+private:
+    [[nodiscard]] bool Is(std::uint32_t kind) { return self().kind == kind; }
+    Self& self() { return static_cast<Self&>(*this); }
+};
+
+// What a getter does with the Unit that it has found, or with none. The Unit's type is its own, so that the compiler
+// sees through its virtual operations.
+
+template <class Unit>
+std::int32_t ReadInteger(Unit* unit, std::int32_t fallback) {
+    return unit != nullptr && unit->IsInteger() ? unit->GetInteger() : fallback;
+}
+template <class Unit>
+float ReadFloat(Unit* unit, float fallback) {
+    return unit != nullptr && unit->IsFloat() ? unit->GetFloat() : fallback;
+}
+template <class Unit>
+cstr ReadString(Unit* unit) {
+    return unit != nullptr ? unit->GetString() : nullptr;
+}
+template <class Unit>
+bool ReadBool(Unit* unit) {
+    return unit != nullptr && unit->GetBool();
+}
+template <class Unit>
+IArray* ReadArray(Unit* unit) {
+    return unit != nullptr ? unit->GetArray() : nullptr;
+}
+template <class Unit>
+ITable* ReadTable(Unit* unit) {
+    return unit != nullptr ? unit->GetTable() : nullptr;
+}
+template <class Unit>
+Interval ReadInterval(Unit* unit) {
+    return unit != nullptr ? unit->GetInterval() : Interval();
+}
+
+template <class Self>
+class TableContract : public ITable {
+public:
+    IIterator* Find(const char* key) final { return Own(TextKey(key)); }
+    IIterator* Find(std::uint32_t key) final { return Own(Self::KeyOf(Tessarin::IntegerToText(key).text)); }
+    IIterator* FindPath(const char* path) final {
+        return Own(Tessarin::IsEmpty(path) ? nullptr : Tessarin::library_state->strings.InternPath(path));
+    }
+
+    std::int32_t GetInteger(const char* key, std::int32_t fallback) final { return ReadInteger(Seek(key), fallback); }
+    std::int32_t GetInteger(std::uint32_t key, std::int32_t fallback) final { return ReadInteger(Seek(key), fallback); }
+    float GetFloat(const char* key, float fallback) final { return ReadFloat(Seek(key), fallback); }
+    float GetFloat(std::uint32_t key, float fallback) final { return ReadFloat(Seek(key), fallback); }
+    cstr GetString(const char* key) final { return ReadString(Seek(key)); }
+    cstr GetString(std::uint32_t key) final { return ReadString(Seek(key)); }
+    bool GetBool(const char* key) final { return ReadBool(Seek(key)); }
+    bool GetBool(std::uint32_t key) final { return ReadBool(Seek(key)); }
+    IArray* GetArray(const char* key) final { return ReadArray(Seek(key)); }
+    IArray* GetArray(std::uint32_t key) final { return ReadArray(Seek(key)); }
+    ITable* GetTable(const char* key) final { return ReadTable(Seek(key)); }
+    ITable* GetTable(std::uint32_t key) final { return ReadTable(Seek(key)); }
+    Interval GetInterval(const char* key) final { return ReadInterval(Seek(key)); }
+    Interval GetInterval(std::uint32_t key) final { return ReadInterval(Seek(key)); }
+
+    IIterator* FindFormat(const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        const CompositeKey key(format, arguments, Self::kKeepsLastColon);
+        va_end(arguments);
+        return Own(Self::KeyOf(key.Text()));
+    }
+    std::int32_t GetIntegerFormat(std::int32_t fallback, const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        auto* unit = Seek(format, arguments);
+        va_end(arguments);
+        return ReadInteger(unit, fallback);
+    }
+    float GetFloatFormat(float fallback, const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        auto* unit = Seek(format, arguments);
+        va_end(arguments);
+        return ReadFloat(unit, fallback);
+    }
+    cstr GetStringFormat(const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        auto* unit = Seek(format, arguments);
+        va_end(arguments);
+        return ReadString(unit);
+    }
+    bool GetBoolFormat(const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        auto* unit = Seek(format, arguments);
+        va_end(arguments);
+        return ReadBool(unit);
+    }
+    IArray* GetArrayFormat(const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        auto* unit = Seek(format, arguments);
+        va_end(arguments);
+        return ReadArray(unit);
+    }
+    ITable* GetTableFormat(const char* format, ...) final {
+        std::va_list arguments;
+        va_start(arguments, format);
+        auto* unit = Seek(format, arguments);
+        va_end(arguments);
+        return ReadTable(unit);
+    }
+
+    IIterator* Remove(IIterator*) override { return nullptr; }
+    IIterator* AddString(const char*, const char*) override { return nullptr; }
+    IIterator* AddArray(const char*) override { return nullptr; }
+    IIterator* AddTable(const char*) override { return nullptr; }
+
+private:
+    static const char* TextKey(const char* text) { return Tessarin::IsEmpty(text) ? nullptr : Self::KeyOf(text); }
+
+    auto* Own(const char* key) { return key == nullptr ? nullptr : self().Search(key); }
+
+    // The Unit that a getter reads: the table's own, else that of the table which serves as default. That one is asked
+    // as Find would, which finds nothing under an empty key, and passes the question on to nobody.
+    auto* OwnOrDefault(const char* key) {
+        auto* unit = Own(key);
+        if (unit != nullptr || self().default_table == nullptr || Tessarin::IsEmpty(key)) return unit;
+        return static_cast<Self*>(self().default_table)->Search(key);
+    }
+    auto* Seek(const char* key) { return OwnOrDefault(TextKey(key)); }
+    auto* Seek(std::uint32_t key) { return OwnOrDefault(Self::KeyOf(Tessarin::IntegerToText(key).text)); }
+    auto* Seek(const char* format, std::va_list arguments) {
+        return OwnOrDefault(Self::KeyOf(CompositeKey(format, arguments, Self::kKeepsLastColon).Text()));
+    }
+
+    Self& self() { return static_cast<Self&>(*this); }
+};
+
+template <class Self>
+class ArrayContract : public IArray {
+public:
+    std::int32_t GetInteger(std::uint32_t position, std::int32_t fallback) final {
+        return ReadInteger(self().UnitAt(position), fallback);
+    }
+    float GetFloat(std::uint32_t position, float fallback) final {
+        return ReadFloat(self().UnitAt(position), fallback);
+    }
+    cstr GetString(std::uint32_t position) final { return ReadString(self().UnitAt(position)); }
+    bool GetBool(std::uint32_t position) final { return ReadBool(self().UnitAt(position)); }
+    IArray* GetArray(std::uint32_t position) final { return ReadArray(self().UnitAt(position)); }
+    ITable* GetTable(std::uint32_t position) final { return ReadTable(self().UnitAt(position)); }
+    IIterator* At(std::uint32_t position) final { return self().UnitAt(position); }
+
+    IIterator* Remove(IIterator*) override { return nullptr; }
+    IIterator* AddString(std::uint32_t, const char*) override { return nullptr; }
+    IIterator* AddArray(std::uint32_t) override { return nullptr; }
+    IIterator* AddTable(std::uint32_t) override { return nullptr; }
+
+private:
+    Self& self() { return static_cast<Self&>(*this); }
+};
+
+} // namespace Configure
+
+#endif

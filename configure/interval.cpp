@@ -1,0 +1,221 @@
+#include "tessarin/interval.h"
+
+#include "platform/number_text.h"
+
+#include <atomic>
+#include <cstring>
+#include <ctime>
+#include <limits>
+#include <utility>
+
+namespace Configure {
+namespace {
+
+constexpr float kTolerance = 1.1920929e-7F;
+constexpr std::uint32_t kMostTokenBytes = 63;
+constexpr std::uint32_t kAllFlags =
+    INTERVAL_LOWER_REAL | INTERVAL_UPPER_REAL | INTERVAL_LOWER_OPEN | INTERVAL_UPPER_OPEN;
+
+bool IsWhite(char byte) { return byte == '\t' || byte == '\n' || byte == '\r' || byte == ' '; }
+
+std::uint32_t LengthOf(const char* text) {
+    const std::size_t length = std::strlen(text);
+    return length > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(length);
+}
+
+/// The first of either byte from `position` on.
+std::uint32_t NextOf(char one, char other, const char* text, std::uint32_t length, std::uint32_t position) {
+    while (position < length && text[position] != one && text[position] != other) ++position;
+    return position;
+}
+
+/// Towards zero, held to what an integer can be; 0 for a nan.
+std::int32_t Truncate(float value) {
+    constexpr float kBeyond = 2147483648.0F;
+    if (value >= kBeyond) return std::numeric_limits<std::int32_t>::max();
+    if (value < -kBeyond) return std::numeric_limits<std::int32_t>::min();
+    return value != value ? 0 : static_cast<std::int32_t>(value);
+}
+
+std::uint32_t Exchanged(std::uint32_t flags, std::uint32_t lower, std::uint32_t upper) {
+    const std::uint32_t rest = flags & ~(lower | upper);
+    return rest | ((flags & lower) != 0 ? upper : 0) | ((flags & upper) != 0 ? lower : 0);
+}
+
+/// The next number of the process's own sequence, whose state is the number itself. The clock starts it.
+std::uint32_t NextRandom() {
+    static std::atomic<std::uint64_t> state = 0; // the number, and above it whether there is one
+    constexpr std::uint64_t kStarted = std::uint64_t{1} << 32;
+    std::uint64_t last = state.load(std::memory_order_relaxed);
+    std::uint32_t next = 0;
+    do {
+        const std::uint32_t seed =
+            last == 0 ? static_cast<std::uint32_t>(std::time(nullptr)) : static_cast<std::uint32_t>(last);
+        next = seed * 214013U + 2531011U;
+    } while (!state.compare_exchange_weak(last, kStarted | next, std::memory_order_relaxed));
+    return next;
+}
+
+} // namespace
+
+Interval::Interval() : lower(0), upper(0), lower_int(0), upper_int(0), flags(0) {}
+
+Interval::~Interval() {} // NOLINT(modernize-use-equals-default): has a symbol of its own
+
+Interval& Interval::operator=(const Interval& other) {
+    if (this == &other) return *this;
+    lower = other.lower;
+    upper = other.upper;
+    lower_int = other.lower_int;
+    upper_int = other.upper_int;
+    flags = other.flags;
+    return *this;
+}
+
+void Interval::Reset() { *this = Interval(); }
+
+unsigned char Interval::Load(const char* text) { return text == nullptr ? 0 : Load(text, LengthOf(text)); }
+
+unsigned char Interval::Load(const char* text, std::uint32_t length) {
+    if (text == nullptr || _Load(text, length) == 0) return 0;
+    const float below_lower = lower - kTolerance;
+    if (below_lower > upper) {
+        std::swap(lower, upper);
+        std::swap(lower_int, upper_int);
+        flags = Exchanged(flags, INTERVAL_LOWER_REAL, INTERVAL_UPPER_REAL);
+        flags = Exchanged(flags, INTERVAL_LOWER_OPEN, INTERVAL_UPPER_OPEN);
+    }
+    return 1;
+}
+
+// The tests of a float are meant as they stand, in single precision: volatile, for processors that would carry the sums
+// in wider registers.
+unsigned char Interval::Hit(float value) const {
+    if ((flags & ~kAllFlags) != 0) return 0;
+    const float its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : static_cast<float>(lower_int);
+    const float its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : static_cast<float>(upper_int);
+    const volatile float above = value + kTolerance;
+    const volatile float below = value - kTolerance;
+    const bool over_lower = ((flags & INTERVAL_LOWER_OPEN) != 0 ? below : above) > its_lower;
+    const bool under_upper = its_upper > ((flags & INTERVAL_UPPER_OPEN) != 0 ? above : below);
+    return over_lower && under_upper ? 1 : 0;
+}
+
+unsigned char Interval::Hit(std::int32_t value) const {
+    if ((flags & ~kAllFlags) != 0) return 0;
+    const auto real = static_cast<float>(value);
+    const bool lower_is_real = (flags & INTERVAL_LOWER_REAL) != 0, upper_is_real = (flags & INTERVAL_UPPER_REAL) != 0;
+    const bool at_lower = lower_is_real ? real == lower : value == lower_int;
+    const bool at_upper = upper_is_real ? real == upper : value == upper_int;
+    const bool over_lower = lower_is_real ? real > lower : value > lower_int;
+    const bool under_upper = upper_is_real ? real < upper : value < upper_int;
+    const bool lower_holds = over_lower || (at_lower && (flags & INTERVAL_LOWER_OPEN) == 0);
+    const bool upper_holds = under_upper || (at_upper && (flags & INTERVAL_UPPER_OPEN) == 0);
+    return lower_holds && upper_holds ? 1 : 0;
+}
+
+std::int32_t Interval::Clamp(std::int32_t value) const {
+    const std::int32_t raised = value > lower_int ? value : lower_int;
+    return upper_int > raised ? raised : upper_int;
+}
+
+float Interval::Clamp(float value) const {
+    const float raised = value > lower ? value : lower;
+    return upper > raised ? raised : upper;
+}
+
+unsigned char Interval::To(std::int32_t& its_lower, std::int32_t& its_upper) const {
+    float real_lower = 0, real_upper = 0;
+    static_cast<void>(To(real_lower, real_upper));
+    its_lower = Truncate(real_lower);
+    its_upper = Truncate(real_upper);
+    return 1;
+}
+
+unsigned char Interval::To(float& its_lower, float& its_upper) const {
+    its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : static_cast<float>(lower_int);
+    its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : static_cast<float>(upper_int);
+    return 1;
+}
+
+float Interval::Random() const {
+    // Each step rounded to single precision, in this order.
+    const volatile float part = static_cast<float>(NextRandom() % 100) * 0.01F;
+    const volatile float width = upper - lower;
+    const volatile float above = part * width;
+    return above + lower;
+}
+
+unsigned char Interval::CanToInterval(const char* text) {
+    return text == nullptr ? 0 : _CanToInterval(text, LengthOf(text));
+}
+
+unsigned char Interval::CanToInterval(const char* text, std::uint32_t length) {
+    return text == nullptr ? 0 : _CanToInterval(text, length);
+}
+
+unsigned char Interval::_Load(const char* text, std::uint32_t length) {
+    Reset();
+    if (length == 0 || _CanToInterval(text, length) == 0) return 0;
+    const std::uint32_t open = _NextPosIsLeftBracket(text, length, 0);
+    const std::uint32_t close = _NextPosIsRightBracket(text, length, open + 1);
+    const std::uint32_t separator = _NextPosIsSeparator(text, close, open + 1);
+    std::int32_t lower_is_real = 0, upper_is_real = 0;
+    _GetValue(text + open + 1, separator - open - 1, lower, lower_int, lower_is_real);
+    _GetValue(text + separator + 1, close - separator - 1, upper, upper_int, upper_is_real);
+    if (lower_is_real != 0) flags |= INTERVAL_LOWER_REAL;
+    if (upper_is_real != 0) flags |= INTERVAL_UPPER_REAL;
+    if (text[open] == '(') flags |= INTERVAL_LOWER_OPEN;
+    if (text[close] == ')') flags |= INTERVAL_UPPER_OPEN;
+    return 1;
+}
+
+unsigned char Interval::_CanToInterval(const char* text, std::uint32_t length) {
+    const std::uint32_t open = _NextPosIsLeftBracket(text, length, 0);
+    if (open == length) return 0;
+    const std::uint32_t close = _NextPosIsRightBracket(text, length, open + 1);
+    return close < length && _NextPosIsSeparator(text, close, open + 1) < close ? 1 : 0;
+}
+
+void Interval::_GetValue(const char* text, std::uint32_t length, float& float_value, std::int32_t& int_value,
+                         std::int32_t& is_real) {
+    std::uint32_t start = 0;
+    while (start < length && IsWhite(text[start])) ++start;
+    // The first byte belongs to the token whatever it is, and is never asked for a point.
+    std::uint32_t end = start < length ? start + 1 : start;
+    is_real = 0;
+    for (; end < length && !IsWhite(text[end]); ++end) {
+        if (text[end] == '.') is_real = 1;
+    }
+    if (is_real != 0) {
+        float_value = _GetFloat(text, start, end);
+        int_value = Truncate(float_value);
+    } else {
+        int_value = _GetInteger(text, start, end);
+        float_value = static_cast<float>(int_value);
+    }
+}
+
+std::int32_t Interval::_GetInteger(const char* text, std::uint32_t start, std::uint32_t end) {
+    if (start >= end || end - start > kMostTokenBytes) return 0;
+    return Tessarin::TextToInteger(text + start, text + end);
+}
+
+float Interval::_GetFloat(const char* text, std::uint32_t start, std::uint32_t end) {
+    if (start >= end || end - start > kMostTokenBytes) return 0;
+    return static_cast<float>(Tessarin::TextToReal(text + start, text + end));
+}
+
+std::uint32_t Interval::_NextPosIsLeftBracket(const char* text, std::uint32_t length, std::uint32_t position) {
+    return NextOf('(', '[', text, length, position);
+}
+
+std::uint32_t Interval::_NextPosIsRightBracket(const char* text, std::uint32_t length, std::uint32_t position) {
+    return NextOf(')', ']', text, length, position);
+}
+
+std::uint32_t Interval::_NextPosIsSeparator(const char* text, std::uint32_t length, std::uint32_t position) {
+    return NextOf(',', ',', text, length, position);
+}
+
+} // namespace Configure

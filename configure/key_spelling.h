@@ -1,0 +1,37 @@
+/// Keys that aren't given as text, spelled on the caller's stack.
+
+#ifndef TESSARIN_CONFIGURE_KEY_SPELLING_H
+#define TESSARIN_CONFIGURE_KEY_SPELLING_H
+
+#include "core/format_key.h"
+#include "platform/number_text.h"
+
+#include <cstdarg>
+#include <cstddef>
+#include <cstdint>
+
+namespace Configure {
+
+/// Room for a key with its terminator.
+inline constexpr std::size_t kKeyRoom = Tessarin::kFormatKeyRoom;
+
+/// A composite key: a piece for each letter of the format, each with a `:` behind it.
+class CompositeKey {
+public:
+    /// `format` may be null, which gives no key. `keep_last_colon` leaves the `:` behind the last piece in place.
+    CompositeKey(const char* format, std::va_list arguments, bool keep_last_colon);
+
+    /// Null if the key couldn't be built: another letter than `i`, `s` and `p`, a null text, or no room.
+    [[nodiscard]] const char* Text() const { return built_ ? text_ : nullptr; }
+
+private:
+    bool PutPiece(const char* piece, std::size_t piece_length);
+
+    char text_[kKeyRoom];
+    std::size_t length_ = 0;
+    bool built_;
+};
+
+} // namespace Configure
+
+#endif

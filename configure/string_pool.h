@@ -1,0 +1,84 @@
+/// The pool of texts in a binary form, from both sides.
+
+#ifndef TESSARIN_CONFIGURE_STRING_POOL_H
+#define TESSARIN_CONFIGURE_STRING_POOL_H
+
+#include "configure/byte_buffer.h"
+#include "configure/object_array.h"
+#include "tessarin/types.h"
+
+#include <bit>
+#include <cstdint>
+
+namespace Configure {
+
+/// A file's pool, interned. Each text is interned once however many name it, so a load costs the file's size whatever
+/// its offsets are.
+class StringPool {
+public:
+    /// Interns the texts in their order. Bytes at the end that no NUL ends are no text. False if one can't be interned
+    /// or memory runs out. The bytes aren't needed any more.
+    [[nodiscard]] bool Read(const unsigned char* bytes, std::uint32_t size);
+
+    /// The text that starts at an offset; null if none starts there.
+    [[nodiscard]] cstr At(std::uint32_t offset) const {
+        if (offset >= size_) return nullptr;
+        const Stretch& stretch = stretches_[offset / kStretch];
+        const std::uint64_t start = std::uint64_t{1} << offset % kStretch;
+        if ((stretch.starts & start) == 0) return nullptr;
+        return texts_[stretch.texts_before + static_cast<std::uint32_t>(std::popcount(stretch.starts & (start - 1)))];
+    }
+
+private:
+    static constexpr std::uint32_t kStretch = 64;
+
+    // So many bytes of the pool, with a bit for each at which a text starts.
+    struct Stretch {
+        std::uint64_t starts = 0;
+        std::uint32_t texts_before = 0;
+    };
+
+    bool FindStarts(const unsigned char* bytes);
+
+    std::uint32_t size_ = 0;
+    ObjectArray<Stretch> stretches_;
+    ObjectArray<cstr> texts_;
+};
+
+/// A pool in the making: each text once, by its first use.
+class PoolBuilder {
+public:
+    static constexpr std::uint32_t kNoOffset = UINT32_MAX;
+
+    PoolBuilder() = default;
+    ~PoolBuilder() { std::free(slots_); }
+    PoolBuilder(const PoolBuilder&) = delete;
+    PoolBuilder& operator=(const PoolBuilder&) = delete;
+
+    /// The offset of a text, added if need be. Equal texts have equal addresses, so only addresses are compared. A null
+    /// text counts as an empty one. kNoOffset if memory runs out or the pool would be too large.
+    /// REQUIRES: the text is interned
+    [[nodiscard]] std::uint32_t OffsetOf(cstr text);
+
+    [[nodiscard]] std::uint32_t Size() const { return bytes_.Size(); }
+    [[nodiscard]] const unsigned char* Bytes() const { return bytes_.Bytes(); }
+
+private:
+    // The index, by open addressing, at most half full; a null text is a free slot.
+    struct Slot {
+        cstr text;
+        std::uint32_t offset;
+    };
+
+    [[nodiscard]] Slot* Find(cstr text) const;
+    bool Grow();
+
+    ByteBuffer bytes_;
+    Slot* slots_ = nullptr;
+    std::uint32_t slot_bits_ = 0; // 2^slot_bits_ slots, none for 0
+    std::uint32_t count_ = 0;
+};
+
+} // namespace Configure
+
+#endif

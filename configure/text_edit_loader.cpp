@@ -1,0 +1,94 @@
+// One walk. Containers are made when their block is found, and the chains keep them in that order, which is the order
+// in which their bodies are walked: the next table to fill is the one behind the last that was filled.
+
+#include "configure/text_edit_loader.h"
+
+#include "configure/default_tables.h"
+#include "configure/text_scanner.h"
+
+namespace Configure {
+namespace {
+
+class Builder {
+public:
+    static constexpr bool kTakesTexts = true;
+
+    explicit Builder(EditTree& tree) : tree_(tree) {}
+
+    bool BeginTable() {
+        array_ = nullptr;
+        table_ = last_table_ = last_table_ == nullptr ? tree_.tables.first : last_table_->next;
+        return true;
+    }
+
+    bool BeginArray() {
+        table_ = nullptr;
+        array_ = last_array_ = last_array_ == nullptr ? tree_.arrays.first : last_array_->next;
+        return true;
+    }
+
+    bool BeginEntry(cstr key) {
+        TxtTableWriter::Unit* unit = table_->NewUnit(KIND_STRING, {nullptr});
+        if (unit != nullptr) unit->key = key;
+        name_ = key;
+        return Began(unit);
+    }
+
+    bool BeginElement() {
+        name_ = nullptr;
+        return Began(array_->NewUnit(KIND_STRING, {nullptr}));
+    }
+
+    bool TakeText(cstr text) {
+        value_->text = text;
+        return text != nullptr;
+    }
+
+    bool TakeBlock(bool is_table) { return is_table ? Take(tree_.tables) : Take(tree_.arrays); }
+
+private:
+    template <class Unit>
+    bool Began(Unit* unit) {
+        if (unit == nullptr) return false;
+        kind_ = &unit->kind;
+        value_ = &unit->value;
+        return true;
+    }
+
+    template <class Container>
+    bool Take(Chain<Container>& chain) {
+        Container* child = Chain<Container>::Make(tree_, name_);
+        if (child == nullptr) return false;
+        chain.Append(child);
+        *kind_ = Container::kKind;
+        *value_ = child->AsValue();
+        return true;
+    }
+
+    EditTree& tree_;
+    TxtTableWriter* last_table_ = nullptr; // whose body was begun last
+    TxtArrayWriter* last_array_ = nullptr;
+
+    // The body at hand, one of them null, and its last Unit.
+    TxtTableWriter* table_ = nullptr;
+    TxtArrayWriter* array_ = nullptr;
+    cstr name_ = nullptr;
+    std::uint32_t* kind_ = nullptr;
+    UnitValue* value_ = nullptr;
+};
+
+} // namespace
+
+bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree) {
+    TextScanner scanner;
+    if (!scanner.Prepare(bytes, size)) return false;
+    TxtTableWriter* root = Chain<TxtTableWriter>::Make(tree, nullptr);
+    if (root == nullptr) return false;
+    tree.tables.Append(root);
+    Builder builder(tree);
+    if (!scanner.Walk(builder) || !ReadyToWire()) return false;
+    for (TxtTableWriter* table = root; table != nullptr; table = table->next) WireDefault(*table);
+    return true;
+}
+
+} // namespace Configure

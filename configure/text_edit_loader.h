@@ -1,0 +1,17 @@
+/// Loads a text form for editing.
+
+#ifndef TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
+#define TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
+
+#include "configure/text_writers.h"
+
+#include <cstdint>
+
+namespace Configure {
+
+/// Fills an empty tree. As LoadTextForReading.
+[[nodiscard]] bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree);
+
+} // namespace Configure
+
+#endif

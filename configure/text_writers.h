@@ -1,0 +1,178 @@
+/// The family of an edited file: single objects on the heap, joined by flat arrays of pointers.
+
+#ifndef TESSARIN_CONFIGURE_TEXT_WRITERS_H
+#define TESSARIN_CONFIGURE_TEXT_WRITERS_H
+
+#include "configure/getter_contract.h"
+#include "containers/flat_array.h"
+
+#include <cstdint>
+#include <new>
+
+namespace Configure {
+
+struct EditTree;
+
+/// Tables, or arrays, in the order in which they came; owns them.
+template <class Container>
+struct Chain {
+    Container* first = nullptr;
+    Container** end = &first;
+
+    /// A new empty container, not yet in the chain; null if memory runs out.
+    static Container* Make(EditTree& tree, cstr name);
+    void Append(Container* container) {
+        *end = container;
+        end = &container->next;
+    }
+    void Clear();
+};
+
+/// A Unit that can be changed. Its kind never does, once it is loaded or added.
+template <class Self>
+struct EditedUnit : UnitContract<Self> {
+    std::uint32_t index = 0; // its place among its owner's Units
+    std::uint32_t kind = KIND_NONE;
+
+    bool SetInteger(std::int32_t number) final { return SetText(Tessarin::IntegerToText(number)); }
+    bool SetFloat(float number) final { return SetText(Tessarin::RealToText(number)); }
+    bool SetString(const char* text) final {
+        return kind == KIND_STRING && Take(Tessarin::library_state->strings.Intern(text));
+    }
+
+private:
+    template <class NumberText>
+    bool SetText(const NumberText& number) {
+        return kind == KIND_STRING && Take(Tessarin::library_state->strings.Intern(number.text, number.length));
+    }
+    bool Take(cstr text) {
+        if (text != nullptr) static_cast<Self&>(*this).value.text = text;
+        return text != nullptr;
+    }
+};
+
+/// The Units of a table or array, which has the fields `name` and `units`.
+template <class Self, class Contract>
+class EditedUnits : public Contract {
+public:
+    std::uint32_t GetCount() final { return self().units->count; }
+    cstr GetName() final { return self().name; }
+    IIterator* Begin() final { return UnitAt(0); }
+    IIterator* End() final { return nullptr; }
+    IIterator* Next(IIterator* unit) final { return UnitAt(static_cast<typename Self::Unit*>(unit)->index + 1); }
+    IIterator* Remove(IIterator* unit) final;
+
+    /// Null beyond the last.
+    auto* UnitAt(std::uint32_t position) {
+        using Unit = typename Self::Unit;
+        return position < self().units->count ? self().units->template Items<Unit*>()[position] : nullptr;
+    }
+
+    /// A new Unit at the end; null if memory runs out.
+    auto* NewUnit(std::uint32_t kind, UnitValue value) {
+        using Unit = typename Self::Unit;
+        Unit* unit = new (std::nothrow) Unit;
+        if (unit == nullptr) return unit;
+        unit->index = self().units->count;
+        unit->kind = kind;
+        unit->value = value;
+        if (!self().units->PushItem(unit)) {
+            delete unit;
+            unit = nullptr;
+        }
+        return unit;
+    }
+
+protected:
+    /// A new Unit that holds a new empty container of the chain's type; null, and nothing left behind, if memory runs
+    /// out.
+    template <class Child>
+    auto* NewChild(Chain<Child>& chain, cstr name);
+    void EndUnits();
+
+private:
+    Self& self() { return static_cast<Self&>(*this); }
+};
+
+/// Lookups scan the Units from the first on: the order is the file's, and keys may come twice.
+class TxtTableWriter final : public EditedUnits<TxtTableWriter, TableContract<TxtTableWriter>> {
+public:
+    static constexpr bool kKeepsLastColon = true;
+    static constexpr std::uint32_t kKind = KIND_TABLE;
+
+    struct Unit final : EditedUnit<Unit> {
+        cstr key = nullptr;
+        UnitValue value = {nullptr};
+
+        bool SetKey(const char* its_key) final;
+    };
+
+    TxtTableWriter(EditTree& its_tree, cstr its_name);
+    ~TxtTableWriter() override;
+
+    static cstr KeyOf(const char* text) { return Tessarin::library_state->strings.InternLowerCase(text); }
+    [[nodiscard]] Unit* Search(cstr key) const;
+
+    IIterator* AddString(const char* key, const char* value) final;
+    IIterator* AddArray(const char* key) final;
+    IIterator* AddTable(const char* key) final;
+
+    UnitValue AsValue() { return {.table = this}; }
+
+    cstr name;
+    ::farr* units; // Unit*, owned; null only if memory ran out as the table was made
+    ITable* default_table = nullptr;
+    EditTree& tree;
+    TxtTableWriter* next = nullptr; // in the tree's chain
+
+private:
+    /// The interned key of an entry to be added; null if it can't be had or the table has it.
+    [[nodiscard]] cstr NewKey(const char* key) const;
+    /// Gives a Unit, or none, its key.
+    static IIterator* Named(Unit* unit, cstr key);
+};
+
+class TxtArrayWriter final : public EditedUnits<TxtArrayWriter, ArrayContract<TxtArrayWriter>> {
+public:
+    static constexpr std::uint32_t kKind = KIND_ARRAY;
+
+    struct Unit final : EditedUnit<Unit> {
+        UnitValue value = {nullptr};
+    };
+
+    TxtArrayWriter(EditTree& its_tree, cstr its_name);
+    ~TxtArrayWriter();
+
+    IIterator* AddString(std::uint32_t reserved, const char* value) final;
+    IIterator* AddArray(std::uint32_t reserved) final;
+    IIterator* AddTable(std::uint32_t reserved) final;
+
+    UnitValue AsValue() { return {.array = this}; }
+
+    cstr name;
+    ::farr* units; // as in TxtTableWriter
+    EditTree& tree;
+    TxtArrayWriter* next = nullptr;
+};
+
+/// Owns all tables and arrays that a file was loaded into, and those added later, whether they can be reached from the
+/// root or not: one that is removed may still be another's default. So nothing ever points to one that is gone, and the
+/// tree ends without a walk, however deep it is.
+struct EditTree {
+    Chain<TxtTableWriter> tables; // the root first
+    Chain<TxtArrayWriter> arrays;
+
+    EditTree() = default;
+    ~EditTree() { Clear(); }
+    EditTree(const EditTree&) = delete;
+    EditTree& operator=(const EditTree&) = delete;
+
+    void Clear() {
+        tables.Clear();
+        arrays.Clear();
+    }
+};
+
+} // namespace Configure
+
+#endif

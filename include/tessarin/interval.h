@@ -1,0 +1,98 @@
+/// A numeric range as configuration files write it: `[1,5]`, `(0.5,2]`, `[0,100)`. C++ only.
+
+#ifndef TESSARIN_INTERVAL_H
+#define TESSARIN_INTERVAL_H
+
+#include "tessarin/types.h"
+
+#include <cstdint>
+
+namespace Configure {
+
+/// The marks in Interval::flags.
+enum IntervalFlags : std::uint32_t {
+    INTERVAL_LOWER_REAL = 1, ///< the lower bound was written with a `.` behind its first byte
+    INTERVAL_UPPER_REAL = 2,
+    INTERVAL_LOWER_OPEN = 4, ///< opened with `(`: the lower bound itself is outside
+    INTERVAL_UPPER_OPEN = 8  ///< closed with `)`
+};
+
+/// A range, used by value. Each bound is held as a float and as an integer: a bound that was written as a real has its
+/// truncation towards zero beside it (held to the range of 32 bits, 0 for a nan), an integer the float nearest to it.
+/// With all fields zero it is the empty value, `[0,0]`.
+///
+/// The text form is found anywhere in a text: the first `(` or `[`, behind it the first `)` or `]`, and between them
+/// the first `,`. Brackets may be mixed; what stands around them is ignored. A bound is what runs from its first byte
+/// that is no blank to the next blank; with a `.` anywhere but at its first byte it is a real, otherwise an integer,
+/// whose digits end at the first byte that is none. A bound of 64 bytes or more counts as 0, a missing one too. Numbers
+/// read alike in every locale.
+///
+/// Results of type `unsigned char` are 1 or 0.
+/// Threads: an object is one thread's at a time, or read by many; the static members may run on any thread.
+class TESSARIN_API Interval {
+public:
+    float lower;
+    float upper;
+    std::int32_t lower_int;
+    std::int32_t upper_int;
+    std::uint32_t flags; ///< IntervalFlags
+
+    /// The empty value.
+    Interval();
+    ~Interval();
+    Interval(const Interval& other) = default;
+    Interval& operator=(const Interval& other);
+
+    /// Back to the empty value.
+    void Reset();
+
+    /// Reads the first interval in a text and puts its bounds in order: reversed bounds change places with all that
+    /// belongs to them, their open marks too.
+    /// text     ends with a NUL; or has `length` bytes, of which all are read
+    /// returns  0 for a text without an interval, the object then empty, and for null, the object then unchanged
+    unsigned char Load(const char* text);
+    unsigned char Load(const char* text, std::uint32_t length);
+
+    /// Whether a number is inside. An integer is compared exactly with a bound that was written as one; a float within
+    /// 1.1920929e-7, which is lost in values above 2: a closed bound then doesn't take in its own value.
+    unsigned char Hit(std::int32_t value) const;
+    unsigned char Hit(float value) const;
+
+    /// The number, or the bound that it lies beyond. Open marks play no part: the result may be a bound that Hit
+    /// refuses.
+    std::int32_t Clamp(std::int32_t value) const;
+    float Clamp(float value) const;
+
+    /// Hands out the bounds as they were written. The integers pass through a float, which is exact up to 2^24; beyond
+    /// 32 bits they are held to that range. Always 1.
+    unsigned char To(std::int32_t& its_lower, std::int32_t& its_upper) const;
+    unsigned char To(float& its_lower, float& its_upper) const;
+
+    /// One of a hundred values: the lower bound and 99 even steps above it. The upper bound is never reached, open
+    /// marks play no part. All draws of a process come from one seed, which starts from the clock.
+    /// Threads: any; each draw gets a number of its own from the seed.
+    float Random() const;
+
+    /// Whether a text holds an interval, as Load finds it; 0 for null.
+    static unsigned char CanToInterval(const char* text);
+    static unsigned char CanToInterval(const char* text, std::uint32_t length);
+
+private:
+    /// Load without putting the bounds in order.
+    unsigned char _Load(const char* text, std::uint32_t length);
+    static unsigned char _CanToInterval(const char* text, std::uint32_t length);
+    /// Reads one bound.
+    static void _GetValue(const char* text, std::uint32_t length, float& float_value, std::int32_t& int_value,
+                          std::int32_t& is_real);
+    /// The number in the bytes from `start` up to `end`; 0 for none and for 64 or more.
+    static std::int32_t _GetInteger(const char* text, std::uint32_t start, std::uint32_t end);
+    static float _GetFloat(const char* text, std::uint32_t start, std::uint32_t end);
+    /// The first such byte at or behind `position`; `length` if there is none, `position` if it is not below `length`.
+    static std::uint32_t _NextPosIsLeftBracket(const char* text, std::uint32_t length, std::uint32_t position);
+    static std::uint32_t _NextPosIsRightBracket(const char* text, std::uint32_t length, std::uint32_t position);
+    static std::uint32_t _NextPosIsSeparator(const char* text, std::uint32_t length, std::uint32_t position);
+};
+
+} // namespace Configure
+
+#endif
