@@ -16,35 +16,27 @@ public:
     explicit Builder(EditTree& tree) : tree_(tree) {}
 
     bool BeginTable() {
-        array_ = nullptr;
         table_ = last_table_ = last_table_ == nullptr ? tree_.tables.first : last_table_->next;
         return true;
     }
 
     bool BeginArray() {
-        table_ = nullptr;
         array_ = last_array_ = last_array_ == nullptr ? tree_.arrays.first : last_array_->next;
         return true;
     }
 
-    bool BeginEntry(cstr key) {
+    bool BeginEntry() {
         TxtTableWriter::Unit* unit = table_->NewUnit(KIND_STRING, {nullptr});
-        if (unit != nullptr) unit->key = key;
-        name_ = key;
+        if (unit != nullptr) key_ = &unit->key;
         return Began(unit);
     }
 
-    bool BeginElement() {
-        name_ = nullptr;
-        return Began(array_->NewUnit(KIND_STRING, {nullptr}));
-    }
-
-    bool TakeText(cstr text) {
-        value_->text = text;
-        return text != nullptr;
-    }
+    bool BeginElement() { return Began(array_->NewUnit(KIND_STRING, {nullptr})); }
 
     bool TakeBlock(bool is_table) { return is_table ? Take(tree_.tables) : Take(tree_.arrays); }
+
+    [[nodiscard]] cstr* KeyPlace() const { return key_; }
+    [[nodiscard]] cstr* TextPlace() const { return &value_->text; }
 
 private:
     template <class Unit>
@@ -57,7 +49,7 @@ private:
 
     template <class Container>
     bool Take(Chain<Container>& chain) {
-        Container* child = Chain<Container>::Make(tree_, name_);
+        Container* child = Chain<Container>::Make(tree_, nullptr);
         if (child == nullptr) return false;
         chain.Append(child);
         *kind_ = Container::kKind;
@@ -69,13 +61,22 @@ private:
     TxtTableWriter* last_table_ = nullptr; // whose body was begun last
     TxtArrayWriter* last_array_ = nullptr;
 
-    // The body at hand, one of them null, and its last Unit.
+    // The body at hand, and its last Unit.
     TxtTableWriter* table_ = nullptr;
     TxtArrayWriter* array_ = nullptr;
-    cstr name_ = nullptr;
     std::uint32_t* kind_ = nullptr;
+    cstr* key_ = nullptr;
     UnitValue* value_ = nullptr;
 };
+
+/// Keys are known when the walk is over.
+void NameChildren(TxtTableWriter& table) {
+    for (std::uint32_t i = 0; i < table.GetCount(); ++i) {
+        const TxtTableWriter::Unit& unit = *table.UnitAt(i);
+        if (unit.kind == KIND_TABLE) static_cast<TxtTableWriter*>(unit.value.table)->name = unit.key;
+        if (unit.kind == KIND_ARRAY) static_cast<TxtArrayWriter*>(unit.value.array)->name = unit.key;
+    }
+}
 
 } // namespace
 
@@ -87,6 +88,7 @@ bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree) {
     tree.tables.Append(root);
     Builder builder(tree);
     if (!scanner.Walk(builder) || !ReadyToWire()) return false;
+    for (TxtTableWriter* table = root; table != nullptr; table = table->next) NameChildren(*table);
     for (TxtTableWriter* table = root; table != nullptr; table = table->next) WireDefault(*table);
     return true;
 }

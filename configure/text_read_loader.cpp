@@ -17,7 +17,7 @@ struct Counter {
 
     bool BeginTable() { return ++tables != 0; }
     bool BeginArray() { return ++arrays != 0; }
-    bool BeginEntry(cstr) { return ++table_units != 0; }
+    bool BeginEntry() { return ++table_units != 0; }
     bool BeginElement() { return ++array_units != 0; }
     static bool TakeBlock(bool) { return true; }
 };
@@ -39,15 +39,14 @@ public:
     }
 
     bool BeginArray() {
-        table_ = nullptr;
         array_ = filled_array_++;
         array_->units = next_array_unit_;
         return true;
     }
 
-    bool BeginEntry(cstr key) {
+    bool BeginEntry() {
         ++table_->count;
-        next_table_unit_->key = key;
+        key_ = &next_table_unit_->key;
         return Begin(*next_table_unit_++);
     }
 
@@ -56,24 +55,19 @@ public:
         return Begin(*next_array_unit_++);
     }
 
-    bool TakeText(cstr text) {
-        value_->text = text;
-        return text != nullptr;
-    }
-
     bool TakeBlock(bool is_table) {
-        const cstr name = table_ == nullptr ? nullptr : next_table_unit_[-1].key;
         if (is_table) {
             *kind_ = KIND_TABLE;
-            next_table_->name = name;
             value_->table = next_table_++;
         } else {
             *kind_ = KIND_ARRAY;
-            next_array_->name = name;
             value_->array = next_array_++;
         }
         return true;
     }
+
+    [[nodiscard]] cstr* KeyPlace() const { return key_; }
+    [[nodiscard]] cstr* TextPlace() const { return &value_->text; }
 
 private:
     template <class Unit>
@@ -92,12 +86,21 @@ private:
     TxtTableReader::Unit* next_table_unit_;
     TxtArrayReader::Unit* next_array_unit_;
 
-    // The body at hand, the table null in an array's, and its last Unit.
+    // The body at hand, and its last Unit.
     TxtTableReader* table_ = nullptr;
     TxtArrayReader* array_ = nullptr;
     std::uint32_t* kind_ = nullptr;
+    cstr* key_ = nullptr;
     UnitValue* value_ = nullptr;
 };
+
+/// Keys are known when the walk is over.
+void NameChildren(const TextTree& tree) {
+    for (const TxtTableReader::Unit& unit : tree.table_units) {
+        if (unit.kind == KIND_TABLE) static_cast<TxtTableReader*>(unit.value.table)->name = unit.key;
+        if (unit.kind == KIND_ARRAY) static_cast<TxtArrayReader*>(unit.value.array)->name = unit.key;
+    }
+}
 
 } // namespace
 
@@ -111,6 +114,7 @@ bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree) {
     }
     Builder builder(tree);
     if (!scanner.Walk(builder) || !ReadyToWire()) return false;
+    NameChildren(tree);
     for (TxtTableReader& table : tree.tables) table.Sort();
     for (TxtTableReader& table : tree.tables) WireDefault(table);
     return true;

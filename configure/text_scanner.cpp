@@ -1,22 +1,23 @@
 // Invariants, once a text is prepared:
 //
-//  1. marks_[p] is 0 but at a quote, and at a `{` outside of quotes: partner * 16 + flag. An open quote or brace at the
-//     text's end has size_ as its partner. A `}` has no mark.
-//  2. Positions that the walk of a table stands on are outside of quotes: it begins behind a `{` or at the start, jumps
-//     over quotes, and comes to rest on an `=`, behind it, or behind a `}`. So any `{` and any `"` it meets has a mark.
-//     The walk of an array may get into a quote, from a bare word with a quote in it; nothing has a mark there but the
-//     closing quote, which is a byte like any other.
-//  3. What is inside the stretch that a scan is given is matched inside of it.
+//  1. The stops are the bytes outside of quotes that are a quote, a brace with a partner, or an `=`, in their order.
+//  What
+//     is still open at the text's end ends there, innermost first, with stops of its own at size_.
+//  2. The walk of a table stands outside of quotes: it begins behind a `{` or at the start, jumps over quotes, and
+//  comes
+//     to rest on an `=`, behind it, or behind a `}`. So any `{` and any `"` it meets has a stop. The walk of an array
+//     may get into a quote, from a bare word with a quote in it; nothing has a stop there but the closing quote, which
+//     is a byte like any other.
+//  3. Quotes that begin in a stretch that a scan is given end in it.
 //
 // A NUL has no meaning for the scans, but ends the text that is interned.
 
 #include "configure/text_scanner.h"
 
 #include "configure/key_spelling.h"
-#include "core/library_state.h"
 
+#include <algorithm>
 #include <array>
-#include <cstdlib>
 #include <cstring>
 
 namespace Configure {
@@ -28,7 +29,8 @@ enum ByteClass : unsigned char {
     kWhite = 1,
     kLineEnd = 2,
     kBracket = 4, // what the matching stops at
-    kInKey = 8    // what a key isn't taken with as it stands
+    kInKey = 8,   // what a key isn't taken with as it stands
+    kPieceEnd = 16
 };
 
 constexpr std::array<unsigned char, 256> MakeClasses() {
@@ -39,10 +41,11 @@ constexpr std::array<unsigned char, 256> MakeClasses() {
             entry = static_cast<unsigned char>(entry | its_classes);
         }
     };
-    add(" \t\n\r", kWhite | kInKey);
+    add(" \t\n\r", kWhite | kInKey | kPieceEnd);
     add("\n\r", kLineEnd);
     add("\"{}=", kBracket);
     add("\":,\\/", kInKey);
+    add(":,", kPieceEnd);
     classes[0] = kInKey;
     return classes;
 }
@@ -88,8 +91,10 @@ char* SqueezeComments(char* text, char* last) {
     return kept;
 }
 
+} // namespace
+
 /// A key that isn't taken as it stands in the text, put together byte by byte.
-class KeyText {
+class TextScanner::KeyText {
 public:
     void Put(const char* bytes, std::uint32_t count) {
         fits_ = fits_ && count < kKeyRoom - length_;
@@ -102,14 +107,15 @@ public:
         for (; fits_ && count != 0; --count) Put(' ');
     }
 
-    /// Null if the key was too long or can't be interned.
-    cstr Intern() {
-        if (!fits_) return nullptr;
+    /// False if the key was too long or can't be interned.
+    [[nodiscard]] bool Intern(cstr* place) {
+        if (!fits_) return false;
         text_[length_] = '\0';
         Tessarin::StringTable& strings = Tessarin::library_state->strings;
         const bool is_path =
             std::memchr(text_, '\\', length_) != nullptr || std::memchr(text_, '/', length_) != nullptr;
-        return is_path ? strings.InternPath(text_) : strings.InternLowerCase(text_);
+        *place = is_path ? strings.InternPath(text_) : strings.InternLowerCase(text_);
+        return *place != nullptr;
     }
 
 private:
@@ -118,70 +124,97 @@ private:
     bool fits_ = true;
 };
 
-} // namespace
-
-TextScanner::~TextScanner() { std::free(marks_); }
-
 bool TextScanner::Prepare(char* bytes, std::uint32_t size) {
     if (size > kMostBytes) return false;
-    char* end = SqueezeComments(bytes, FindByte(bytes, bytes + size, kEndMark));
+    const char* end = SqueezeComments(bytes, FindByte(bytes, bytes + size, kEndMark));
     text_ = bytes;
     size_ = static_cast<std::uint32_t>(end - bytes);
-    marks_ = static_cast<std::uint32_t*>(std::calloc(std::size_t{size_} + 1, sizeof *marks_));
-    return marks_ != nullptr && MatchBrackets();
+    return MatchBrackets();
 }
 
 /// One pass over the text, which also learns of each block whether an `=` stands directly in it.
 bool TextScanner::MatchBrackets() {
     struct OpenBlock {
-        std::uint32_t position;
+        std::uint32_t stop;
         bool has_equals;
     };
     Tessarin::List<OpenBlock> open;
     for (std::uint32_t position = 0; position < size_; ++position) {
         if (!Is(kBracket, text_[position])) continue;
-        const char byte = text_[position];
-        if (byte == '"') {
-            position = MatchQuote(position);
-        } else if (byte == '{') {
-            if (!open.Push({position, false})) return false;
-        } else if (!open.IsEmpty() && byte == '=') {
-            open.Top().has_equals = true;
-        } else if (!open.IsEmpty()) {
-            const OpenBlock block = open.Pop();
-            CloseBlock(block.position, block.has_equals, position);
+        bool done = true;
+        switch (text_[position]) {
+        case '=':
+            if (!open.IsEmpty()) open.Top().has_equals = true;
+            done = AddStop(position, kEquals);
+            break;
+        case '"':
+            done = AddQuote(position);
+            break;
+        case '{':
+            done = open.Push({stops_.Count(), false}) && AddStop(position, kTable);
+            break;
+        default: // a `}` without a partner is a byte like any other
+            if (open.IsEmpty()) break;
+            done = CloseBlock(open.Top().stop, open.Top().has_equals, position);
+            open.Pop();
         }
+        if (!done) return false;
     }
     while (!open.IsEmpty()) {
         const OpenBlock block = open.Pop();
-        CloseBlock(block.position, block.has_equals, size_);
+        if (!CloseBlock(block.stop, block.has_equals, size_)) return false;
     }
     return true;
 }
 
-/// Answers where the quote closes.
-std::uint32_t TextScanner::MatchQuote(std::uint32_t open) {
-    const void* found = std::memchr(text_ + open + 1, '"', size_ - open - 1);
-    const auto close = found == nullptr ? size_ : static_cast<std::uint32_t>(static_cast<const char*>(found) - text_);
-    marks_[open] = close << 4 | kOpenQuote;
-    marks_[close] = open << 4 | kCloseQuote;
-    return close;
+bool TextScanner::AddStop(std::uint32_t position, Kind kind, std::uint32_t partner) {
+    return stops_.Push({position << 4 | kind, partner});
+}
+
+/// The quote that opens at the position, which is then where it closes.
+bool TextScanner::AddQuote(std::uint32_t& position) {
+    const std::uint32_t open = stops_.Count();
+    if (!AddStop(position, kOpenQuote, open + 1)) return false;
+    const void* found = std::memchr(text_ + position + 1, '"', size_ - position - 1);
+    position = found == nullptr ? size_ : static_cast<std::uint32_t>(static_cast<const char*>(found) - text_);
+    return AddStop(position, kCloseQuote, open);
 }
 
 /// A block is an array if something stands in it, but no `=` directly.
-void TextScanner::CloseBlock(std::uint32_t open, bool has_equals, std::uint32_t end) {
-    const bool is_table = has_equals || SkipWhite(open + 1, end) == end;
-    marks_[open] = end << 4 | (is_table ? kTable : kArray);
+bool TextScanner::CloseBlock(std::uint32_t open, bool has_equals, std::uint32_t end) {
+    const std::uint32_t position = StopAt(open).Position();
+    const bool is_table = has_equals || SkipWhite(position + 1, end) == end;
+    StopAt(open) = {position << 4 | (is_table ? kTable : kArray), stops_.Count()};
+    return AddStop(end, kBlockEnd, open);
 }
 
-/// The next `=` that isn't quoted, or `last`. Braces don't count.
-std::uint32_t TextScanner::NextEquals(std::uint32_t from, std::uint32_t last) const {
-    for (; from < last; ++from) {
-        if (!Is(kBracket, text_[from])) continue;
-        if (text_[from] == '=') return from;
-        if (FlagAt(from) == kOpenQuote) from = Partner(from);
-    }
-    return last;
+TextScanner::Body TextScanner::BodyOf(std::uint32_t open) {
+    const std::uint32_t close = StopAt(open).partner;
+    return {{StopAt(open).Position() + 1, StopAt(close).Position()}, {open + 1, close}};
+}
+
+/// The next `=`, or the last stop. Braces don't count.
+std::uint32_t TextScanner::NextEquals(Range stops) {
+    while (stops.first < stops.last && StopAt(stops.first).ItsKind() != kEquals) ++stops.first;
+    return stops.first;
+}
+
+/// The stop that the rest begins with, or null. Others that were jumped over aren't the rest's any more.
+const TextScanner::Stop* TextScanner::FirstStopIn(Body& rest) {
+    Range& stops = rest.stops;
+    while (stops.first < stops.last && StopAt(stops.first).Position() < rest.bytes.first) ++stops.first;
+    const bool is_here = stops.first < stops.last && StopAt(stops.first).Position() == rest.bytes.first;
+    return is_here ? &StopAt(stops.first) : nullptr;
+}
+
+/// The stop of a quote that opens, or closes, at the position, if one does.
+const TextScanner::Stop* TextScanner::QuoteAt(std::uint32_t position, Kind kind, Range stops) {
+    if (text_[position] != '"') return nullptr;
+    const Stop* const first = stops_.begin() + stops.first;
+    const Stop* const last = stops_.begin() + stops.last;
+    const Stop* stop = std::lower_bound(first, last, position,
+                                        [](const Stop& its, std::uint32_t wanted) { return its.Position() < wanted; });
+    return stop != last && stop->Position() == position && stop->ItsKind() == kind ? stop : nullptr;
 }
 
 /// `from` may be one behind `last`, where an open block or quote at the text's end leads to.
@@ -202,24 +235,23 @@ std::uint32_t TextScanner::WordEnd(std::uint32_t from, std::uint32_t last) const
 }
 
 /// Where the piece of a key begins that ends at `last`: behind white space, `,` or `:`. A quoted string is one unit.
-std::uint32_t TextScanner::PieceStart(std::uint32_t first, std::uint32_t last) const {
-    while (last > first) {
-        const char byte = text_[last - 1];
-        if (Is(kWhite, byte) || byte == ',' || byte == ':') break;
-        last = FlagAt(last - 1) == kCloseQuote ? Partner(last - 1) : last - 1;
+std::uint32_t TextScanner::PieceStart(std::uint32_t first, std::uint32_t last, Range stops) {
+    while (last > first && !Is(kPieceEnd, text_[last - 1])) {
+        const Stop* quote = QuoteAt(last - 1, kCloseQuote, stops);
+        last = quote == nullptr ? last - 1 : StopAt(quote->partner).Position();
     }
     return last;
 }
 
 /// A key that no scalar stands in front of: what the last line of the stretch holds. Blanks inside of it count, but
 /// not beside `:` and `,`. A line end counts in a quote too.
-cstr TextScanner::FirstKey(Range stretch) const {
-    const std::uint32_t last = TrimWhite(stretch.first, stretch.last);
-    std::uint32_t line = stretch.last;
-    while (line > stretch.first && !Is(kLineEnd, text_[line - 1])) --line;
+bool TextScanner::TakeFirstKey(const Body& stretch, cstr* place) {
+    const std::uint32_t last = TrimWhite(stretch.bytes.first, stretch.bytes.last);
+    std::uint32_t line = stretch.bytes.last;
+    while (line > stretch.bytes.first && !Is(kLineEnd, text_[line - 1])) --line;
     const std::uint32_t first = SkipWhite(line, last);
-    if (first >= last) return nullptr;
-    if (cstr plain = PlainKey({first, last})) return plain;
+    if (first >= last) return false;
+    if (IsPlainKey({first, last})) return TakePlainKey({first, last}, place);
 
     KeyText key;
     std::uint32_t blanks = 0;
@@ -234,76 +266,91 @@ cstr TextScanner::FirstKey(Range stretch) const {
         } else {
             key.PutBlanks(blanks);
             blanks = 0;
-            if (FlagAt(position) != kOpenQuote) {
-                key.Put(byte);
-            } else {
-                const std::uint32_t close = Partner(position);
-                key.Put(text_ + position + 1, close - position - 1);
-                position = close;
-            }
+            PutPiece(position, stretch.stops, key);
         }
     }
-    return key.Intern();
+    return key.Intern(place);
 }
 
-/// A key and the scalar in front of it. The key is the last piece of the stretch, and whatever `:` joins to it; blanks
-/// don't count but in quotes.
-cstr TextScanner::KeyBehindScalar(Range stretch, Range& scalar) const {
-    const std::uint32_t last = TrimWhite(stretch.first, stretch.last);
-    std::uint32_t first = PieceStart(stretch.first, last);
+/// Puts the byte at the position, or the quoted string that begins there, which the position then is at the end of.
+void TextScanner::PutPiece(std::uint32_t& position, Range stops, KeyText& key) {
+    const Stop* quote = QuoteAt(position, kOpenQuote, stops);
+    if (quote == nullptr) {
+        key.Put(text_[position]);
+        return;
+    }
+    const std::uint32_t close = StopAt(quote->partner).Position();
+    key.Put(text_ + position + 1, close - position - 1);
+    position = close;
+}
+
+/// The key at the end of a stretch that begins with a scalar's value: the last piece, and whatever `:` joins to it.
+TextScanner::Range TextScanner::KeyBehindScalar(const Body& stretch) {
+    const std::uint32_t start = stretch.bytes.first;
+    const std::uint32_t last = TrimWhite(start, stretch.bytes.last);
+    std::uint32_t first = PieceStart(start, last, stretch.stops);
     for (;;) {
-        const std::uint32_t colon = TrimWhite(stretch.first, first);
-        if (colon == stretch.first || text_[colon - 1] != ':') break;
-        const std::uint32_t left = TrimWhite(stretch.first, colon - 1);
-        if (left == stretch.first) break;
-        first = PieceStart(stretch.first, left);
+        const std::uint32_t colon = TrimWhite(start, first);
+        if (colon == start || text_[colon - 1] != ':') break;
+        const std::uint32_t left = TrimWhite(start, colon - 1);
+        if (left == start) break;
+        first = PieceStart(start, left, stretch.stops);
     }
-    scalar = {stretch.first, first};
-    if (first == last) return nullptr;
-    if (cstr plain = PlainKey({first, last})) return plain;
-
-    KeyText key;
-    for (std::uint32_t position = first; position < last; ++position) {
-        if (Is(kWhite, text_[position])) continue;
-        if (FlagAt(position) != kOpenQuote) {
-            key.Put(text_[position]);
-        } else {
-            const std::uint32_t close = Partner(position);
-            key.Put(text_ + position + 1, close - position - 1);
-            position = close;
-        }
-    }
-    return key.Intern();
+    return {first, last};
 }
 
-/// A key of nothing but bytes that stand for themselves, as most are; null for any other.
-cstr TextScanner::PlainKey(Range range) const {
-    if (range.last - range.first >= kKeyRoom) return nullptr;
+/// A key behind a scalar. Its blanks don't count but in quotes.
+bool TextScanner::TakeKey(Range range, Range stops, cstr* place) {
+    if (range.first == range.last) return false;
+    if (IsPlainKey(range)) return TakePlainKey(range, place);
+    KeyText key;
     for (std::uint32_t position = range.first; position < range.last; ++position) {
-        if (Is(kInKey, text_[position])) return nullptr;
+        if (!Is(kWhite, text_[position])) PutPiece(position, stops, key);
     }
-    return Tessarin::library_state->strings.InternLowerCase(text_ + range.first, range.last - range.first);
+    return key.Intern(place);
+}
+
+/// Whether a key is nothing but bytes that stand for themselves, as most are.
+bool TextScanner::IsPlainKey(Range key) const {
+    for (std::uint32_t position = key.first; position < key.last; ++position) {
+        if (Is(kInKey, text_[position])) return false;
+    }
+    return key.last - key.first < kKeyRoom;
+}
+
+bool TextScanner::TakePlainKey(Range key, cstr* place) {
+    return texts_.Add({text_ + key.first, key.last - key.first, true, place});
 }
 
 /// What stands in quotes, or the first line less white space and then commas at its end.
-cstr TextScanner::Value(Range stretch) const {
-    const std::uint32_t first = SkipWhite(stretch.first, stretch.last);
-    if (first < stretch.last && FlagAt(first) == kOpenQuote) return Quoted(first);
-    std::uint32_t line_end = first;
-    while (line_end < stretch.last && !Is(kLineEnd, text_[line_end])) ++line_end;
-    std::uint32_t last = TrimWhite(first, line_end);
-    while (last > first && text_[last - 1] == ',') --last;
-    return Text({first, last});
+bool TextScanner::TakeValue(const Body& stretch, cstr* place) {
+    const std::uint32_t first = SkipWhite(stretch.bytes.first, stretch.bytes.last);
+    if (first < stretch.bytes.last) {
+        if (const Stop* quote = QuoteAt(first, kOpenQuote, stretch.stops)) return TakeQuoted(*quote, place);
+    }
+    return TakeBare({first, stretch.bytes.last}, place);
 }
 
-cstr TextScanner::Quoted(std::uint32_t open) const { return Text({open + 1, Partner(open)}); }
+/// REQUIRES: the stretch is empty or begins with a byte that isn't white
+bool TextScanner::TakeBare(Range stretch, cstr* place) {
+    std::uint32_t line_end = stretch.first;
+    while (line_end < stretch.last && !Is(kLineEnd, text_[line_end])) ++line_end;
+    std::uint32_t last = TrimWhite(stretch.first, line_end);
+    while (last > stretch.first && text_[last - 1] == ',') --last;
+    return TakeText({stretch.first, last}, place);
+}
 
-cstr TextScanner::Text(Range range) const {
+bool TextScanner::TakeQuoted(const Stop& quote, cstr* place) {
+    return TakeText({quote.Position() + 1, StopAt(quote.partner).Position()}, place);
+}
+
+bool TextScanner::TakeText(Range range, cstr* place) {
     const char* text = text_ + range.first;
-    const std::size_t room = range.last - range.first;
+    const std::uint32_t room = range.last - range.first;
     const void* nul = std::memchr(text, '\0', room);
-    const std::size_t length = nul == nullptr ? room : static_cast<std::size_t>(static_cast<const char*>(nul) - text);
-    return Tessarin::library_state->strings.Intern(text, length);
+    const std::uint32_t length =
+        nul == nullptr ? room : static_cast<std::uint32_t>(static_cast<const char*>(nul) - text);
+    return texts_.Add({text, length, false, place});
 }
 
 } // namespace Configure

@@ -22,6 +22,10 @@ namespace {
 constexpr unsigned kAddressBits = 48;
 constexpr std::size_t kBlockChunkBytes = std::size_t{64} * 1024;
 
+cstr TextOf(std::uint64_t slot) {
+    return reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((std::uint64_t{1} << kAddressBits) - 1)));
+}
+
 } // namespace
 
 /// A text on its way through the index.
@@ -29,19 +33,12 @@ template <class Form>
 struct StringTable::Sought {
     const char* text;
     std::size_t length;
-    std::uint32_t bucket;
-    std::uint32_t tag; // 15 bits: the hash is below 2^31
-
-    Sought(const char* its_text, std::size_t its_length) : text(its_text), length(its_length) {
-        std::uint32_t hash = HashOfText<Form>(text, length);
-        tag = hash / kBucketCount;
-        bucket = hash - tag * kBucketCount;
-    }
+    Position position;
 
     /// The text that a slot names if it is the one sought, else null.
     cstr In(Slot slot) const {
-        if (slot >> kAddressBits != tag) return nullptr;
-        auto interned = reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((Slot{1} << kAddressBits) - 1)));
+        if (slot >> kAddressBits != position.tag) return nullptr;
+        const cstr interned = TextOf(slot);
         if (interned == nullptr || CstrLength(interned) != length) return nullptr;
         return EqualTexts<Form>(interned, text, length) ? interned : nullptr;
     }
@@ -75,20 +72,72 @@ cstr StringTable::InternPath(const char* path) {
 
 cstr StringTable::Find(const char* text) const {
     if (text == nullptr || buckets_ == nullptr) return nullptr;
-    return FindAs(Sought<AsItIs>(text, std::strlen(text)));
+    const std::size_t length = std::strlen(text);
+    return FindAs(Sought<AsItIs>{text, length, PositionOf<AsItIs>(text, length)});
+}
+
+/// In turns, each for all texts: ask for the bucket; for the block behind it; for the text; and only then look.
+bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
+    if (buckets_ == nullptr) return false;
+    Position positions[kMostPending];
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const PendingText& text = texts[i];
+        positions[i] = text.lower_case ? PositionOf<InLowerCase>(text.text, text.length)
+                                       : PositionOf<AsItIs>(text.text, text.length);
+        __builtin_prefetch(&buckets_[positions[i].bucket]);
+    }
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const Bucket& bucket = buckets_[positions[i].bucket];
+        if (bucket.first.load(std::memory_order_relaxed) >> kAddressBits == positions[i].tag) continue;
+        __builtin_prefetch(bucket.more.load(std::memory_order_relaxed));
+    }
+    for (std::uint32_t i = 0; i < count; ++i) __builtin_prefetch(LikelyText(positions[i]));
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const PendingText& text = texts[i];
+        if (text.length > kLongestText) return false;
+        *text.place = text.lower_case ? InternAt(Sought<InLowerCase>{text.text, text.length, positions[i]})
+                                      : InternAt(Sought<AsItIs>{text.text, text.length, positions[i]});
+        if (*text.place == nullptr) return false;
+    }
+    return true;
+}
+
+template <class Form>
+StringTable::Position StringTable::PositionOf(const char* text, std::size_t length) {
+    const std::uint32_t hash = HashOfText<Form>(text, length);
+    const std::uint32_t tag = hash / kBucketCount;
+    return {hash - tag * kBucketCount, tag};
+}
+
+/// The text at a position that is the one wanted if any in the first slots is; null if none can be.
+const char* StringTable::LikelyText(Position position) const {
+    const Bucket& bucket = buckets_[position.bucket];
+    const Slot first = bucket.first.load(std::memory_order_acquire);
+    if (first >> kAddressBits == position.tag) return TextOf(first);
+    const SlotBlock* block = bucket.more.load(std::memory_order_acquire);
+    if (block == nullptr) return nullptr;
+    for (const std::atomic<Slot>& slot : block->slots) {
+        const Slot its_text = slot.load(std::memory_order_acquire);
+        if (its_text >> kAddressBits == position.tag) return TextOf(its_text);
+    }
+    return nullptr;
 }
 
 template <class Form>
 cstr StringTable::InternAs(const char* text, std::size_t length) {
     if (length > kLongestText || buckets_ == nullptr) return nullptr;
-    Sought<Form> sought(text, length);
+    return InternAt(Sought<Form>{text, length, PositionOf<Form>(text, length)});
+}
+
+template <class Form>
+cstr StringTable::InternAt(const Sought<Form>& sought) {
     if (cstr found = FindAs(sought)) return found;
     return Add(sought);
 }
 
 template <class Form>
 cstr StringTable::FindAs(const Sought<Form>& sought) const {
-    const Bucket& bucket = buckets_[sought.bucket];
+    const Bucket& bucket = buckets_[sought.position.bucket];
     if (cstr found = sought.In(bucket.first.load(std::memory_order_acquire))) return found;
     for (const SlotBlock* block = bucket.more.load(std::memory_order_acquire); block != nullptr; block = block->next) {
         for (const std::atomic<Slot>& slot : block->slots) {
@@ -104,7 +153,7 @@ template <class Form>
 cstr StringTable::Add(const Sought<Form>& sought) {
     std::lock_guard guard(lock_);
     if (cstr found = FindAs(sought)) return found;
-    std::atomic<Slot>* slot = FreeSlot(buckets_[sought.bucket]);
+    std::atomic<Slot>* slot = FreeSlot(buckets_[sought.position.bucket]);
     if (slot == nullptr) return nullptr;
     auto length = static_cast<std::uint32_t>(sought.length);
     char* node = TakeBytes(static_cast<std::uint32_t>(sizeof length) + length + 1);
@@ -113,7 +162,8 @@ cstr StringTable::Add(const Sought<Form>& sought) {
     std::memcpy(node, &length, sizeof length);
     Form::Copy(text, sought.text, length);
     text[length] = '\0';
-    slot->store(Slot{sought.tag} << kAddressBits | reinterpret_cast<std::uintptr_t>(text), std::memory_order_release);
+    slot->store(Slot{sought.position.tag} << kAddressBits | reinterpret_cast<std::uintptr_t>(text),
+                std::memory_order_release);
     return text;
 }
 

@@ -20,6 +20,14 @@ inline std::uint32_t CstrLength(cstr text) {
     return length;
 }
 
+/// A text that is interned together with others.
+struct PendingText {
+    const char* text; // without a NUL among its bytes
+    std::uint32_t length;
+    bool lower_case; // which form is interned
+    cstr* place;     // where its cstr goes
+};
+
 /// Safe from any thread. The texts live until the table is destroyed.
 class StringTable {
 public:
@@ -41,6 +49,11 @@ public:
     }
     cstr InternLowerCase(const char* text, std::size_t length);
     cstr InternPath(const char* path);
+
+    /// Interns several texts, whose waits for memory overlap: a text that isn't in the processor's cache is most of
+    /// what interning it costs. False if one of them can't be interned; some places are then without.
+    bool Intern(const PendingText* texts, std::uint32_t count);
+    static constexpr std::uint32_t kMostPending = 32;
 
     /// The text if it is interned already, else null.
     cstr Find(const char* text) const;
@@ -76,11 +89,23 @@ private:
         std::uint32_t used;
     };
 
+    // Where a text belongs, by its hash.
+    struct Position {
+        std::uint32_t bucket;
+        std::uint32_t tag; // 15 bits: the hash is below 2^31
+    };
+
     template <class Form>
     struct Sought;
 
     template <class Form>
+    static Position PositionOf(const char* text, std::size_t length);
+
+    template <class Form>
     cstr InternAs(const char* text, std::size_t length);
+    template <class Form>
+    cstr InternAt(const Sought<Form>& sought);
+    [[nodiscard]] const char* LikelyText(Position position) const;
     template <class Form>
     cstr FindAs(const Sought<Form>& sought) const;
     template <class Form>
