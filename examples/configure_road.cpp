@@ -1,0 +1,460 @@
+// A host's whole way with configuration files: it loads one, finds everything in it by every kind of key, compiles it
+// into the binary form, edits it, saves it as text, and reads both back to see whether anything was lost.
+//
+//   configure_road FOLDER FILE...
+//
+// Each FILE is one in text form; what is made of it goes into FOLDER, compiled under its name with `.bin` behind it and
+// edited under its own, so FOLDER isn't where the files are. Exit status: 0 if nothing was lost, 1 if something was, 2
+// if a step could not be taken.
+//
+// What is good to know before copying from here:
+//  - A file object owns the tables that it hands out: the next Load ends them all. Texts stay.
+//  - Every scalar is a text. Numbers, truth values and intervals are how a text is read; one that is no number is 0.
+//  - Getters look into the default table too, Find and the walk never do.
+//  - A composite key ends with `:` in a file of text form, and doesn't in a compiled one.
+
+#include <tessarin/tessarin.h>
+
+#include <algorithm>
+#include <cctype>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <string>
+#include <vector>
+
+using Configure::IArray;
+using Configure::IFile;
+using Configure::IIterator;
+using Configure::ITable;
+
+namespace {
+
+// ------------------------------------------------------------------------------------------------- opening and closing
+
+struct FileCloser {
+    void operator()(IFile* file) const { file->Release(); }
+};
+using File = std::unique_ptr<IFile, FileCloser>;
+
+// A file object that holds what was loaded; none if it couldn't be. Mistakes in the text are no reason: next to nothing
+// is one.
+File Open(const std::string& path, Configure::FileAccess access) {
+    File file(CreateRLFile(nullptr));
+    if (file && !file->Load(path.c_str(), access, Configure::FORMAT_AUTO)) file.reset();
+    if (!file) std::fprintf(stderr, "%s: can't be loaded\n", path.c_str());
+    return file;
+}
+
+bool Save(const File& file, const std::string& path, Configure::FileFormat format) {
+    if (file->SaveAs(path.c_str(), format)) return true;
+    std::fprintf(stderr, "%s: can't be written\n", path.c_str());
+    return false;
+}
+
+// ------------------------------------------------------------------------------------------------------ what is inside
+
+// The walk over a table or an array. End is no entry and is never read.
+template <class Container, class Visit>
+void ForEach(Container* container, Visit visit) {
+    for (IIterator* unit = container->Begin(); unit != container->End(); unit = container->Next(unit)) visit(unit);
+}
+
+struct Summary {
+    int tables = 0;
+    int arrays = 0;
+    int texts = 0;
+    int intervals = 0; // texts that read as one
+};
+
+// One call a level here and below: a host that opens strangers' files, which may be of any depth, walks with a stack of
+// its own.
+template <class Container>
+void Count(Container* container, Summary& summary) {
+    ForEach(container, [&](IIterator* unit) {
+        summary.tables += unit->IsTable() ? 1 : 0;
+        summary.arrays += unit->IsArray() ? 1 : 0;
+        summary.texts += unit->IsString() ? 1 : 0;
+        summary.intervals += unit->IsInterval() ? 1 : 0;
+        if (unit->IsTable()) Count(unit->GetTable(), summary);
+        if (unit->IsArray()) Count(unit->GetArray(), summary);
+    });
+}
+
+void PrintSummary(const std::string& path, ITable* root) {
+    Summary summary;
+    Count(root, summary);
+    std::printf("\n== %s\n\n  %d tables, %d arrays, %d texts, %d of them intervals\n", path.c_str(), summary.tables,
+                summary.arrays, summary.texts, summary.intervals);
+}
+
+// Keys come in any case, and paths with any separators; what a file holds is in lower case, with one `\` a separator.
+std::string OtherSpelling(const std::string& key) {
+    std::string spelling;
+    for (char byte : key) {
+        spelling += static_cast<char>(std::toupper(static_cast<unsigned char>(byte)));
+        if (byte == '\\') spelling.replace(spelling.size() - 1, 1, "//");
+    }
+    return spelling;
+}
+
+// ---------------------------------------------------------------------------------------------------------- looking up
+
+// Goes through a tree and finds each entry again in every way that its key is fit for.
+struct Lookup {
+    bool is_compiled;
+    int by_text = 0;
+    int by_number = 0;
+    int by_path = 0;
+    int by_pieces = 0;
+    int by_default = 0;
+    int failed = 0;
+
+    void Table(ITable* table) {
+        // What the children share; any of them may leave out what stands in it. Where the table has none, its own
+        // default table is asked for one.
+        ITable* defaults = table->GetTable("_default");
+        ForEach(table, [&](IIterator* unit) {
+            Keys(table, unit);
+            if (unit->IsTable() && defaults) Defaults(unit->GetTable(), defaults);
+            Inside(unit);
+        });
+    }
+
+    void Inside(IIterator* unit) {
+        if (unit->IsTable()) Table(unit->GetTable());
+        if (unit->IsArray()) ForEach(unit->GetArray(), [&](IIterator* element) { Inside(element); });
+    }
+
+    // Text keys are compared as they are but for their case, so a path key is asked for in path form.
+    void Keys(ITable* table, IIterator* unit) {
+        const std::string key = unit->GetKey();
+        const std::string spelling = OtherSpelling(key);
+        if (key.find('\\') != std::string::npos) {
+            Expect(table->FindPath(spelling.c_str()), unit, by_path);
+        } else {
+            Expect(table->Find(spelling.c_str()), unit, by_text);
+        }
+        const std::uint32_t number = Number(key);
+        if (std::to_string(number) == key) Expect(table->Find(number), unit, by_number);
+        const bool ends_with_colon = !key.empty() && key.back() == ':';
+        if (key.find(':') != std::string::npos && ends_with_colon != is_compiled) Pieces(table, unit, spelling);
+    }
+
+    // What isn't all digits gives some number that isn't spelled like it.
+    static std::uint32_t Number(const std::string& digits) {
+        std::uint32_t number = 0;
+        for (char digit : digits) number = number * 10 + static_cast<std::uint32_t>(digit - '0');
+        return number;
+    }
+
+    // Nothing checks the arguments against the format: each of its letters takes one, and more of them are no harm. So
+    // keys of four pieces and more are left out.
+    void Pieces(ITable* table, IIterator* unit, const std::string& spelling) {
+        std::vector<std::string> pieces = Split(spelling);
+        if (!is_compiled) pieces.pop_back();
+        if (pieces.size() > 3) return;
+        std::string format;
+        for (const std::string& piece : pieces) format += piece.find('/') == std::string::npos ? 's' : 'p';
+        const std::uint32_t number = Number(pieces.back());
+        const bool is_numbered = pieces.size() == 2 && std::to_string(number) == pieces.back();
+        pieces.resize(3);
+        const char* first = pieces[0].c_str();
+        Expect(is_numbered ? table->FindFormat("si", first, static_cast<std::int32_t>(number))
+                           : table->FindFormat(format.c_str(), first, pieces[1].c_str(), pieces[2].c_str()),
+               unit, by_pieces);
+    }
+
+    // What stands between the colons; nothing behind the last one is an empty piece.
+    static std::vector<std::string> Split(const std::string& key) {
+        std::vector<std::string> pieces(1);
+        for (char byte : key) {
+            if (byte == ':') pieces.emplace_back();
+            if (byte != ':') pieces.back() += byte;
+        }
+        return pieces;
+    }
+
+    // The walk doesn't show what a default table adds; only its own entries say what to ask for.
+    void Defaults(ITable* child, ITable* defaults) {
+        ForEach(defaults, [&](IIterator* unit) {
+            const char* key = unit->GetKey();
+            if (child->Find(key)) return;
+            // The getter answers what the default table holds, or its fallback for what is of another kind.
+            const bool is_found = child->GetString(key) == unit->GetString() &&
+                                  child->GetTable(key) == unit->GetTable() &&
+                                  child->GetArray(key) == unit->GetArray() &&
+                                  child->GetInteger(key, -1) == (unit->IsInteger() ? unit->GetInteger() : -1);
+            ++(is_found ? by_default : failed);
+            if (!is_found) std::printf("  the default of %s isn't answered\n", key);
+        });
+    }
+
+    void Expect(IIterator* found, IIterator* unit, int& count) {
+        ++(found == unit ? count : failed);
+        if (found != unit) std::printf("  %s: looked up, but not found\n", unit->GetKey());
+    }
+};
+
+// Whether every lookup found what it should.
+bool ShowLookups(ITable* root, bool is_compiled) {
+    Lookup lookup{is_compiled};
+    lookup.Table(root);
+    std::printf("  %-8s found by text %d, by number %d, by path %d, by pieces %d, in a default table %d\n",
+                is_compiled ? "compiled" : "text", lookup.by_text, lookup.by_number, lookup.by_path, lookup.by_pieces,
+                lookup.by_default);
+    return lookup.failed == 0;
+}
+
+// ----------------------------------------------------------------------------------------------------------- comparing
+
+const char* KindName(IIterator* unit) {
+    if (unit->IsTable()) return "a table";
+    if (unit->IsArray()) return "an array";
+    return "a text";
+}
+
+// Compares a tree with what came back of it and prints each difference with the way to it.
+struct Comparison {
+    int same = 0;
+    int different = 0;
+
+    // Each form has an order of its own, so entries are compared by key. Where two share one, which of them is found
+    // isn't settled; a form that keeps only one of them is told by the counts.
+    void Tables(ITable* saved, ITable* loaded, const std::string& way) {
+        Counts(saved->GetCount(), loaded->GetCount(), way);
+        Names(saved->GetName(), loaded->GetName(), way);
+        ForEach(saved, [&](IIterator* unit) { Units(unit, loaded->Find(unit->GetKey()), way + '.' + unit->GetKey()); });
+        ForEach(loaded, [&](IIterator* unit) {
+            if (!saved->Find(unit->GetKey())) Differ(way + '.' + unit->GetKey(), "was never there");
+        });
+    }
+
+    void Arrays(IArray* saved, IArray* loaded, const std::string& way) {
+        Counts(saved->GetCount(), loaded->GetCount(), way);
+        Names(saved->GetName(), loaded->GetName(), way);
+        std::uint32_t position = 0;
+        ForEach(saved, [&](IIterator* unit) {
+            Units(unit, loaded->At(position), way + '[' + std::to_string(position) + ']');
+            ++position;
+        });
+    }
+
+    void Units(IIterator* saved, IIterator* loaded, const std::string& way) {
+        if (!loaded) return Differ(way, "was lost");
+        if (saved->GetType() != loaded->GetType()) {
+            return Differ(way, std::string("was ") + KindName(saved) + ", came back as " + KindName(loaded));
+        }
+        if (saved->IsString() && Text(saved) != Text(loaded)) {
+            return Differ(way, "was \"" + Text(saved) + "\", came back as \"" + Text(loaded) + '"');
+        }
+        ++same;
+        if (saved->IsTable()) Tables(saved->GetTable(), loaded->GetTable(), way);
+        if (saved->IsArray()) Arrays(saved->GetArray(), loaded->GetArray(), way);
+    }
+
+    // An entry that a file ends without any value has none; it is saved as an empty one.
+    static std::string Text(IIterator* unit) { return unit->GetString() ? unit->GetString() : ""; }
+
+    void Counts(std::uint32_t saved, std::uint32_t loaded, const std::string& way) {
+        if (saved == loaded) return;
+        Differ(way, "had " + std::to_string(saved) + " entries, came back with " + std::to_string(loaded));
+    }
+
+    // Names are interned: the same text is the same address. The root and what stands in an array have none.
+    void Names(cstr saved, cstr loaded, const std::string& way) {
+        if (saved != loaded) Differ(way, "came back with another name");
+    }
+
+    void Differ(const std::string& way, const std::string& how) {
+        ++different;
+        std::printf("  %s: %s\n", way.c_str(), how.c_str());
+    }
+};
+
+bool Compare(ITable* saved, ITable* loaded, const char* what) {
+    Comparison comparison;
+    comparison.Tables(saved, loaded, "root");
+    std::printf("  %-8s %d entries came back as they were, %d differences\n", what, comparison.same,
+                comparison.different);
+    return comparison.different == 0;
+}
+
+// ------------------------------------------------------------------------------------------------------------- editing
+
+// The first entry that a test takes, depth first.
+template <class Container, class Test>
+IIterator* FindUnit(Container* container, Test test) {
+    IIterator* found = nullptr;
+    ForEach(container, [&](IIterator* unit) {
+        if (!found && test(unit)) found = unit;
+        if (!found && unit->IsTable()) found = FindUnit(unit->GetTable(), test);
+        if (!found && unit->IsArray()) found = FindUnit(unit->GetArray(), test);
+    });
+    return found;
+}
+
+// Changes what is there, whatever the file holds. A root of tables alone has nothing to remove and keeps all.
+bool ChangeEntries(ITable* root) {
+    IIterator* text = FindUnit(root, [](IIterator* unit) { return unit->IsString(); });
+    if (text && !text->SetString("changed on the road")) return false;
+    IIterator* interval = FindUnit(root, [](IIterator* unit) { return unit->IsInterval(); });
+    if (interval && !interval->SetString("[-2.5,7)")) return false;
+    IIterator* array = FindUnit(root, [](IIterator* unit) { return unit->IsArray(); });
+    // The first argument has no meaning. Elements are added at the end, and an array never empty: the text form would
+    // take it for a table when it is read again.
+    if (array && !array->GetArray()->AddString(0, "one more")) return false;
+    if (array) array->GetArray()->Remove(array->GetArray()->Begin());
+    IIterator* last = nullptr;
+    ForEach(root, [&](IIterator* unit) {
+        if (unit->IsString()) last = unit;
+    });
+    const std::string key = last ? last->GetKey() : "";
+    // Remove answers the entry that has moved up, which may be none.
+    if (last) root->Remove(last);
+    return !last || !root->Find(key.c_str());
+}
+
+// What an entry that was added holds; none if it couldn't be added, as when its key is taken.
+ITable* AddTable(ITable* table, const char* key) {
+    IIterator* unit = table ? table->AddTable(key) : nullptr;
+    return unit ? unit->GetTable() : nullptr;
+}
+
+// A number is set on an entry that is there; there is no other way to add one.
+bool AddInteger(ITable* table, const char* key, std::int32_t value) {
+    IIterator* unit = table->AddString(key, "");
+    return unit && unit->SetInteger(value);
+}
+
+bool AddCourse(ITable* road) {
+    IIterator* unit = road->AddArray("course");
+    if (!unit) return false;
+    IArray* course = unit->GetArray();
+    IIterator* depth = course->AddString(0, "");
+    IIterator* mark = course->AddTable(0);
+    return depth && depth->SetFloat(402.5F) && course->AddString(0, "(0.5,2]") && mark &&
+           mark->GetTable()->AddString("lit", "False");
+}
+
+// The host's own table. A `_default` that is added serves from the next load on. Composite keys are added in both
+// spellings, since the file is going to be read in both forms.
+bool AddRoad(ITable* root) {
+    ITable* road = AddTable(root, "road");
+    ITable* defaults = road ? AddTable(road, "_default") : nullptr;
+    ITable* lantern = AddTable(road, "Lantern");
+    if (!defaults || !lantern || !AddTable(road, "buoy")) return false;
+    const bool shared = AddInteger(defaults, "oil", 40) && defaults->AddString("reach", "(0,12.5]") &&
+                        defaults->AddString("lit", "0") && AddInteger(lantern, "oil", 12);
+    const bool marked = road->AddString("1", "tarn quay") && road->AddString("charts\\north.map", "old") &&
+                        road->AddString("mark:7", "a wreck") && road->AddString("mark:7:", "a wreck");
+    IIterator* renamed = road->AddString("beacon", "Gull Point");
+    return shared && marked && renamed && renamed->SetKey("lamp") && AddCourse(road);
+}
+
+// What the host's table answers once it has been read back, and what it should.
+struct Answer {
+    const char* asked;
+    bool is_right;
+};
+
+bool Same(cstr text, const char* expected) { return text && std::strcmp(text, expected) == 0; }
+
+std::vector<Answer> Answers(ITable* road) {
+    ITable* lantern = road->GetTable("LANTERN");
+    ITable* buoy = road->GetTable("buoy");
+    IArray* course = road->GetArray("course");
+    if (!lantern || !buoy || !course || course->GetCount() != 3 || !course->GetTable(1)) return {{"its tables", false}};
+    return {
+        {"lantern's own oil", lantern->GetInteger("oil", 1) == 12},
+        {"buoy's oil, by default", buoy->GetInteger("oil", 1) == 40},
+        {"buoy's rope, nowhere", buoy->GetInteger("rope", 3) == 3},
+        {"buoy has no entries", buoy->GetCount() == 0 && !buoy->Find("oil")},
+        {"reach takes in 12.25", buoy->GetInterval("reach").Hit(12.25F) == 1},
+        {"reach leaves out 0", buoy->GetInterval("reach").Hit(0) == 0},
+        {"lit is 0, so false", !buoy->GetBool("lit")},
+        {"by number", Same(road->GetString(1U), "tarn quay")},
+        {"by path", road->FindPath("Charts/NORTH.map") != nullptr},
+        {"by pieces", Same(road->GetStringFormat("si", "Mark", 7), "a wreck")},
+        {"by pieces, no such", road->GetIntegerFormat(-1, "si", "mark", 8) == -1},
+        {"renamed", Same(road->GetString("lamp"), "Gull Point") && !road->Find("beacon")},
+        {"402.5 as a number", course->GetFloat(0, 0.0F) == 402.5F},
+        {"False is false", !course->GetTable(1)->GetBool("lit")},
+        {"an interval in an array", course->At(2)->GetInterval().Clamp(3.0F) == 2.0F},
+    };
+}
+
+bool AskRoad(ITable* root, const char* what) {
+    ITable* road = root->GetTable("road");
+    if (!road) return false;
+    int right = 0;
+    const std::vector<Answer> answers = Answers(road);
+    for (const Answer& answer : answers) {
+        right += answer.is_right ? 1 : 0;
+        if (!answer.is_right) std::printf("  the added table, %s, answers wrong: %s\n", what, answer.asked);
+    }
+    std::printf("  %-8s the added table gave %d right answers of %zu\n", what, right, answers.size());
+    return right == static_cast<int>(answers.size());
+}
+
+// ------------------------------------------------------------------------------------------------------------ the road
+
+// The statuses of the steps: the worst of them is the exit status.
+constexpr int kKept = 0;
+constexpr int kLost = 1;
+constexpr int kStopped = 2;
+
+int Status(bool is_kept) { return is_kept ? kKept : kLost; }
+
+// Compiles a file, and reads what was compiled.
+int CompileRoad(const File& file, const std::string& path) {
+    if (!Save(file, path, Configure::FORMAT_BINARY)) return kStopped;
+    const File compiled = Open(path, Configure::ACCESS_READ);
+    if (!compiled) return kStopped;
+    const bool is_same = Compare(file->GetRoot(), compiled->GetRoot(), "compiled");
+    return Status(ShowLookups(compiled->GetRoot(), true) && is_same);
+}
+
+// Edits a file and saves it as text under another name, where it is read back; then compiles that.
+int EditRoad(const std::string& path, const std::string& copy) {
+    const File edited = Open(path, Configure::ACCESS_EDIT);
+    if (!edited) return kStopped;
+    if (!ChangeEntries(edited->GetRoot()) || !AddRoad(edited->GetRoot())) {
+        std::fprintf(stderr, "%s: can't be edited, or has a table `road` already\n", path.c_str());
+        return kStopped;
+    }
+    if (!Save(edited, copy, Configure::FORMAT_TEXT)) return kStopped;
+    const File text = Open(copy, Configure::ACCESS_READ);
+    if (!text || !Save(text, copy + ".bin", Configure::FORMAT_BINARY)) return kStopped;
+    const File compiled = Open(copy + ".bin", Configure::ACCESS_READ);
+    if (!compiled) return kStopped;
+    const bool is_same = Compare(edited->GetRoot(), text->GetRoot(), "edited");
+    const bool answers = AskRoad(text->GetRoot(), "text");
+    return Status(AskRoad(compiled->GetRoot(), "compiled") && answers && is_same);
+}
+
+int GoRoad(const std::string& path, const std::string& folder) {
+    const File file = Open(path, Configure::ACCESS_READ);
+    if (!file) return kStopped;
+    const std::string name = path.substr(path.rfind('/') + 1);
+    PrintSummary(path, file->GetRoot());
+    const int found = Status(ShowLookups(file->GetRoot(), false));
+    const int compiled = CompileRoad(file, folder + '/' + name + ".bin");
+    const int edited = EditRoad(path, folder + '/' + name);
+    return std::max({found, compiled, edited});
+}
+
+} // namespace
+
+int main(int count, char** arguments) {
+    if (count < 3) {
+        std::fprintf(stderr, "usage: configure_road FOLDER FILE...\n");
+        return kStopped;
+    }
+    int status = kKept;
+    for (int i = 2; i < count; ++i) status = std::max(status, GoRoad(arguments[i], arguments[1]));
+    if (status == kKept) std::printf("\nNothing was lost.\n");
+    if (status == kLost) std::printf("\nNot all of it came back.\n");
+    return status;
+}
