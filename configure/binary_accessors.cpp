@@ -5,10 +5,9 @@
 namespace Configure {
 namespace {
 
-/// The child that a key byte leads to, or null.
-const KeyNode* ChildOf(const KeyNode& node, unsigned char byte) {
-    const KeyNode* children = node.children;
-    std::uint32_t low = 0, high = ChildCount(node.word);
+/// The one of a node's children that a key byte leads to, or null.
+const KeyNode* FindChild(const KeyNode* children, std::uint32_t count, unsigned char byte) {
+    std::uint32_t low = 0, high = count;
     while (low < high) {
         const std::uint32_t middle = (low + high) / 2;
         const unsigned char its_byte = KeyByte(children[middle].word);
@@ -27,10 +26,11 @@ const KeyNode* ChildOf(const KeyNode& node, unsigned char byte) {
 BinTable::Unit* BinTable::Search(const char* key) const {
     const KeyNode* node = root_node;
     for (; *key != '\0'; ++key) {
-        node = ChildOf(*node, static_cast<unsigned char>(Tessarin::LowerCase(*key)));
+        const auto byte = static_cast<unsigned char>(Tessarin::LowerCase(*key));
+        node = FindChild(root_node + node->children, ChildCount(node->word), byte);
         if (node == nullptr) return nullptr;
     }
-    return node->unit;
+    return (node->word & kTerminalBit) != 0 ? units + node->unit : nullptr;
 }
 
 } // namespace Configure

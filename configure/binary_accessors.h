@@ -10,11 +10,12 @@
 
 namespace Configure {
 
-/// One node of a trie.
+/// One node of a trie. There are several to a key, and fresh memory is most of what a load costs: so it has numbers,
+/// not addresses.
 struct KeyNode {
-    std::uint32_t word = 0;      // as stored, see binary_format.h
-    KeyNode* children = nullptr; // side by side, by ascending byte as an unsigned number
-    TableUnit* unit = nullptr;   // of the key that ends here; null if none does
+    std::uint32_t word = 0; // as stored, see binary_format.h
+    std::uint32_t children; // the first one, counted from the root; side by side, by ascending byte, unsigned
+    std::uint32_t unit;     // of the key that ends here, counted from the table's first; only if one does
 };
 
 /// The Units stand in the order of the trie's nodes: by the length of their keys, then by their bytes.
@@ -23,7 +24,7 @@ struct BinTable final : UnitRun<BinTable, TableContract<BinTable>, TableUnit> {
 
     std::uint32_t count = 0;
     cstr name = nullptr; // the key under which the table stands; null for the root and for an element of an array
-    KeyNode* root_node = nullptr;
+    KeyNode* root_node = nullptr; // the table's first node
     Unit* units = nullptr;
     ITable* default_table = nullptr;
 

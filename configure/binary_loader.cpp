@@ -50,6 +50,13 @@ private:
     const unsigned char* end_;
 };
 
+/// One number of a list of them, which lie at any address.
+std::uint32_t WordAt(const unsigned char* words, std::uint32_t index) {
+    return LoadWord(words + std::size_t{index} * kWordSize);
+}
+
+/// One load. The header and the counts are read first, and stay in the file's bytes; the body follows, record by
+/// record.
 class BinaryLoader {
 public:
     BinaryLoader(const unsigned char* bytes, std::uint32_t size, BinTree& tree) : cursor_(bytes, size), tree_(tree) {}
@@ -63,6 +70,7 @@ public:
     }
 
 private:
+    // What a container is, for the record that comes when its turn comes.
     enum Kind : unsigned char { kArray, kTable };
 
     bool ReadHeader();
@@ -76,8 +84,8 @@ private:
     template <class Unit>
     bool TakeValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit);
 
-    [[nodiscard]] std::uint32_t UnitCount(std::uint32_t table) const { return LoadWord(unit_counts_ + table * 4U); }
-    [[nodiscard]] std::uint32_t NodeCount(std::uint32_t table) const { return LoadWord(node_counts_ + table * 4U); }
+    [[nodiscard]] std::uint32_t UnitCount(std::uint32_t table) const { return WordAt(unit_counts_, table); }
+    [[nodiscard]] std::uint32_t NodeCount(std::uint32_t table) const { return WordAt(node_counts_, table); }
 
     Cursor cursor_;
     BinTree& tree_;
@@ -93,6 +101,7 @@ private:
     std::uint32_t elements_used_ = 0;
 };
 
+/// A file without even a root is none.
 bool BinaryLoader::ReadHeader() {
     for (std::uint32_t* field : {&header_.magic, &header_.node_count, &header_.strings_size, &header_.table_count,
                                  &header_.table_unit_count, &header_.array_count, &header_.array_unit_count}) {
@@ -122,6 +131,7 @@ bool BinaryLoader::CutSections() {
     return body_size <= cursor_.Left();
 }
 
+/// REQUIRES: the counts fit the body, which also keeps the sum of the containers from running over
 bool BinaryLoader::MakeObjects() {
     return tree_.nodes.Make(header_.node_count) && tree_.tables.Make(header_.table_count) &&
            tree_.arrays.Make(header_.array_count) && tree_.table_units.Make(unit_count_) &&
@@ -143,6 +153,8 @@ void BinaryLoader::PlaceTables() {
     }
 }
 
+/// Takes the containers in their order, which each record that is read makes longer. One that nobody holds never gets a
+/// turn; that and whatever else wasn't used up shows at the end.
 bool BinaryLoader::ReadBody() {
     kinds_[0] = kTable;
     std::uint32_t tables_read = 0, arrays_read = 0;
@@ -161,26 +173,25 @@ bool BinaryLoader::ReadBody() {
 /// Children follow in the order of their parents. So `placed`, the first node without a parent, is where those of the
 /// next node begin, and a node must have got its parent before its turn comes.
 bool BinaryLoader::ReadTable(BinTable& table, std::uint32_t node_count) {
-    KeyNode* const end = table.root_node + node_count;
-    KeyNode* placed = table.root_node + 1;
-    BinTable::Unit* unit = table.units;
-    BinTable::Unit* const units_end = table.units + table.count;
-    // Marks a first child until it is read; only further ones have a byte to be compared with.
-    table.root_node->word = 1;
-    for (KeyNode* node = table.root_node; node != placed; ++node) {
+    KeyNode* const nodes = table.root_node;
+    std::uint32_t placed = 1;
+    std::uint32_t unit = 0;
+    nodes[0].word = 1; // marks a first child until it is read; only further ones have a byte to be compared with
+    for (std::uint32_t index = 0; index < placed; ++index) {
+        KeyNode& node = nodes[index];
         std::uint32_t word;
         if (!cursor_.ReadWord(word)) return false;
-        if (node->word == 0 && KeyByte(word) <= KeyByte(node[-1].word)) return false;
-        if (ChildCount(word) > static_cast<std::uint64_t>(end - placed)) return false;
-        if (ChildCount(word) != 0) placed->word = 1;
-        node->word = word;
-        node->children = placed;
+        if (node.word == 0 && KeyByte(word) <= KeyByte(nodes[index - 1].word)) return false;
+        if (ChildCount(word) > node_count - placed) return false;
+        if (ChildCount(word) != 0) nodes[placed].word = 1;
+        node.word = word;
+        node.children = placed;
         placed += ChildCount(word);
         if ((word & (kTerminalBit | kValueBits)) == 0) continue;
-        if (unit == units_end || !ReadEntry(word, *unit)) return false;
-        node->unit = unit++;
+        if (unit == table.count || !ReadEntry(word, table.units[unit])) return false;
+        node.unit = unit++;
     }
-    return placed == end && unit == units_end;
+    return placed == node_count && unit == table.count;
 }
 
 /// A node with value bits that isn't terminal is refused here.
@@ -191,6 +202,7 @@ bool BinaryLoader::ReadEntry(std::uint32_t word, BinTable::Unit& unit) {
     return unit.key != nullptr && TakeValue((word & kValueBits) >> kValueShift, value, unit.key, unit);
 }
 
+/// The elements of all arrays lie side by side, so an array can only take what those before it have left.
 bool BinaryLoader::ReadArray(BinArray& array) {
     std::uint32_t count;
     if (!cursor_.ReadWord(count) || count > header_.array_unit_count - elements_used_) return false;

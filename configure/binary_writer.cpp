@@ -31,6 +31,7 @@ std::uint32_t ValueBit(std::uint32_t kind) {
     }
 }
 
+/// One file in the making. The tree must stay as it is until Compile returns, and isn't needed after it.
 class BinaryWriter {
 public:
     [[nodiscard]] bool Compile(ITable& root);
@@ -63,6 +64,7 @@ private:
     Tessarin::List<IIterator*> units_;     // its Units, by their numbers in the trie
 };
 
+/// The list of containers is the queue of the walk, and grows while it is gone through.
 bool BinaryWriter::Compile(ITable& root) {
     if (!containers_.Push({&root, nullptr, kNoPlace})) return false;
     for (std::uint32_t index = 0; index < containers_.Count(); ++index) {
@@ -78,6 +80,7 @@ bool BinaryWriter::Compile(ITable& root) {
     return true;
 }
 
+/// A table's record and its two counts.
 bool BinaryWriter::AddTable(ITable& table) {
     if (!CollectUnits(table) || !trie_.Build()) return false;
     std::uint32_t terminals = 0;
@@ -106,6 +109,7 @@ bool BinaryWriter::CollectUnits(ITable& table) {
     return true;
 }
 
+/// A node at which a key ends. The key comes into the pool before the text: the order of first use is part of the form.
 bool BinaryWriter::AddEntry(std::uint32_t word, IIterator& unit) {
     const std::uint32_t value_bit = ValueBit(unit.GetType());
     const std::uint32_t key = pool_.OffsetOf(unit.GetKey());
@@ -113,6 +117,7 @@ bool BinaryWriter::AddEntry(std::uint32_t word, IIterator& unit) {
            AddValue(value_bit, unit);
 }
 
+/// Counted on the way and not asked for, so that the count can't differ from what follows it.
 bool BinaryWriter::AddArray(IArray& array) {
     const std::uint32_t place = body_.Size();
     std::uint32_t count = 0;
@@ -145,6 +150,7 @@ bool BinaryWriter::AddValue(std::uint32_t value_bit, IIterator& unit) {
     }
 }
 
+/// Word by word: a record's bytes would be those of this machine.
 bool BinaryWriter::MakeHeader(ByteBuffer& bytes) const {
     for (const std::uint32_t field : {header_.magic, header_.node_count, header_.strings_size, header_.table_count,
                                       header_.table_unit_count, header_.array_count, header_.array_unit_count}) {
@@ -153,6 +159,7 @@ bool BinaryWriter::MakeHeader(ByteBuffer& bytes) const {
     return true;
 }
 
+/// All parts are within the limit of a file by themselves; only together they may not be.
 bool BinaryWriter::WriteTo(IFileIO& fileio, void* handle) {
     ByteBuffer header;
     if (!MakeHeader(header)) return false;

@@ -12,6 +12,7 @@
 
 namespace Configure {
 
+/// Invariant: size_ <= capacity_ <= kMostFileBytes
 class ByteBuffer {
 public:
     ByteBuffer() = default;
@@ -29,6 +30,7 @@ public:
         return taken;
     }
 
+    // False as Take answers null.
     [[nodiscard]] bool PutByte(unsigned char byte) {
         unsigned char* taken = Take(1);
         if (taken == nullptr) return false;

@@ -7,6 +7,7 @@
 #include "configure/string_pool.h"
 
 #include "core/library_state.h"
+#include "core/text_batch.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -27,17 +28,18 @@ std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::u
 
 } // namespace
 
+/// Twice through the bytes: the places first, so that the room for the texts is made once.
 bool StringPool::Read(const unsigned char* bytes, std::uint32_t size) {
     size_ = size;
     if (!stretches_.Make(size / kStretch + 1) || !FindStarts(bytes)) return false;
+    Tessarin::TextBatch batch(Tessarin::library_state->strings);
     std::uint32_t start = 0;
     for (cstr& text : texts_) {
         const std::uint32_t next = NextStart(bytes, start, size);
-        text = Tessarin::library_state->strings.Intern(reinterpret_cast<const char*>(bytes + start), next - start - 1);
-        if (text == nullptr) return false;
+        if (!batch.Add({reinterpret_cast<const char*>(bytes + start), next - start - 1, false, &text})) return false;
         start = next;
     }
-    return true;
+    return batch.InternAll();
 }
 
 /// Marks where texts start, and makes the room for them.
@@ -55,6 +57,7 @@ bool StringPool::FindStarts(const unsigned char* bytes) {
     return texts_.Make(count);
 }
 
+/// The index has room before it is searched: the slot found free is then the text's own.
 std::uint32_t PoolBuilder::OffsetOf(cstr text) {
     if (text == nullptr) text = Tessarin::library_state->strings.Intern("");
     if (text == nullptr) return kNoOffset;

@@ -37,6 +37,7 @@ bool TrieBuilder::Add(cstr key, bool may_share) {
     return keys_.Push({0, key, Tessarin::CstrLength(key), keys_.Count(), 0, may_share});
 }
 
+/// One level of the trie after the other. The ranges of a level don't overlap, so a level is no longer than the keys.
 bool TrieBuilder::Build() {
     nodes_.Clear();
     if (!Sort() || !MergeEqualKeys() || HoldsTooManyNodes()) return false;
