@@ -6,14 +6,18 @@
 //  2. Every byte is read through a Cursor, which can't leave the file.
 //  3. A table's record has exactly its number of nodes and of keys, and a node's children lie within its table. So each
 //     node but the roots has one parent in front of it, and each key has a Unit.
-//  4. Tables are handed out in table order. An array's number must be the next in array order. So each table and each
+//  4. The way to a node spells the key that ends there, so keys can be found by their texts and the trie isn't kept.
+//  5. Tables are handed out in table order. An array's number must be the next in array order. So each table and each
 //     array but the root has one parent that comes before it: the result is a tree, however deep.
-//  5. All that was announced must have turned up at the end.
+//  6. All that was announced must have turned up at the end.
 
 #include "configure/binary_loader.h"
 
 #include "configure/default_tables.h"
 #include "configure/string_pool.h"
+#include "core/string_table.h"
+
+#include <algorithm>
 
 namespace Configure {
 namespace {
@@ -64,7 +68,7 @@ public:
     [[nodiscard]] bool Load() {
         if (!ReadHeader() || !CutSections() || !MakeObjects()) return false;
         PlaceTables();
-        if (!ReadBody()) return false;
+        if (!ReadBody() || !tree_.IndexKeys()) return false;
         for (BinTable& table : tree_.tables) WireDefault(table); // their lookups intern nothing, so they can't fail
         return true;
     }
@@ -72,6 +76,13 @@ public:
 private:
     // What a container is, for the record that comes when its turn comes.
     enum Kind : unsigned char { kArray, kTable };
+
+    // A node of a trie, as a step on the way to a key.
+    struct Step {
+        std::uint32_t parent;
+        unsigned char byte;
+    };
+    static constexpr std::uint32_t kNoParent = UINT32_MAX;
 
     bool ReadHeader();
     bool CutSections();
@@ -81,6 +92,7 @@ private:
     bool ReadTable(BinTable& table, std::uint32_t node_count);
     bool ReadEntry(std::uint32_t word, BinTable::Unit& unit);
     bool ReadArray(BinArray& array);
+    [[nodiscard]] bool LeadsTo(std::uint32_t node, cstr key) const;
     template <class Unit>
     bool TakeValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit);
 
@@ -93,8 +105,10 @@ private:
     const unsigned char* pool_ = nullptr;
     const unsigned char* unit_counts_ = nullptr;
     const unsigned char* node_counts_ = nullptr;
+    std::uint32_t most_nodes_ = 0; // of one table
     std::uint32_t unit_count_ = 0; // of all tables: what the header says may be more
     StringPool strings_;
+    ObjectArray<Step> path_;          // of the table at hand
     ObjectArray<Kind> kinds_;         // the containers in their order, as they are handed out
     std::uint32_t tables_handed_ = 1; // the root is
     std::uint32_t arrays_handed_ = 0;
@@ -122,6 +136,7 @@ bool BinaryLoader::CutSections() {
         if (NodeCount(table) == 0) return false; // not even a root
         units += UnitCount(table);
         nodes += NodeCount(table);
+        most_nodes_ = std::max(most_nodes_, NodeCount(table));
     }
     if (nodes != header_.node_count || units > nodes || units > header_.table_unit_count) return false;
     unit_count_ = static_cast<std::uint32_t>(units);
@@ -133,22 +148,19 @@ bool BinaryLoader::CutSections() {
 
 /// REQUIRES: the counts fit the body, which also keeps the sum of the containers from running over
 bool BinaryLoader::MakeObjects() {
-    return tree_.nodes.Make(header_.node_count) && tree_.tables.Make(header_.table_count) &&
+    return path_.Make(most_nodes_) && tree_.tables.Make(header_.table_count) &&
            tree_.arrays.Make(header_.array_count) && tree_.table_units.Make(unit_count_) &&
            tree_.array_units.Make(header_.array_unit_count) && kinds_.Make(header_.table_count + header_.array_count) &&
            strings_.Read(pool_, header_.strings_size);
 }
 
-/// Gives each table its runs of nodes and Units.
+/// Gives each table its run of Units.
 void BinaryLoader::PlaceTables() {
-    KeyNode* nodes = tree_.nodes.begin();
     BinTable::Unit* units = tree_.table_units.begin();
     for (std::uint32_t index = 0; index < header_.table_count; ++index) {
         BinTable& table = tree_.tables[index];
         table.count = UnitCount(index);
-        table.root_node = nodes;
         table.units = units;
-        nodes += NodeCount(index);
         units += table.count;
     }
 }
@@ -173,25 +185,30 @@ bool BinaryLoader::ReadBody() {
 /// Children follow in the order of their parents. So `placed`, the first node without a parent, is where those of the
 /// next node begin, and a node must have got its parent before its turn comes.
 bool BinaryLoader::ReadTable(BinTable& table, std::uint32_t node_count) {
-    KeyNode* const nodes = table.root_node;
     std::uint32_t placed = 1;
     std::uint32_t unit = 0;
-    nodes[0].word = 1; // marks a first child until it is read; only further ones have a byte to be compared with
+    path_[0].parent = kNoParent;
     for (std::uint32_t index = 0; index < placed; ++index) {
-        KeyNode& node = nodes[index];
         std::uint32_t word;
-        if (!cursor_.ReadWord(word)) return false;
-        if (node.word == 0 && KeyByte(word) <= KeyByte(nodes[index - 1].word)) return false;
-        if (ChildCount(word) > node_count - placed) return false;
-        if (ChildCount(word) != 0) nodes[placed].word = 1;
-        node.word = word;
-        node.children = placed;
-        placed += ChildCount(word);
+        if (!cursor_.ReadWord(word) || ChildCount(word) > node_count - placed) return false;
+        path_[index].byte = KeyByte(word);
+        const bool has_elder = index != 0 && path_[index - 1].parent == path_[index].parent;
+        if (has_elder && path_[index - 1].byte >= path_[index].byte) return false;
+        for (std::uint32_t left = ChildCount(word); left != 0; --left) path_[placed++].parent = index;
         if ((word & (kTerminalBit | kValueBits)) == 0) continue;
         if (unit == table.count || !ReadEntry(word, table.units[unit])) return false;
-        node.unit = unit++;
+        if (!LeadsTo(index, table.units[unit++].key)) return false;
     }
     return placed == node_count && unit == table.count;
+}
+
+/// Whether the way from the root to a node spells the key that ends there. The table finds its keys by their texts.
+bool BinaryLoader::LeadsTo(std::uint32_t node, cstr key) const {
+    std::uint32_t left = Tessarin::CstrLength(key);
+    for (; path_[node].parent != kNoParent; node = path_[node].parent) {
+        if (left == 0 || static_cast<unsigned char>(key[--left]) != path_[node].byte) return false;
+    }
+    return left == 0;
 }
 
 /// A node with value bits that isn't terminal is refused here.

@@ -19,14 +19,14 @@ public:
     ObjectArray(const ObjectArray&) = delete;
     ObjectArray& operator=(const ObjectArray&) = delete;
 
-    /// Makes `count` objects, their fields as they initialise themselves. False if memory runs out, the array then
-    /// empty. REQUIRES: the array is empty
+    /// Makes `count` objects, their fields as they initialise themselves, numbers 0. False if memory runs out, the
+    /// array then empty. REQUIRES: the array is empty
     [[nodiscard]] bool Make(std::uint32_t count) {
         if (count == 0) return true;
         objects_ = static_cast<T*>(Tessarin::AllocateArray(count, sizeof(T)));
         if (objects_ == nullptr) return false;
         count_ = count;
-        std::uninitialized_default_construct_n(objects_, count);
+        std::uninitialized_value_construct_n(objects_, count);
         return true;
     }
 

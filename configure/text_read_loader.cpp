@@ -116,6 +116,7 @@ bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree) {
     if (!scanner.Walk(builder) || !ReadyToWire()) return false;
     NameChildren(tree);
     for (TxtTableReader& table : tree.tables) table.Sort();
+    if (!tree.IndexKeys()) return false;
     for (TxtTableReader& table : tree.tables) WireDefault(table);
     return true;
 }

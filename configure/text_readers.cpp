@@ -1,21 +1,16 @@
 #include "configure/text_readers.h"
 
 #include <algorithm>
+#include <cstring>
 #include <functional>
 
 namespace Configure {
 
-// Halves the run until one Unit is left, without a branch that depends on the comparison: half of those would be
-// foreseen wrongly, which costs more than the step.
-TxtTableReader::Unit* TxtTableReader::Search(cstr key) const {
-    if (count == 0) return nullptr;
-    Unit* first = units;
-    for (std::uint32_t left = count; left > 1;) {
-        const std::uint32_t half = left / 2;
-        first = std::less_equal<>()(first[half].key, key) ? first + half : first;
-        left -= half;
-    }
-    return first->key == key ? first : nullptr;
+TxtTableReader::Unit* TxtTableReader::Search(const char* key) const {
+    const std::size_t length = std::strlen(key);
+    Unit* unit = index.Find(units, key, length);
+    if (unit == nullptr) static_cast<void>(Tessarin::library_state->strings.InternLowerCase(key, length));
+    return unit;
 }
 
 void TxtTableReader::Sort() {

@@ -4,6 +4,8 @@
 #define TESSARIN_CONFIGURE_UNIT_RUNS_H
 
 #include "configure/getter_contract.h"
+#include "configure/key_index.h"
+#include "configure/object_array.h"
 
 #include <cstdint>
 
@@ -45,6 +47,51 @@ struct ArrayReader final : UnitRun<ArrayReader, ArrayContract<ArrayReader>, Arra
     Unit* units = nullptr;
 
     [[nodiscard]] Unit* UnitAt(std::uint32_t position) const { return position < count ? units + position : nullptr; }
+};
+
+/// A table that is only read. Keys are found by the text that they are asked for with, so a key needs not be interned
+/// to be found; a family says in its Search what happens to one that isn't.
+template <class Self>
+struct TableReader : UnitRun<Self, TableContract<Self>, TableUnit> {
+    std::uint32_t count = 0;
+    cstr name = nullptr; // the key under which the table stands; null for the root and for an element of an array
+    TableUnit* units = nullptr;
+    ITable* default_table = nullptr;
+    KeyIndex index;
+
+    static const char* KeyOf(const char* text) { return text; }
+};
+
+/// All that a load for reading makes: each table's Units, and each array's, are a run of the shared ones, and its index
+/// a run of the slots.
+template <class Table>
+struct ReadTree {
+    ObjectArray<Table> tables; // the root first
+    ObjectArray<ArrayReader> arrays;
+    ObjectArray<TableUnit> table_units;
+    ObjectArray<ArrayUnit> array_units;
+    ObjectArray<std::uint32_t> slots;
+
+    /// Makes the tables ready for lookups, once their Units are in their order. False if memory runs out.
+    [[nodiscard]] bool IndexKeys() {
+        std::uint32_t slot_count = 0;
+        for (const Table& table : tables) slot_count += KeyIndex::SlotsFor(table.count);
+        if (!slots.Make(slot_count)) return false;
+        std::uint32_t* next = slots.begin();
+        for (Table& table : tables) {
+            table.index.Build(next, table.units, table.count);
+            next += KeyIndex::SlotsFor(table.count);
+        }
+        return true;
+    }
+
+    void Clear() {
+        tables.Clear();
+        table_units.Clear();
+        arrays.Clear();
+        array_units.Clear();
+        slots.Clear();
+    }
 };
 
 } // namespace Configure

@@ -3,6 +3,7 @@
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
 
+#include "configure/binary_format.h"
 #include "configure/binary_loader.h"
 #include "configure/binary_writer.h"
 #include "configure/text_read_loader.h"
