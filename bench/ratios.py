@@ -4,7 +4,8 @@ import json
 import statistics
 import sys
 
-# What is measured; our benchmark and the peer's; the ratio of the times, ours to theirs, that is to be reached.
+# What is measured; our benchmark and the peer's; the ratio of the times, ours to theirs, that is to be reached, or None
+# for a peer that is there for orientation.
 ROWS = [
     ("intern hot texts, one thread", "HotTessarin/real_time/threads:1", "HotPeer/real_time/threads:1", 1.0),
     ("intern hot texts, two threads", "HotTessarin/real_time/threads:2", "HotPeer/real_time/threads:2", 1 / 3),
@@ -48,32 +49,71 @@ ROWS = [
                                ("runs from a pool", "RunsTessarin", "RunsStd"),
                                ("push to an array", "PushTessarin", "PushStd"))
       for how, inlined in (("inlined", "true"), ("behind a call", "false"))],
+    *[(f"configuration, {what}", ours, peer, target)
+      for what, ours, peer, target in (
+          ("text to read, against libconfig++", "LoadRead/10", "LoadLibconfig/10", 1 / 4),
+          ("text to read, against toml++", "LoadRead/10", "LoadToml/10", 1 / 12),
+          ("1 MB of text to read, against yaml-cpp", "LoadRead/1", "LoadYaml/1", 1 / 30),
+          ("text to edit, against libconfig++", "LoadEdit/10", "LoadLibconfig/10", 1 / 2),
+          ("binary, against our text", "LoadBinary/10", "LoadRead/10", 1 / 2.5),
+          ("binary, against msgpack", "LoadBinary/10", "UnpackMsgpack/10", None),
+          ("binary, against a check of FlexBuffers", "LoadBinary/10", "CheckFlexBuffers/10", None),
+          ("save binary, against a load of text", "SaveBinary/10", "LoadRead/10", 2.0),
+          ("save text, against a load of text", "SaveText/10", "LoadRead/10", 1.0))],
+    *[(f"first load of a process, {what}", f"First{ours}/10/iterations:1", f"First{peer}/10/iterations:1", target)
+      for what, ours, peer, target in (("configuration, libconfig++", "Read", "Libconfig", 1 / 4),
+                                       ("configuration, toml++", "Read", "Toml", 1 / 12),
+                                       ("configuration, yaml-cpp", "Read", "Yaml", 1 / 30),
+                                       ("to edit, libconfig++", "Edit", "Libconfig", 1 / 2))],
+    *[(f"{what} of {size} in {form}, against {peer}", f"{row}<{ours}>/{size}", f"{row}<{name}>/{size}", target)
+      for row, what in (("Find", "find"), ("FindNone", "miss"))
+      for form, ours in (("text", "TextTable"), ("binary", "BinaryTable"))
+      for peer, name, target in (("nlohmann", "NlohmannObject", 1.0), ("FlexBuffers", "FlexMap", 1.0),
+                                 ("absl", "AbslMap", 2.0))
+      for size in (8, 64, 1000, 100000)
+      if name != "AbslMap" or size <= 1000],
+    *[(f"configuration, {what}, {size // 10} to {size} MB", f"{row}/{size}", f"{row}/{size // 10}", 11.0)
+      for what, row in (("text to read", "LoadRead"), ("text to edit", "LoadEdit"), ("binary", "LoadBinary"),
+                        ("save binary", "SaveBinary"), ("save text", "SaveText"))
+      for size in (10, 100)],
 ]
+
+# What a first load of a process has taken of memory at its most; its benchmark.
+MEMORY = [(f"most memory of 10 MB of configuration, {what}", f"First{row}/10/iterations:1")
+          for what, row in (("to read", "Read"), ("to edit", "Edit"), ("libconfig++", "Libconfig"),
+                            ("toml++", "Toml"), ("yaml-cpp", "Yaml"))]
 
 UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def medians(paths):
-    """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, else CPU time."""
-    runs = {}
+    """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, else CPU time.
+    A second one of the memory that those tell which count it."""
+    runs, peaks = {}, {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
             for result in json.load(file)["benchmarks"]:
                 if result["run_type"] == "iteration":
                     time = result["real_time" if "real_time" in result["run_name"] else "cpu_time"]
                     runs.setdefault(result["run_name"], []).append(time * UNITS[result["time_unit"]])
-    return {name: statistics.median(times) for name, times in runs.items()}
+                    if "peak" in result:
+                        peaks.setdefault(result["run_name"], []).append(result["peak"])
+    return [{name: statistics.median(values) for name, values in found.items()} for found in (runs, peaks)]
 
 
 def main():
-    found = medians(sys.argv[1:])
-    print(f"{'':52}{'ours':>14}{'peer':>14}{'ratio':>8}{'target':>8}")
+    found, peaks = medians(sys.argv[1:])
+    print(f"{'':56}{'ours':>14}{'peer':>14}{'ratio':>8}{'target':>8}")
     for label, ours, peer, target in ROWS:
         if ours not in found or peer not in found:
             continue
         ratio = found[ours] / found[peer]
-        verdict = "" if ratio <= target else "  missed"
-        print(f"{label:52}{found[ours]:12.1f}ns{found[peer]:12.1f}ns{ratio:8.2f}{target:8.2f}{verdict}")
+        goal = f"{'-':>8}" if target is None else f"{target:8.2f}"
+        verdict = "" if target is None or ratio <= target else "  missed"
+        print(f"{label:56}{found[ours]:12.1f}ns{found[peer]:12.1f}ns{ratio:8.2f}{goal}{verdict}")
+    for label, name in MEMORY:
+        if name in peaks:
+            print(f"{label:56}{peaks[name] / 1e6:12.1f}MB")
 
 
 main()

@@ -5,32 +5,27 @@
 #include <cstring>
 
 namespace Configure {
-namespace {
-
-/// The text of one piece, which may use `digits`; null if there is none.
-const char* PieceText(char letter, std::va_list& arguments, Tessarin::IntegerText& digits) {
-    switch (letter) {
-    case 'i':
-        digits = Tessarin::IntegerToText(va_arg(arguments, std::int32_t));
-        return digits.text;
-    case 's':
-        return va_arg(arguments, const char*);
-    case 'p':
-        return Tessarin::library_state->strings.InternPath(va_arg(arguments, const char*));
-    default:
-        return nullptr;
-    }
-}
-
-} // namespace
-
 CompositeKey::CompositeKey(const char* format, std::va_list arguments, bool keep_last_colon)
     : built_(format != nullptr) {
     std::va_list rest;
-    va_copy(rest, arguments); // a va_list that is a parameter can't be handed on by reference
+    va_copy(rest, arguments);
     for (; built_ && *format != '\0'; ++format) {
         Tessarin::IntegerText digits;
-        const char* piece = PieceText(*format, rest, digits);
+        const char* piece = nullptr;
+        switch (*format) {
+        case 'i':
+            digits = Tessarin::IntegerToText(va_arg(rest, std::int32_t));
+            piece = digits.text;
+            break;
+        case 's':
+            piece = va_arg(rest, const char*);
+            break;
+        case 'p':
+            piece = Tessarin::library_state->strings.InternPath(va_arg(rest, const char*));
+            break;
+        default:
+            break;
+        }
         built_ = piece != nullptr && PutPiece(piece, std::strlen(piece));
     }
     va_end(rest);

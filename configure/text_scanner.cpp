@@ -300,11 +300,11 @@ TextScanner::Range TextScanner::KeyBehindScalar(const Body& stretch) {
 }
 
 /// A key behind a scalar. Its blanks don't count but in quotes.
-bool TextScanner::TakeKey(Range range, Range stops, cstr* place) {
-    if (range.first == range.last) return false;
-    if (IsPlainKey(range)) return TakePlainKey(range, place);
+bool TextScanner::TakeKey(Range key_range, Range stops, cstr* place) {
+    if (key_range.first == key_range.last) return false;
+    if (IsPlainKey(key_range)) return TakePlainKey(key_range, place);
     KeyText key;
-    for (std::uint32_t position = range.first; position < range.last; ++position) {
+    for (std::uint32_t position = key_range.first; position < key_range.last; ++position) {
         if (!Is(kWhite, text_[position])) PutPiece(position, stops, key);
     }
     return key.Intern(place);

@@ -73,9 +73,9 @@ private:
     bool CloseBlock(std::uint32_t open, bool has_equals, std::uint32_t end);
 
     template <class Receiver>
-    bool WalkTable(Body body, Receiver& receiver);
+    bool WalkTable(Body rest, Receiver& receiver);
     template <class Receiver>
-    bool WalkArray(Body body, Receiver& receiver);
+    bool WalkArray(Body rest, Receiver& receiver);
     template <class Receiver>
     bool BeginEntry(const Body& stretch, bool behind_scalar, Receiver& receiver);
     template <class Receiver>
@@ -97,11 +97,11 @@ private:
     // The scans. Each sees to it that a text comes to its place. False if there is none, or it can't be had.
     void PutPiece(std::uint32_t& position, Range stops, KeyText& key);
     [[nodiscard]] bool TakeFirstKey(const Body& stretch, cstr* place);
-    [[nodiscard]] bool TakeKey(Range key, Range stops, cstr* place);
+    [[nodiscard]] bool TakeKey(Range key_range, Range stops, cstr* place);
     [[nodiscard]] bool TakeValue(const Body& stretch, cstr* place);
     [[nodiscard]] bool TakeBare(Range stretch, cstr* place);
     [[nodiscard]] bool TakeQuoted(const Stop& quote, cstr* place);
-    [[nodiscard]] bool TakeText(Range text, cstr* place);
+    [[nodiscard]] bool TakeText(Range range, cstr* place);
     [[nodiscard]] bool TakePlainKey(Range key, cstr* place);
     [[nodiscard]] bool IsPlainKey(Range key) const;
     [[nodiscard]] Range KeyBehindScalar(const Body& stretch);
