@@ -21,9 +21,7 @@ std::int32_t IntegerOf(cstr text) {
     return text == nullptr ? 0 : Tessarin::TextToInteger(text, text + CstrLength(text));
 }
 
-float FloatOf(cstr text) {
-    return text == nullptr ? 0.0F : static_cast<float>(Tessarin::TextToReal(text, text + CstrLength(text)));
-}
+float FloatOf(cstr text) { return text == nullptr ? 0.0F : Tessarin::TextToFloat(text, text + CstrLength(text)); }
 
 bool BoolOf(cstr text) { return text != nullptr && !IsWord(text, "0") && !IsWord(text, "false"); }
 

@@ -20,8 +20,8 @@ void WireDefault(Table& table) {
     }
 }
 
-/// Whether the lookups of the wiring can't fail any more: they intern the key, and an entry must not stay unwired for
-/// want of memory.
+/// Whether the lookups of the wiring can't fail any more, in families whose lookups intern the key: a table must not
+/// stay without its default for want of memory.
 [[nodiscard]] inline bool ReadyToWire() { return Tessarin::library_state->strings.Intern("_default") != nullptr; }
 
 } // namespace Configure

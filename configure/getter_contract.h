@@ -4,8 +4,8 @@
 ///
 ///   a Unit    kind, value, and key if it is a table's
 ///   a table   default_table; Unit, its Units' type; Search(key), the table's own Unit of a key; KeyOf(text), what
-///   Search
-///             takes for a text, null if that can't be made; kKeepsLastColon, how it spells composite keys; iteration
+///             Search takes for a text, null if that can't be made; kKeepsLastColon, how it spells composite keys;
+///             iteration
 ///   an array  UnitAt(position), null beyond the last; iteration
 ///
 /// Whatever changes a tree is refused here, and overridden by the one family that can be changed.

@@ -1,5 +1,16 @@
+// What is inside an interval hangs on the last bit of a float, so the arithmetic is single precision step by step: each
+// sum is stored in a volatile, past which neither registers of more bits nor fused operations carry any.
+//
+// Invariants:
+//  - the fields are the host's to write, so no operation relies on them: any bits in them, a nan or bounds out of order
+//    too, give some answer, and no conversion is undefined;
+//  - a scan answers `length` at most, and what is added to a position that it found is within `length`: nothing wraps,
+//    with lengths up to the last of 32 bits;
+//  - the seed is the only state beyond an object.
+
 #include "tessarin/interval.h"
 
+#include "platform/nearest_rounding.h"
 #include "platform/number_text.h"
 
 #include <atomic>
@@ -27,6 +38,12 @@ std::uint32_t LengthOf(const char* text) {
 std::uint32_t NextOf(char one, char other, const char* text, std::uint32_t length, std::uint32_t position) {
     while (position < length && text[position] != one && text[position] != other) ++position;
     return position;
+}
+
+/// In single precision, also on processors that would carry the number in a wider register.
+float FloatOf(std::int32_t number) {
+    const volatile float rounded = static_cast<float>(number);
+    return rounded;
 }
 
 /// Towards zero, held to what an integer can be; 0 for a nan.
@@ -78,7 +95,7 @@ unsigned char Interval::Load(const char* text) { return text == nullptr ? 0 : Lo
 
 unsigned char Interval::Load(const char* text, std::uint32_t length) {
     if (text == nullptr || _Load(text, length) == 0) return 0;
-    const float below_lower = lower - kTolerance;
+    const volatile float below_lower = lower - kTolerance;
     if (below_lower > upper) {
         std::swap(lower, upper);
         std::swap(lower_int, upper_int);
@@ -88,12 +105,10 @@ unsigned char Interval::Load(const char* text, std::uint32_t length) {
     return 1;
 }
 
-// The tests of a float are meant as they stand, in single precision: volatile, for processors that would carry the sums
-// in wider registers.
 unsigned char Interval::Hit(float value) const {
     if ((flags & ~kAllFlags) != 0) return 0;
-    const float its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : static_cast<float>(lower_int);
-    const float its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : static_cast<float>(upper_int);
+    const float its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
+    const float its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
     const volatile float above = value + kTolerance;
     const volatile float below = value - kTolerance;
     const bool over_lower = ((flags & INTERVAL_LOWER_OPEN) != 0 ? below : above) > its_lower;
@@ -103,7 +118,7 @@ unsigned char Interval::Hit(float value) const {
 
 unsigned char Interval::Hit(std::int32_t value) const {
     if ((flags & ~kAllFlags) != 0) return 0;
-    const auto real = static_cast<float>(value);
+    const float real = FloatOf(value);
     const bool lower_is_real = (flags & INTERVAL_LOWER_REAL) != 0, upper_is_real = (flags & INTERVAL_UPPER_REAL) != 0;
     const bool at_lower = lower_is_real ? real == lower : value == lower_int;
     const bool at_upper = upper_is_real ? real == upper : value == upper_int;
@@ -133,17 +148,18 @@ unsigned char Interval::To(std::int32_t& its_lower, std::int32_t& its_upper) con
 }
 
 unsigned char Interval::To(float& its_lower, float& its_upper) const {
-    its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : static_cast<float>(lower_int);
-    its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : static_cast<float>(upper_int);
+    its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
+    its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
     return 1;
 }
 
 float Interval::Random() const {
-    // Each step rounded to single precision, in this order.
+    // The order of the steps decides which hundred values there are.
     const volatile float part = static_cast<float>(NextRandom() % 100) * 0.01F;
     const volatile float width = upper - lower;
     const volatile float above = part * width;
-    return above + lower;
+    const volatile float drawn = above + lower;
+    return drawn;
 }
 
 unsigned char Interval::CanToInterval(const char* text) {
@@ -192,7 +208,8 @@ void Interval::_GetValue(const char* text, std::uint32_t length, float& float_va
         int_value = Truncate(float_value);
     } else {
         int_value = _GetInteger(text, start, end);
-        float_value = static_cast<float>(int_value);
+        const Tessarin::NearestRounding rounding;
+        float_value = FloatOf(int_value);
     }
 }
 
@@ -203,7 +220,7 @@ std::int32_t Interval::_GetInteger(const char* text, std::uint32_t start, std::u
 
 float Interval::_GetFloat(const char* text, std::uint32_t start, std::uint32_t end) {
     if (start >= end || end - start > kMostTokenBytes) return 0;
-    return static_cast<float>(Tessarin::TextToReal(text + start, text + end));
+    return Tessarin::TextToFloat(text + start, text + end);
 }
 
 std::uint32_t Interval::_NextPosIsLeftBracket(const char* text, std::uint32_t length, std::uint32_t position) {

@@ -5,6 +5,7 @@
 #include <cstring>
 
 namespace Configure {
+
 CompositeKey::CompositeKey(const char* format, std::va_list arguments, bool keep_last_colon)
     : built_(format != nullptr) {
     std::va_list rest;

@@ -13,9 +13,17 @@ TxtTableReader::Unit* TxtTableReader::Search(const char* key) const {
     return unit;
 }
 
+// Most tables are small, and a sort that keeps the order of equal keys takes memory for each.
 void TxtTableReader::Sort() {
-    std::sort(units, units + count,
-              [](const Unit& left, const Unit& right) { return std::less<>()(left.key, right.key); });
+    constexpr std::uint32_t kFew = 16;
+    const auto before = [](const Unit& left, const Unit& right) { return std::less<>()(left.key, right.key); };
+    if (count > kFew) {
+        std::stable_sort(units, units + count, before);
+        return;
+    }
+    for (Unit* unit = units; unit != units + count; ++unit) {
+        std::rotate(std::upper_bound(units, unit, *unit, before), unit, unit + 1);
+    }
 }
 
 } // namespace Configure

@@ -8,7 +8,7 @@
 namespace Configure {
 
 /// Invariant: the Units stand in ascending order of their keys' addresses, which never change; equal keys are
-/// neighbours.
+/// neighbours, in the order of the file.
 struct TxtTableReader final : TableReader<TxtTableReader> {
     static constexpr bool kKeepsLastColon = true;
 

@@ -191,6 +191,13 @@ double TextToReal(const char* first, const char* last) {
     return negative ? -magnitude : magnitude;
 }
 
+float TextToFloat(const char* first, const char* last) {
+    const NearestRounding rounding;
+    // Volatile, or compilers put the narrowing off until the host's rounding is back.
+    const volatile float nearest = static_cast<float>(TextToReal(first, last));
+    return nearest;
+}
+
 IntegerText IntegerToText(std::int32_t number) { return DecimalText(number); }
 
 IntegerText IntegerToText(std::uint32_t number) { return DecimalText(number); }

@@ -19,6 +19,9 @@ std::int32_t TextToInteger(const char* first, const char* last);
 /// returns  the value; infinity of the sign when it is too large, zero of the sign when it is too small
 double TextToReal(const char* first, const char* last);
 
+/// TextToReal, rounded on to single precision, to nearest too.
+float TextToFloat(const char* first, const char* last);
+
 /// A number as text, ended with a NUL.
 template <std::uint32_t Room>
 struct NumberText {

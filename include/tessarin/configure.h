@@ -54,6 +54,7 @@ struct IFile {
     /// access   a FileAccess; format  a FileFormat. Other numbers fail, as does editing the binary form
     /// returns  the root, borrowed; null if the file can't be read whole or isn't what `format` says, or when memory
     ///          runs out: the object is then empty. A file that isn't there fails for editing too.
+    ///          After a path too long to be interned, GetRoot answers null and Save false all the same.
     virtual ITable* Load(const char* path, std::uint32_t access, std::uint32_t format) = 0;
 
     /// Drops the content. Always true.
@@ -75,8 +76,8 @@ struct IFile {
     /// and so does nesting whose indent passes 1024 columns. What the file service's Write answers isn't looked at.
     ///
     /// FORMAT_BINARY depends on the content alone, not on how it was loaded. Of several scalars under one key it keeps
-    /// the last one; a table in which arrays or tables share a key with another entry fails, as does a form of 2 GiB
-    /// or more, and a short Write. A null text becomes an empty one.
+    /// the last one in the file; a table in which arrays or tables share a key with another entry fails, as does a form
+    /// of 2 GiB or more, and a short Write. A null text becomes an empty one.
     ///
     /// returns  false for a null or empty path and for any other format (no file is then opened), if there is no
     ///          content, if the file can't be opened, and when memory runs out

@@ -20,8 +20,10 @@ enum UnitKind : std::uint32_t { KIND_NONE = 0, KIND_STRING = 1, KIND_ARRAY = 2, 
 /// on from it. Borrowed: it ends with the file's content, and in an edited file when it is removed.
 ///
 /// The tests and getters work on the text of a Unit of KIND_STRING:
-///   integer   white space, a sign, decimal digits up to the first byte that is none; without digits 0
-///   float     likewise, with a fraction and an exponent, rounded to single precision
+///   integer   white space, a sign, decimal digits up to the first byte that is none; without digits 0. Out of range
+///             it is the low 32 bits of the value held to 64 bits
+///   float     likewise, with a fraction and an exponent, rounded to single precision; hexadecimal behind `0x`, `inf`
+///             and `nan` too
 ///   bool      false for `0` and for `false` in any case; true for any other text, the empty one included
 ///   interval  as Interval::Load reads it; the empty value for a text without one
 /// Numbers read alike in every locale. An entry that a file ends without any value has a null text: it reads as 0, 0.0,
@@ -53,7 +55,8 @@ struct IIterator {
     virtual ITable* GetTable() = 0;
     virtual Interval GetInterval() = 0;
 
-    // Changes, of an edited file only; elsewhere they do nothing and answer false, as they do when memory runs out.
+    // Changes, of an edited file only; elsewhere they do nothing and answer false, as they do when memory runs out and
+    // for a text too long to be interned.
     /// Gives an entry of a table another key, in lower case. Whether the table has that key already isn't asked, and a
     /// child keeps its old name. False for null and for an element of an array.
     virtual bool SetKey(const char* key) = 0;
@@ -79,15 +82,19 @@ protected:
 ///   composite  `format` is a row of letters, each of which takes an argument and gives a piece with a `:` behind it:
 ///              `i` an std::int32_t, `s` a text, `p` a text in path form. In a file of text form the last `:` belongs
 ///              to the key (`is` with 7 and `x` asks for `7:x:`), in one of binary form it doesn't (`7:x`). Any other
-///              letter, a null text, and a key of 1024 bytes or more find nothing; an empty format asks for the empty
-///              key.
+///              letter, a null text, and a key of 1024 bytes or more, all its `:` counted, find nothing; an empty
+///              format asks for the empty key.
 ///
-/// A getter asks this table for the key, and if it is absent there the table that serves as default, if any: a file
-/// that has a table `_default` under some key's parent gives it to each of the parent's child tables. Only that one
-/// table is asked, not its own default. What is found is then tested with the Unit's test of that name; if it fails, if
-/// nothing was found or if the lookup itself can't be made, the answer is the fallback (null, false or the empty
-/// interval where the caller gives none). A text that is no number isn't a failure: it reads as 0. Find, iteration and
-/// GetCount never look at defaults.
+/// In a file of text form, a key that isn't found is interned for good: asking for ever new keys fills memory. In one
+/// of binary form only `path` and `p` intern. Of several Units with one key, a lookup finds the first in the file.
+///
+/// A table `_default` serves as the default of its siblings: when a table's entry `_default` is a table, all tables
+/// among its entries get it, `_default` itself too. A table without one hands on what it finds under `_default` in its
+/// own default. Tables in an array get none, and the root has none. A getter asks its table for the key, and if it is
+/// absent there the default, but not the default's own. What is found is then tested with the Unit's test of that name;
+/// if it fails, if nothing was found or if the lookup itself can't be made, the answer is the fallback (null, false or
+/// the empty interval where the caller gives none). A text that is no number isn't a failure: it reads as 0. Find,
+/// iteration and GetCount never look at defaults.
 ///
 /// Threads: those of the tree, see IFile.
 struct ITable {

@@ -46,8 +46,8 @@ public:
     /// Back to the empty value.
     void Reset();
 
-    /// Reads the first interval in a text and puts its bounds in order: reversed bounds change places with all that
-    /// belongs to them, their open marks too.
+    /// Reads the first interval in a text and puts its bounds in order: bounds that are reversed by more than
+    /// 1.1920929e-7 change places with all that belongs to them, their open marks too.
     /// text     ends with a NUL; or has `length` bytes, of which all are read
     /// returns  0 for a text without an interval, the object then empty, and for null, the object then unchanged
     unsigned char Load(const char* text);
@@ -55,6 +55,7 @@ public:
 
     /// Whether a number is inside. An integer is compared exactly with a bound that was written as one; a float within
     /// 1.1920929e-7, which is lost in values above 2: a closed bound then doesn't take in its own value.
+    /// 0 if `flags` holds anything else than IntervalFlags.
     unsigned char Hit(std::int32_t value) const;
     unsigned char Hit(float value) const;
 

@@ -8,7 +8,10 @@
 #include <cfenv>
 #include <clocale>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <locale>
@@ -165,6 +168,8 @@ void ExpectPoints() {
     EXPECT_EQ(Real("0x1.8p1"), 3.0);
     EXPECT_EQ(Real("-1.25e400"), -std::numeric_limits<double>::infinity());
     EXPECT_EQ(Integer("1.234"), 1);
+    EXPECT_STREQ(Tessarin::RealToText(-1234567.25F).text, "-1234567.250000");
+    EXPECT_STREQ(Tessarin::IntegerToText(-1234567).text, "-1234567");
 }
 
 TEST(NumberText, IsTheSameInACommaLocale) {
@@ -191,14 +196,50 @@ TEST(NumberText, IsTheSameInACommaLocaleOfTheStreams) {
 }
 
 TEST(TextToReal, RoundsToNearestWhateverTheHostRoundsTo) {
+    const auto narrow = [](const std::string& text) {
+        return Tessarin::TextToFloat(text.data(), text.data() + text.size());
+    };
     const double nearest = Real("0.3");
     for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
         ASSERT_EQ(std::fesetround(mode), 0);
         const double read = Real("0.3");
+        const float narrowed[] = {narrow("0.1"), narrow("-0.7"), narrow("16777217.0"), narrow("1e39")};
         const int mode_after = std::fegetround();
         std::fesetround(FE_TONEAREST);
         EXPECT_EQ(read, nearest);
         EXPECT_EQ(mode_after, mode);
+        EXPECT_EQ(narrowed[0], 0.1F);
+        EXPECT_EQ(narrowed[1], -0.7F);
+        EXPECT_EQ(narrowed[2], 16777216.0F);
+        EXPECT_EQ(narrowed[3], std::numeric_limits<float>::infinity());
+    }
+}
+
+TEST(NumberToText, WritesWhatPrintfWrites) {
+    for (const std::int32_t number : {0, 7, -7, INT32_MAX, INT32_MIN}) {
+        EXPECT_EQ(Tessarin::IntegerToText(number).text, std::to_string(number));
+    }
+    EXPECT_STREQ(Tessarin::IntegerToText(UINT32_MAX).text, "4294967295");
+    EXPECT_EQ(Tessarin::IntegerToText(UINT32_MAX).length, 10U);
+    constexpr float kInfinity = std::numeric_limits<float>::infinity(), kNan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kMost = std::numeric_limits<float>::max();
+    // The third row is half way between two texts of six decimals.
+    std::vector<float> numbers = {0.0F,        -0.0F,      1.5F,       -2.0000005F, 1e-45F, 0.0000005F,
+                                  16777217.0F, kInfinity,  -kInfinity, kMost,       -kMost, kNan,
+                                  -kNan,       0.9999999F, 0x1p-7F,    0x3p-7F,     0x5p-7F};
+    std::mt19937 random(11);
+    for (int round = 0; round < 10000; ++round)
+        numbers.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(random())));
+    for (const float number : numbers) {
+        char expected[64];
+        std::snprintf(expected, sizeof expected, "%f", static_cast<double>(number));
+        for (const int mode : {FE_TONEAREST, FE_UPWARD, FE_DOWNWARD}) {
+            ASSERT_EQ(std::fesetround(mode), 0);
+            const Tessarin::RealText text = Tessarin::RealToText(number);
+            std::fesetround(FE_TONEAREST);
+            EXPECT_STREQ(text.text, expected);
+            EXPECT_EQ(text.length, std::strlen(expected));
+        }
     }
 }
 
