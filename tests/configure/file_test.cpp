@@ -1,0 +1,443 @@
+// The object behind a file: what loads in which way, what a save writes, and how all of it fails.
+
+#include "tests/configure/tree_text.h"
+#include "tests/support/failing_heap.h"
+#include "tests/support/small_stack.h"
+#include "tests/support/temporary_folder.h"
+
+#include <barrier>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace Configure;
+using namespace TestSupport;
+using namespace std::string_literals;
+
+class File : public testing::Test {
+protected:
+    ~File() override { EXPECT_EQ(files.handles, 0); }
+
+    MemoryFiles files;
+    FilePointer file = NewFile(files);
+};
+
+const std::string kEmptyBinary = "NIBx\1\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\1\0\0\0\0\2\0\0"s;
+
+TEST_F(File, TheFormatIsGivenOrSeenAtTheHead) {
+    const std::string text28 = "NIBx = 1" + std::string(20, ' ');
+    const std::string text27 = text28.substr(0, 27);
+    struct {
+        std::string bytes;
+        std::uint32_t access, format;
+        const char* tree; // null if it doesn't load
+    } const cases[] = {
+        {"", ACCESS_READ, FORMAT_AUTO, ""},
+        {"", ACCESS_EDIT, FORMAT_AUTO, ""},
+        {"", ACCESS_EDIT, FORMAT_TEXT, ""},
+        {"", ACCESS_READ, FORMAT_BINARY, nullptr},
+        {text27, ACCESS_READ, FORMAT_AUTO, "nibx='1'"},
+        {text27, ACCESS_READ, FORMAT_BINARY, nullptr},
+        {text28, ACCESS_READ, FORMAT_AUTO, nullptr},
+        {text28, ACCESS_READ, FORMAT_TEXT, "nibx='1'"},
+        {text28, ACCESS_EDIT, FORMAT_TEXT, "nibx='1'"},
+        {kEmptyBinary, ACCESS_READ, FORMAT_AUTO, ""},
+        {kEmptyBinary, ACCESS_READ, FORMAT_BINARY, ""},
+        {kEmptyBinary, ACCESS_EDIT, FORMAT_AUTO, nullptr},
+        {kEmptyBinary, ACCESS_EDIT, FORMAT_BINARY, nullptr},
+        {text28, 0, FORMAT_TEXT, nullptr},
+        {text28, 3, FORMAT_TEXT, nullptr},
+        {kEmptyBinary, 0, FORMAT_BINARY, nullptr},
+        {text28, ACCESS_READ, 0, nullptr},
+        {text28, ACCESS_EDIT, 4, nullptr},
+    };
+    for (const auto& [bytes, access, format, tree] : cases) {
+        files["f"] = bytes;
+        ITable* root = file->Load("f", access, format);
+        EXPECT_EQ(TextOf(root), tree == nullptr ? "(none)" : tree) << bytes << access << format;
+        EXPECT_EQ(file->GetRoot(), root);
+        EXPECT_EQ(file->Save(), tree != nullptr && access == ACCESS_EDIT);
+    }
+}
+
+TEST_F(File, EveryLoadDropsWhatWasThere) {
+    files["good"] = "a = 1";
+    files["bad"] = "= 1";
+    cstr text = nullptr;
+    for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+        for (const char* path : {"bad", "missing", "", static_cast<const char*>(nullptr)}) {
+            ASSERT_NE(file->Load("good", access, FORMAT_AUTO), nullptr);
+            text = file->GetRoot()->GetString("a");
+            EXPECT_EQ(file->Load(path, access, FORMAT_AUTO), nullptr);
+            EXPECT_EQ(file->GetRoot(), nullptr);
+            EXPECT_FALSE(file->Save());
+        }
+        file->Load("good", access, FORMAT_AUTO);
+        EXPECT_TRUE(file->Reset());
+        EXPECT_EQ(file->GetRoot(), nullptr);
+        EXPECT_TRUE(file->Reset());
+        EXPECT_FALSE(file->Save());
+    }
+    EXPECT_STREQ(text, "1");
+}
+
+TEST_F(File, AFileThatCantBeReadWholeDoesntLoad) {
+    files["f"] = "a = 1 b = 2";
+    const auto loads = [this] { return file->Load("f", ACCESS_READ, FORMAT_TEXT) != nullptr; };
+    EXPECT_TRUE(loads());
+    files.read_room = 10;
+    EXPECT_FALSE(loads());
+    files.read_room = MemoryFiles::kUnlimited;
+    for (std::int32_t size : {-1, INT32_MIN, 1 << 28}) {
+        files.claimed_size = size;
+        EXPECT_FALSE(loads()) << size;
+        EXPECT_EQ(files.handles, 0);
+    }
+    files.claimed_size.reset();
+    files.refuses = true;
+    EXPECT_FALSE(loads());
+    files.refuses = false;
+    EXPECT_TRUE(loads());
+}
+
+TEST_F(File, SaveGoesToThePathOfTheLoad) {
+    files["Dir\\File.TXT"] = "a = 1";
+    files["other"] = "b = 1";
+    file->Load("other", ACCESS_READ, FORMAT_TEXT);
+    const int opens = files.opens;
+    EXPECT_FALSE(file->Save());
+    EXPECT_EQ(files.opens, opens);
+    ITable* root = file->Load("Dir\\File.TXT", ACCESS_EDIT, FORMAT_AUTO);
+    root->Begin()->SetInteger(2);
+    EXPECT_TRUE(file->SaveAs("copy", FORMAT_TEXT));
+    EXPECT_EQ(files["Dir\\File.TXT"], "a = 1");
+    EXPECT_TRUE(file->Save());
+    EXPECT_EQ(files["Dir\\File.TXT"], "a = \"2\"\r\n");
+    EXPECT_EQ(files["copy"], files["Dir\\File.TXT"]);
+    EXPECT_EQ(files["other"], "b = 1");
+    EXPECT_EQ(file->GetRoot(), root);
+    EXPECT_TRUE(file->Exists("Dir\\File.TXT"));
+    EXPECT_FALSE(file->Exists("dir\\file.txt"));
+    EXPECT_FALSE(file->Exists(nullptr));
+    files.refuses = true;
+    EXPECT_FALSE(file->Save());
+}
+
+TEST_F(File, ARefusedSaveOpensNothingUnlessItsTheContent) {
+    files["f"] = "a = 1";
+    file->Load("f", ACCESS_EDIT, FORMAT_TEXT);
+    const int opens = files.opens;
+    for (std::uint32_t format : {FORMAT_TEXT, FORMAT_BINARY}) {
+        EXPECT_FALSE(file->SaveAs(nullptr, format));
+        EXPECT_FALSE(file->SaveAs("", format));
+    }
+    for (std::uint32_t format : {0U, 1U, 4U}) EXPECT_FALSE(file->SaveAs("g", format)) << format;
+    EXPECT_EQ(files.opens, opens);
+    file->Reset();
+    for (std::uint32_t format : {FORMAT_TEXT, FORMAT_BINARY}) {
+        files["g"] = "old";
+        EXPECT_FALSE(file->SaveAs("g", format));
+        EXPECT_EQ(files["g"], "");
+    }
+}
+
+TEST_F(File, OnlyTheBinaryFormCaresForShortWrites) {
+    files["f"] = "a = { 1, { b = text } }";
+    for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+        file->Load("f", access, FORMAT_TEXT);
+        files.write_room = MemoryFiles::kUnlimited;
+        ASSERT_TRUE(file->SaveAs("g", FORMAT_BINARY));
+        const std::size_t size = files["g"].size();
+        for (files.write_room = 0; files.write_room < size; ++files.write_room) {
+            EXPECT_FALSE(file->SaveAs("g", FORMAT_BINARY)) << files.write_room;
+        }
+        EXPECT_TRUE(file->SaveAs("g", FORMAT_BINARY));
+        files.write_room = 3;
+        EXPECT_TRUE(file->SaveAs("g", FORMAT_TEXT));
+        EXPECT_EQ(files["g"], "a =");
+    }
+}
+
+TEST_F(File, TextIsWrittenInOneLayout) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"", ""},
+        {R"(name = "Lamp" pos = { 1, 2 } item = { id = 7 sub = { x = 1 } } list = { { a = 1 } { 2 } })",
+         "name = \"Lamp\"\r\n"
+         "pos = {\r\n\t\t\"1\"\r\n\t\t\"2\"\r\n      }\r\n"
+         "item = {\r\n\t\tid = \"7\"\r\n\t\tsub = {\r\n\t\t\t\tx = \"1\"\r\n              }\r\n       }\r\n"
+         "list = {\r\n\t\t{\r\n\t\t\ta = \"1\"\r\n           }\r\n"
+         "\t\t{\r\n\t\t\t\"2\"\r\n           }\r\n       }\r\n"},
+        {"Key = {} _default = { N = { \"\" } V = }",
+         "key = {\r\n      }\r\n"
+         "_default = {\r\n\t\t\tn = {\r\n\t\t\t\t\t\"\"\r\n                }\r\n"
+         "\t\t\tv = \"\"\r\n           }\r\n"},
+        {"P//Q = \"two\nlines\" a:b = 1,5", "p\\q = \"two\nlines\"\r\na:b = \"1,5\"\r\n"},
+    };
+    for (const auto& [text, written] : cases) {
+        files["f"] = text;
+        for (int time = 0; time < 2; ++time) {
+            file->Load("f", ACCESS_EDIT, FORMAT_TEXT);
+            ASSERT_TRUE(file->Save());
+            EXPECT_EQ(files["f"], written);
+        }
+    }
+}
+
+TEST_F(File, TextHasRoomForSoMuchOnALine) {
+    const std::string k(1017, 'k');
+    const std::string v(1019, 'v');
+    const std::pair<std::string, bool> cases[] = {
+        {"k = " + v.substr(4), true},
+        {"k = " + v.substr(3), false},
+        {"k = { " + v + " }", true},
+        {"k = { v" + v + " }", false},
+        {k + " = { }", true},
+        {k + "k = { }", false},
+        {k + " = { a = 1 }", true},
+        {k + " = { b = { } }", false},
+        // The indent of a line: blanks and the brace.
+        {"a = " + std::string(255, '{'), true},
+        {"a = " + std::string(256, '{'), false},
+    };
+    for (const auto& [text, fits] : cases) {
+        files["f"] = text;
+        for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+            const std::string tree = TextOf(file->Load("f", access, FORMAT_TEXT));
+            EXPECT_EQ(file->SaveAs("g", FORMAT_TEXT), fits) << text;
+            EXPECT_TRUE(file->SaveAs("b", FORMAT_BINARY));
+            EXPECT_EQ(files.handles, 0);
+            for (const char* saved : {"g", "b"}) {
+                if (*saved == 'g' && !fits) continue;
+                EXPECT_EQ(TextOf(file->Load(saved, ACCESS_READ, FORMAT_AUTO)), tree) << text;
+            }
+        }
+    }
+}
+
+constexpr const char* kRichText = R"(
+    Name = "Lamp -- not this"
+    " 2 -- ]
+    empty = "" lines = "two
+lines" bare = several words here
+    pos = { 1, 2 { 3 } { } { a = 1, c = 2 } "" }
+    item : base = { _default = { x = 1 } T = { _default = { } list = {{{1}}} } } Path/To = {}
+    row:2: = [1,5) abc = 1 ab = 2 b = 3 A = 4)";
+
+TEST_F(File, EveryTreeSurvivesEveryForm) {
+    files["text"] = kRichText;
+    const std::string tree = TextOf(file->Load("text", ACCESS_EDIT, FORMAT_AUTO), Order::kSorted);
+    ASSERT_TRUE(file->SaveAs("edit.bin", FORMAT_BINARY));
+    const std::pair<const char*, FileAccess> sources[] = {
+        {"text", ACCESS_READ}, {"text", ACCESS_EDIT}, {"edit.bin", ACCESS_READ}};
+    for (const auto& [path, access] : sources) {
+        ITable* root = file->Load(path, access, FORMAT_AUTO);
+        EXPECT_EQ(TextOf(root, Order::kSorted), tree);
+        EXPECT_TRUE(file->SaveAs("again.bin", FORMAT_BINARY));
+        EXPECT_EQ(files["again.bin"], files["edit.bin"]);
+        EXPECT_TRUE(file->SaveAs("again.text", FORMAT_TEXT));
+        EXPECT_EQ(file->GetRoot(), root);
+        for (const char* again : {"again.bin", "again.text"}) {
+            EXPECT_EQ(TextOf(file->Load(again, ACCESS_READ, FORMAT_AUTO), Order::kSorted), tree) << path << again;
+            file->Load(path, access, FORMAT_AUTO);
+        }
+    }
+}
+
+TEST_F(File, OneKeyIsOneEntryInTheBinaryForm) {
+    const std::pair<const char*, const char*> cases[] = {
+        {"a = 1 b = 0 A = 2", "a='2' b='0'"}, {"t = { a = 1 a = 3 a = 2 }", "t={a='2'}"},
+        {"a = 1 a = { }", nullptr},           {"a = { 1 } b = 0 a = 1", nullptr},
+        {"a = { } a = { }", nullptr},         {"l = { { a = { } a = { 1 } } }", nullptr},
+    };
+    for (const auto& [text, tree] : cases) {
+        files["f"] = text;
+        file->Load("f", ACCESS_EDIT, FORMAT_TEXT);
+        EXPECT_EQ(file->SaveAs("b", FORMAT_BINARY), tree != nullptr) << text;
+        const std::string saved = TextOf(file->Load("b", ACCESS_READ, FORMAT_BINARY));
+        EXPECT_EQ(saved, tree == nullptr ? "(none)" : tree) << text;
+    }
+}
+
+TEST_F(File, DepthIsNoMatter) {
+    static constexpr int kDepth = 1000000;
+    std::string& text = files["deep"];
+    for (int i = 0; i < kDepth; ++i) text += "a={";
+    RunOnSmallStack([this] {
+        const auto depth_of = [](ITable* table) {
+            int depth = 0;
+            while (table != nullptr && table->GetCount() == 1) table = table->GetTable("a"), ++depth;
+            return depth;
+        };
+        for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+            EXPECT_EQ(depth_of(file->Load("deep", access, FORMAT_TEXT)), kDepth);
+            EXPECT_FALSE(file->SaveAs("text", FORMAT_TEXT));
+            EXPECT_TRUE(file->SaveAs(access == ACCESS_READ ? "read" : "edit", FORMAT_BINARY));
+        }
+        EXPECT_EQ(depth_of(file->Load("read", ACCESS_READ, FORMAT_AUTO)), kDepth);
+        EXPECT_TRUE(file->SaveAs("edited", FORMAT_BINARY));
+        file.reset();
+    });
+    EXPECT_TRUE(files["read"] == files["edit"]);
+    EXPECT_TRUE(files["read"] == files["edited"]);
+}
+
+/// Loads and saves while one allocation fails. Whatever is refused for it is done at the second try, and nothing else
+/// is refused.
+void LoadAndSave(MemoryFiles& files, const char* path, std::uint32_t access, const FailingHeap& heap) {
+    IFile* file = CreateRLFile(&files);
+    int refusals = 0;
+    if (file == nullptr) {
+        EXPECT_TRUE(heap.Failed());
+        return;
+    }
+    if (file->Load(path, access, FORMAT_AUTO) == nullptr) {
+        ++refusals;
+        EXPECT_EQ(file->GetRoot(), nullptr);
+        EXPECT_NE(file->Load(path, access, FORMAT_AUTO), nullptr);
+    }
+    for (std::uint32_t format : {FORMAT_BINARY, FORMAT_TEXT}) {
+        const char* target = format == FORMAT_TEXT ? "again.text" : "again.bin";
+        if (file->SaveAs(target, format)) continue;
+        ++refusals;
+        EXPECT_EQ(files.handles, 0);
+        EXPECT_TRUE(file->SaveAs(target, format));
+    }
+    EXPECT_LE(refusals, heap.Failed() ? 1 : 0);
+    file->Release();
+    EXPECT_EQ(heap.Outstanding(), 0);
+}
+
+TEST(FileWithoutMemory, RefusesAndLosesNothing) {
+    MemoryFiles files;
+    files["text"] = kRichText;
+    FilePointer file = NewFile(files);
+    ASSERT_NE(file->Load("text", ACCESS_READ, FORMAT_TEXT), nullptr);
+    // The targets have their room before the heap fails.
+    for (const char* path : {"binary", "again.bin"}) ASSERT_TRUE(file->SaveAs(path, FORMAT_BINARY));
+    ASSERT_TRUE(file->SaveAs("again.text", FORMAT_TEXT));
+    const std::string text = files["again.text"];
+    for (const auto& [path, access] :
+         {std::pair{"text", ACCESS_READ}, {"text", ACCESS_EDIT}, {"binary", ACCESS_READ}}) {
+        const std::size_t failures = FailEachAllocation(
+            [&files, path = path, access = access](FailingHeap& heap) { LoadAndSave(files, path, access, heap); });
+        EXPECT_GT(failures, 10U) << path << access;
+        EXPECT_EQ(files["again.bin"], files["binary"]);
+        EXPECT_EQ(files["again.text"].size(), text.size());
+    }
+}
+
+TEST(FileWithoutMemory, CantInternWhatIsTooMuch) {
+    // Each text needs new room in the string table, which keeps what it got.
+    MemoryFiles files;
+    FilePointer file = NewFile(files);
+    int number = 0;
+    for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+        std::size_t n = 0;
+        for (bool failed = true; failed; ++n) {
+            files["f"] = "a = \"" + std::to_string(++number) + std::string(700 * 1024, 'm') + '"';
+            ITable* root = nullptr;
+            {
+                const FailingHeap heap(n);
+                root = file->Load("f", access, FORMAT_TEXT);
+                failed = heap.Failed();
+            }
+            EXPECT_EQ(root == nullptr, failed);
+            EXPECT_EQ(file->GetRoot(), root);
+        }
+        EXPECT_GT(n, 4U);
+    }
+}
+
+TEST(FileOfTheLibrary, LoadsAndSavesOnDisk) {
+    const TemporaryFolder folder;
+    const std::string path = folder.File("Text.cfg", "a = 1");
+    const FilePointer file(CreateRLFile(nullptr));
+    ITable* root = file->Load(path.c_str(), ACCESS_EDIT, FORMAT_AUTO);
+    ASSERT_NE(root, nullptr);
+    root->AddString("b", "2");
+    EXPECT_TRUE(file->Save());
+    EXPECT_EQ(ReadWhole(path), "a = \"1\"\r\nb = \"2\"\r\n");
+    EXPECT_TRUE(file->SaveAs(folder.Path("b.bin").c_str(), FORMAT_BINARY));
+    EXPECT_TRUE(file->Exists(folder.Path("b.bin").c_str()));
+    EXPECT_FALSE(file->Exists(folder.Path("c").c_str()));
+    EXPECT_EQ(TextOf(file->Load(folder.Path("b.bin").c_str(), ACCESS_READ, FORMAT_AUTO)), "a='1' b='2'");
+    EXPECT_FALSE(file->SaveAs(folder.Path("missing/x").c_str(), FORMAT_TEXT));
+    FailEachAllocation([](FailingHeap& heap) {
+        IFile* made = CreateRLFile(nullptr);
+        EXPECT_EQ(made == nullptr, heap.Failed());
+        if (made != nullptr) made->Release();
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+}
+
+constexpr int kThreads = 4;
+
+template <class Work>
+void AtOnce(Work work) {
+    std::barrier<> start(kThreads);
+    std::vector<std::jthread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+        threads.emplace_back([&start, work, thread] {
+            start.arrive_and_wait();
+            work(thread);
+        });
+    }
+}
+
+TEST(ConfigureThreads, ReadOneTreeByEveryKindOfKey) {
+    std::string text = "_default = { \"d:\" = fallback d = fallback } t = { ";
+    for (int i = 0; i < 100; ++i) {
+        const std::string n = std::to_string(i);
+        text += '"' + n + "\" = " + n + " \"" + n + ":\" = " + n + " \"k/" + n + "\" = \"[0," + n + "]\" ";
+    }
+    for (Family family : {Family::kText, Family::kBinary}) {
+        Loaded loaded(family, text + '}');
+        ITable* table = loaded.root->GetTable("t");
+        AtOnce([table](int thread) {
+            for (int step = 0; step < 1000; ++step) {
+                const int i = (step * 7 + thread * 13) % 100;
+                const std::string n = std::to_string(i);
+                ASSERT_EQ(table->GetInteger(n.c_str(), -1), i);
+                ASSERT_EQ(table->GetInteger(static_cast<std::uint32_t>(i), -1), i);
+                ASSERT_EQ(table->GetIntegerFormat(-1, "i", i), i);
+                ASSERT_EQ(table->GetFloatFormat(-1, "s", n.c_str()), static_cast<float>(i));
+                ASSERT_EQ(table->FindPath(("K//" + n).c_str())->GetInterval().upper_int, i);
+                ASSERT_EQ(table->GetBool(n.c_str()), i != 0);
+                ASSERT_STREQ(table->GetStringFormat("s", "D"), "fallback");
+            }
+        });
+    }
+}
+
+TEST(ConfigureThreads, LoadAndSaveDifferentFiles) {
+    MemoryFiles files;
+    AtOnce([&files](int thread) {
+        const std::string name = std::to_string(thread);
+        FilePointer file = NewFile(files);
+        for (int round = 0; round < 50; ++round) {
+            const std::string key = "key " + std::to_string(round % 7) + ' ' + name;
+            const std::string text = key + " = { \"" + key + "\" { a/b = [1,2) c = " + std::to_string(round) + " } }";
+            void* handle = files.Open(name.c_str(), 1);
+            files.Write(handle, text.data(), static_cast<std::uint32_t>(text.size()));
+            files.Close(handle);
+            ITable* root = file->Load(name.c_str(), ACCESS_EDIT, FORMAT_TEXT);
+            ASSERT_NE(root, nullptr);
+            ASSERT_NE(root->AddTable("Added")->GetTable()->AddString("v", key.c_str()), nullptr);
+            ASSERT_TRUE(root->GetArray(key.c_str())->GetTable(1)->Begin()->SetInteger(round));
+            const std::string tree = TextOf(root, Order::kSorted);
+            ASSERT_TRUE(file->Save());
+            ASSERT_EQ(TextOf(file->Load(name.c_str(), ACCESS_READ, FORMAT_TEXT), Order::kSorted), tree);
+            ASSERT_TRUE(file->SaveAs((name + 'b').c_str(), FORMAT_BINARY));
+            ASSERT_EQ(TextOf(file->Load((name + 'b').c_str(), ACCESS_READ, FORMAT_AUTO), Order::kSorted), tree);
+        }
+    });
+    EXPECT_EQ(files.handles, 0);
+}
+
+} // namespace
