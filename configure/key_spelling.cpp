@@ -8,28 +8,25 @@ namespace Configure {
 
 CompositeKey::CompositeKey(const char* format, std::va_list arguments, bool keep_last_colon)
     : built_(format != nullptr) {
-    std::va_list rest;
-    va_copy(rest, arguments);
     for (; built_ && *format != '\0'; ++format) {
         Tessarin::IntegerText digits;
         const char* piece = nullptr;
         switch (*format) {
         case 'i':
-            digits = Tessarin::IntegerToText(va_arg(rest, std::int32_t));
+            digits = Tessarin::IntegerToText(va_arg(arguments, std::int32_t));
             piece = digits.text;
             break;
         case 's':
-            piece = va_arg(rest, const char*);
+            piece = va_arg(arguments, const char*);
             break;
         case 'p':
-            piece = Tessarin::library_state->strings.InternPath(va_arg(rest, const char*));
+            piece = Tessarin::library_state->strings.InternPath(va_arg(arguments, const char*));
             break;
         default:
             break;
         }
         built_ = piece != nullptr && PutPiece(piece, std::strlen(piece));
     }
-    va_end(rest);
     if (!keep_last_colon && length_ != 0) --length_;
     text_[length_] = '\0';
 }

@@ -129,6 +129,14 @@ TEST_F(File, SaveGoesToThePathOfTheLoad) {
     EXPECT_FALSE(file->Save());
 }
 
+TEST_F(File, APathTooLongToInternLoadsButIsNotKept) {
+    const std::string path(1048568, 'p');
+    files[path] = "a = 1";
+    EXPECT_EQ(TextOf(file->Load(path.c_str(), ACCESS_EDIT, FORMAT_TEXT)), "a='1'");
+    EXPECT_EQ(file->GetRoot(), nullptr);
+    EXPECT_FALSE(file->Save());
+}
+
 TEST_F(File, ARefusedSaveOpensNothingUnlessItsTheContent) {
     files["f"] = "a = 1";
     file->Load("f", ACCESS_EDIT, FORMAT_TEXT);
@@ -257,10 +265,12 @@ TEST_F(File, OneKeyIsOneEntryInTheBinaryForm) {
     };
     for (const auto& [text, tree] : cases) {
         files["f"] = text;
-        file->Load("f", ACCESS_EDIT, FORMAT_TEXT);
-        EXPECT_EQ(file->SaveAs("b", FORMAT_BINARY), tree != nullptr) << text;
-        const std::string saved = TextOf(file->Load("b", ACCESS_READ, FORMAT_BINARY));
-        EXPECT_EQ(saved, tree == nullptr ? "(none)" : tree) << text;
+        for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+            file->Load("f", access, FORMAT_TEXT);
+            EXPECT_EQ(file->SaveAs("b", FORMAT_BINARY), tree != nullptr) << text;
+            const std::string saved = TextOf(file->Load("b", ACCESS_READ, FORMAT_BINARY));
+            EXPECT_EQ(saved, tree == nullptr ? "(none)" : tree) << text;
+        }
     }
 }
 
