@@ -69,7 +69,8 @@ public:
         if (!ReadHeader() || !CutSections() || !MakeObjects()) return false;
         PlaceTables();
         if (!ReadBody() || !tree_.IndexKeys()) return false;
-        for (BinTable& table : tree_.tables) WireDefault(table); // their lookups intern nothing, so they can't fail
+        DefaultWiring<BinTable> defaults;
+        for (BinTable& table : tree_.tables) defaults.Wire(table); // their lookups intern nothing, so they can't fail
         return true;
     }
 

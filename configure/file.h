@@ -12,7 +12,8 @@
 
 namespace Configure {
 
-/// Invariant: at most one of the three trees holds anything, and `access` and `format` tell which.
+/// Invariant: at most one of the three trees holds anything, and `access` and `format` tell which. They are 0 also
+/// after a load whose path couldn't be interned.
 class File final : public IFile {
 public:
     /// Null if memory runs out. A null `io` gives it a file service of its own.

@@ -33,7 +33,9 @@ public:
             const std::uint32_t hash = Hash(key, Tessarin::CstrLength(key));
             std::uint32_t place = hash >> (32 - bits_);
             // Equal keys would make a row of slots that each of them has to pass.
-            while (slots[place] != 0 && units[NumberIn(slots[place]) - 1].key != key) place = (place + 1) & Mask();
+            while (slots[place] != 0 && !(HasTag(slots[place], hash) && units[NumberIn(slots[place]) - 1].key == key)) {
+                place = (place + 1) & Mask();
+            }
             if (slots[place] == 0) slots[place] = hash << bits_ | number;
         }
     }
@@ -44,7 +46,7 @@ public:
         if (bits_ == 0) return nullptr;
         const std::uint32_t hash = Hash(text, length);
         for (std::uint32_t place = hash >> (32 - bits_); slots_[place] != 0; place = (place + 1) & Mask()) {
-            if (((slots_[place] ^ hash << bits_) & ~Mask()) != 0) continue;
+            if (!HasTag(slots_[place], hash)) continue;
             Unit& unit = units[NumberIn(slots_[place]) - 1];
             if (Tessarin::CstrLength(unit.key) == length &&
                 Tessarin::EqualTexts<Tessarin::InLowerCase>(unit.key, text, length)) {
@@ -61,6 +63,9 @@ private:
     }
 
     [[nodiscard]] std::uint32_t Mask() const { return (std::uint32_t{1} << bits_) - 1; }
+    [[nodiscard]] bool HasTag(std::uint32_t slot, std::uint32_t hash) const {
+        return ((slot ^ hash << bits_) & ~Mask()) == 0;
+    }
     [[nodiscard]] std::uint32_t NumberIn(std::uint32_t slot) const { return slot & Mask(); }
 
     const std::uint32_t* slots_ = nullptr;

@@ -89,7 +89,8 @@ bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree) {
     Builder builder(tree);
     if (!scanner.Walk(builder) || !ReadyToWire()) return false;
     for (TxtTableWriter* table = root; table != nullptr; table = table->next) NameChildren(*table);
-    for (TxtTableWriter* table = root; table != nullptr; table = table->next) WireDefault(*table);
+    DefaultWiring<TxtTableWriter> defaults;
+    for (TxtTableWriter* table = root; table != nullptr; table = table->next) defaults.Wire(*table);
     return true;
 }
 

@@ -117,7 +117,8 @@ bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree) {
     NameChildren(tree);
     for (TxtTableReader& table : tree.tables) table.Sort();
     if (!tree.IndexKeys()) return false;
-    for (TxtTableReader& table : tree.tables) WireDefault(table);
+    DefaultWiring<TxtTableReader> defaults;
+    for (TxtTableReader& table : tree.tables) defaults.Wire(table);
     return true;
 }
 

@@ -1,13 +1,11 @@
 // Invariants, once a text is prepared:
 //
 //  1. The stops are the bytes outside of quotes that are a quote, a brace with a partner, or an `=`, in their order.
-//  What
-//     is still open at the text's end ends there, innermost first, with stops of its own at size_.
+//     What is still open at the text's end ends there, innermost first, with stops of its own at size_.
 //  2. The walk of a table stands outside of quotes: it begins behind a `{` or at the start, jumps over quotes, and
-//  comes
-//     to rest on an `=`, behind it, or behind a `}`. So any `{` and any `"` it meets has a stop. The walk of an array
-//     may get into a quote, from a bare word with a quote in it; nothing has a stop there but the closing quote, which
-//     is a byte like any other.
+//     comes to rest on an `=`, behind it, or behind a `}`. So any `{` and any `"` it meets has a stop. The walk of an
+//     array may get into a quote, from a bare word with a quote in it; nothing has a stop there but the closing quote,
+//     which is a byte like any other.
 //  3. Quotes that begin in a stretch that a scan is given end in it.
 //
 // A NUL has no meaning for the scans, but ends the text that is interned.

@@ -12,8 +12,7 @@
 ///   BeginElement()             an element of the array at hand, likewise
 ///   TakeBlock(is_table)        the last one is no scalar but a block, whose body comes later
 ///   KeyPlace(), TextPlace()    where the last one's key and the scalar's text go, `cstr*`; they are there when the
-///   walk
-///                              is over
+///                              walk is over
 ///
 /// The others answer whether to go on.
 
@@ -59,7 +58,7 @@ private:
         std::uint32_t first, last;
     };
 
-    // What a body holds, or a stretch of it, and the stops in there.
+    // What a body holds, or a stretch of it, and stops among which are all of those in there.
     struct Body {
         Range bytes;
         Range stops;

@@ -5,9 +5,12 @@
 /// blank. A value is a quoted string, bare text to the end of its line (less what the next key takes), or a block in
 /// braces: a table if an `=` stands directly in it or if it is empty, otherwise an array of strings, bare words and
 /// blocks, separated by blanks, commas or both. Comments run from `--` to the line's end or from `--[[` to `]]`, inside
-/// quotes too. There are no escapes. Keys don't care for case; pieces joined by `:` make one key. Hardly anything is an
-/// error: open braces and quotes close at the end. A byte 0xFF ends the text. Not taken are an `=` without a key, a key
-/// of 1024 bytes or more, a string too long to be interned, and a file of 2^28 bytes or more.
+/// quotes too. There are no escapes. Keys don't care for case; pieces joined by `:` make one key. Behind a bare or
+/// quoted value a key begins behind the last blank or comma, so `c = 1` and a line `foo bar = 2` have the key `bar`;
+/// elsewhere it may have blanks inside. A key with `/` or `\` in it is cut at 255 bytes. Hardly anything is an error:
+/// open braces and quotes close at the end. A byte 0xFF ends the text, a NUL the key or value that it stands in. Not
+/// taken are an `=` without a key, a key of 1024 bytes or more, a string too long to be interned, and a file of 2^28
+/// bytes or more.
 ///
 /// The binary form begins with "NIBx", is read only, and finds keys without interning them. It is checked whole when it
 /// is loaded: bytes that don't make a tree don't load, and whatever loads is safe to walk.
@@ -54,7 +57,7 @@ struct IFile {
     /// access   a FileAccess; format  a FileFormat. Other numbers fail, as does editing the binary form
     /// returns  the root, borrowed; null if the file can't be read whole or isn't what `format` says, or when memory
     ///          runs out: the object is then empty. A file that isn't there fails for editing too.
-    ///          After a path too long to be interned, GetRoot answers null and Save false all the same.
+    ///          After a path too long to be interned, GetRoot answers null and a save false all the same.
     virtual ITable* Load(const char* path, std::uint32_t access, std::uint32_t format) = 0;
 
     /// Drops the content. Always true.
@@ -71,9 +74,11 @@ struct IFile {
     /// first and stays as far as it was written if something fails.
     ///
     /// FORMAT_TEXT writes an entry a line, every scalar in quotes, with CR LF; comments aren't kept. Keys and values
-    /// are written as they are: a `"` or a `--` in a value, a blank or an `=` in a key doesn't read back. An empty
-    /// array reads back as an empty table. A null text is written as an empty one. A line of 1024 bytes or more fails,
-    /// and so does nesting whose indent passes 1024 columns. What the file service's Write answers isn't looked at.
+    /// are written as they are, so what the form can't say doesn't read back: a `"`, a `--` or a 0xFF in either, in a
+    /// key also a blank, a line end, `=`, `,` or `/`, and an empty key. An empty array reads back as an empty table. A
+    /// null text is written as an empty one. A line of 1024 bytes or more fails, its line end counted, and so does
+    /// nesting whose indent, to which the keys on the way add their lengths, passes 1024 columns. What the file
+    /// service's Write answers isn't looked at.
     ///
     /// FORMAT_BINARY depends on the content alone, not on how it was loaded. Of several scalars under one key it keeps
     /// the last one in the file; a table in which arrays or tables share a key with another entry fails, as does a form
