@@ -11,6 +11,7 @@ namespace Tessarin {
 /// one from the other. A destroyed record keeps its number: its memory is gone, and there is nothing left to test.
 inline constexpr std::uint32_t kFlatArraySignature = 24;
 inline constexpr std::uint32_t kHashMapSignature = 24;
+inline constexpr std::uint32_t kCommandQueueSignature = 28;
 inline constexpr std::uint32_t kObjectPoolSignature = 20;
 inline constexpr std::uint32_t kIncrementalPoolSignature = 12;
 

@@ -1,5 +1,5 @@
-/// Plain containers and allocators: flat arrays (farr_), hash maps (i32hm_, ptrhm_), object pools (omem_) and
-/// incremental pools (imem_). Usable from C99 and from C++17.
+/// Plain containers and allocators: flat arrays (farr_), command queues (cmd_), hash maps (i32hm_, ptrhm_), object
+/// pools (omem_) and incremental pools (imem_). Usable from C99 and from C++17.
 ///
 /// Every family works through a handle, a pointer to a record that begins with a signature. All functions but those
 /// that say otherwise test their handle first: for null, or a record with another signature, they do nothing and
@@ -18,6 +18,9 @@ extern "C" {
 
 /// A growable run of elements of one fixed size, kept as raw bytes in one heap block.
 typedef struct farr farr;
+
+/// A first-in, first-out queue of records of any length, each contiguous, in one ring of bytes.
+typedef struct cmd cmd;
 
 /// A map from a one-word key to a value of fixed size. Nodes never move while their entry lives.
 typedef struct hm hm;
@@ -118,6 +121,57 @@ TESSARIN_API void farr_sort(farr* arr, int (*compare)(const void*, const void*))
 /// Sorts the elements from `first` up to but not including `last`; does nothing unless first < last <= count.
 TESSARIN_API void farr_sort_particular(farr* arr, uint32_t first, uint32_t last,
                                        int (*compare)(const void*, const void*));
+
+// ------------------------------------------------------------------------------------------------- command queues
+
+// A command is a run of bytes whose first word, a uint32_t, is its size in bytes, that word included: at least 4. The
+// queue reads that word and nothing else of it. Commands lie back to back and are not aligned: sizes that are multiples
+// of 8 keep every command at a multiple of 8. Command pointers, here and below, are borrowed: they are valid until the
+// queue grows, is adapted or destroyed; what a popped one points at, until the next push.
+
+/// Makes an empty queue.
+/// capacity  size of the buffer in bytes; 0 answers null
+/// returns   the caller's handle, ended with cmd_destroy; null when memory runs out
+TESSARIN_API cmd* cmd_create(uint32_t capacity);
+
+/// Frees the buffer and the record.
+TESSARIN_API void cmd_destroy(cmd* queue);
+
+/// Commands in the queue.
+TESSARIN_API uint32_t cmd_count(cmd* queue);
+
+/// Size of the buffer in bytes. It grows with the pushes and shrinks by cmd_adapt alone.
+TESSARIN_API uint32_t cmd_capacity(cmd* queue);
+
+/// 1 if the queue has no command, else 0. A bad handle answers 0 too, unlike farr_empty.
+TESSARIN_API uint32_t cmd_empty(cmd* queue);
+
+/// Reserves room for one command at the tail and counts it in; the caller fills it.
+/// Where no contiguous room is left the buffer is replaced: by twice the old capacity plus `size` if that sum is below
+/// 65536 bytes, else by one and a half times the sum.
+/// size     bytes, the size word included; 0 answers null
+/// returns  the room, its bytes unset; null when memory runs out or the sum passes 4 GiB, the queue unchanged
+/// REQUIRES: the first word equals `size` before cmd_pop gets to the command
+TESSARIN_API void* cmd_push(cmd* queue, uint32_t size);
+
+/// Appends a copy of a command, of as many bytes as its first word says; growth as in cmd_push. Does nothing for a null
+/// command, one of size 0, or when memory runs out, which cmd_count shows. A command of the queue itself is accepted,
+/// also one that has just been popped.
+TESSARIN_API void cmd_push_element(cmd* queue, const void* command);
+
+/// The oldest command, in place, or null if there is none.
+TESSARIN_API void* cmd_front(cmd* queue);
+
+/// Removes the oldest command, if there is one. A command whose first word leads out of the bytes in use empties the
+/// queue, since nothing behind it can be found; any other wrong size shifts the commands behind it.
+TESSARIN_API void cmd_pop(cmd* queue);
+
+/// Empties the queue; the buffer stays.
+TESSARIN_API void cmd_clear(cmd* queue);
+
+/// Replaces the buffer by one of exactly the bytes in use, so that the next push grows it.
+/// returns  1, also if the buffer had that size; 0 for an empty queue, or when memory runs out, the queue unchanged
+TESSARIN_API uint32_t cmd_adapt(cmd* queue);
 
 // ------------------------------------------------------------------------------------------------------ hash maps
 

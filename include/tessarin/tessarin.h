@@ -3,6 +3,7 @@
 #ifndef TESSARIN_TESSARIN_H
 #define TESSARIN_TESSARIN_H
 
+#include "tessarin/auxiliary.h"
 #include "tessarin/configure.h"
 #include "tessarin/containers.h"
 #include "tessarin/documents.h"

@@ -3,7 +3,11 @@
 
 #include "tests/configure/tree_text.h"
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdio>
+#include <functional>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -190,6 +194,14 @@ TEST_P(Families, TextKeysAreFoundInAnyCaseAndWhole) {
     for (const char* path : {"", null, "a/b/", "/a/b"}) EXPECT_EQ(root.FindPath(path), nullptr);
 }
 
+TEST_P(Families, OnlyTheTextFormInternsWhatIsAskedFor) {
+    Loaded loaded(GetParam(), "a = 1");
+    const std::string key = std::string("Nobody has ") + kNames[static_cast<std::size_t>(GetParam())];
+    const std::string lower = "nobody has " + std::string(cstr_tolower(key.c_str() + 11));
+    EXPECT_EQ(loaded.root->Find(key.c_str()), nullptr);
+    EXPECT_EQ(cstr_find(lower.c_str()) == nullptr, GetParam() == Family::kBinary);
+}
+
 TEST_P(Families, CompositeKeysAreBuiltOfPieces) {
     const std::string k1022(1022, 'k');
     std::string text = k1022 + "k = long\n";
@@ -275,11 +287,28 @@ TEST_P(Families, EntriesComeInTheOrderOfTheFamily) {
 }
 
 TEST(Accessors, BothEntriesOfOneKeyCount) {
-    for (Family family : {Family::kText, Family::kEdit}) {
-        Loaded loaded(family, "a = 1 x = 0 A = 2");
-        EXPECT_EQ(TextOf(loaded.root, Order::kSorted), "a='1' a='2' x='0'");
-        // A lookup finds the first in the file.
-        EXPECT_STREQ(loaded.root->GetString("a"), "1");
+    for (int count : {3, 40}) {
+        // The keys get their addresses in the order that the file doesn't have.
+        std::string text;
+        for (int i = count; i-- > 0;) {
+            const std::string key = std::to_string(count) + " entries " + std::to_string(i);
+            cstr_tolower(key.c_str());
+            text.insert(0, '"' + key + "\" = first \"" + key + "\" = last\n");
+        }
+        const std::string key = std::to_string(count) + " entries 1";
+        for (Family family : {Family::kText, Family::kEdit}) {
+            Loaded loaded(family, text);
+            EXPECT_EQ(loaded.root->GetCount(), 2U * static_cast<unsigned>(count));
+            // A lookup finds the first in the file.
+            EXPECT_STREQ(loaded.root->GetString(key.c_str()), "first");
+            std::vector<cstr> keys;
+            for (auto* unit = loaded.root->Begin(); unit != loaded.root->End(); unit = loaded.root->Next(unit)) {
+                EXPECT_STREQ(unit->GetString(), keys.size() % 2 == 0 ? "first" : "last");
+                keys.push_back(unit->GetKey());
+            }
+            // Read only, they come by the addresses of their keys.
+            EXPECT_EQ(std::is_sorted(keys.begin(), keys.end(), std::less<>()), family == Family::kText);
+        }
     }
 }
 

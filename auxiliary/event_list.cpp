@@ -1,0 +1,20 @@
+// Event lists: what the ring leaves open is that an event has 8 bytes or more, and that the buffer comes with the
+// first.
+
+#include "auxiliary/event_list.h"
+
+#include <cstdlib>
+
+namespace Tessarin {
+
+CEventList::~CEventList() { std::free(buffer_); }
+
+void* CEventList::Push(const void* event) {
+    if (event == nullptr) return nullptr;
+    std::uint32_t size = RecordRing::FirstWord(event);
+    return size < kLeastSize ? nullptr : ring_.Push(buffer_, event, size);
+}
+
+void* CEventList::Reserve(std::uint32_t size) { return size < kLeastSize ? nullptr : ring_.Reserve(buffer_, size); }
+
+} // namespace Tessarin

@@ -1,0 +1,58 @@
+// Exchange events.
+//
+// Invariants:
+// 1. The list at write_index_ is touched under the lock alone; the other one is the consumer's, with no lock.
+// 2. write_index_ changes under the lock, and only the consumer changes it: so it reads it without.
+// 3. An event that a Post has stored before an Exchange takes the lock is in the list that this Exchange hands out. The
+//    lock's release and acquire carry the bytes over.
+//
+// The lock naps after having spun in vain. Producers that spin alone stand still, all of them, for a whole turn of the
+// system's whenever the holder is put off its processor, as happens where there are more threads than processors.
+
+#include "auxiliary/exchange_event.h"
+
+#include <mutex>
+#include <new>
+
+namespace Tessarin {
+
+ExchangeEvent::ExchangeEvent() {
+    for (CEventList*& list : lists_) list = new (std::nothrow) CEventList;
+}
+
+ExchangeEvent::~ExchangeEvent() {
+    for (CEventList* list : lists_) delete list;
+}
+
+ExchangeEvent* ExchangeEvent::Create() {
+    auto* exchange = new (std::nothrow) ExchangeEvent;
+    if (exchange == nullptr || (exchange->lists_[0] != nullptr && exchange->lists_[1] != nullptr)) return exchange;
+    delete exchange;
+    return nullptr;
+}
+
+std::uint32_t ExchangeEvent::Release() {
+    delete this;
+    return 1;
+}
+
+/// A loss isn't reported: producers don't wait for memory.
+std::uint32_t ExchangeEvent::Post(const void* event) {
+    const std::lock_guard guard(lock_);
+    lists_[write_index_]->Push(event);
+    return 1;
+}
+
+EventList* ExchangeEvent::Exchange() {
+    std::uint32_t written = write_index_;
+    const std::lock_guard guard(lock_);
+    write_index_ = 1 - written;
+    return lists_[written];
+}
+
+} // namespace Tessarin
+
+extern "C" {
+
+Tessarin::IExchangeEvent* CreateExchangeEvent() { return Tessarin::ExchangeEvent::Create(); }
+}

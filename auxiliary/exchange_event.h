@@ -1,0 +1,37 @@
+/// The two lists behind Tessarin::IExchangeEvent, and the lock of the one that is being written.
+
+#ifndef TESSARIN_AUXILIARY_EXCHANGE_EVENT_H
+#define TESSARIN_AUXILIARY_EXCHANGE_EVENT_H
+
+#include "auxiliary/event_list.h"
+#include "platform/critical_section.h"
+#include "tessarin/events.h"
+
+#include <cstdint>
+
+namespace Tessarin {
+
+/// The fields' order is fixed.
+class ExchangeEvent final : public IExchangeEvent {
+public:
+    /// Null if memory runs out for the object or for a list.
+    [[nodiscard]] static ExchangeEvent* Create();
+
+    std::uint32_t Release() override;
+    std::uint32_t Post(const void* event) override;
+    EventList* Exchange() override;
+
+private:
+    ExchangeEvent();
+    ~ExchangeEvent() override;
+    ExchangeEvent(const ExchangeEvent&) = delete;
+    ExchangeEvent& operator=(const ExchangeEvent&) = delete;
+
+    CEventList* lists_[2]; // owned
+    CriticalSection lock_;
+    std::uint32_t write_index_ = 0; // which of the lists takes new events
+};
+
+} // namespace Tessarin
+
+#endif

@@ -1,0 +1,56 @@
+/// The object behind ITabFile.
+
+#ifndef TESSARIN_AUXILIARY_TAB_FILE_H
+#define TESSARIN_AUXILIARY_TAB_FILE_H
+
+#include "tessarin/tab_files.h"
+
+#include <cstdint>
+
+namespace Tessarin {
+
+/// Invariants: `text_` is null if and only if nothing is held, and then the counts are 0. `cells_` and `default_row_`
+/// point into `text_`. Without `cells_` one of the counts is 0, so that no cell is in range.
+class TabFile final : public ::ITabFile {
+public:
+    /// Null if memory runs out for the object. A null `file_io` gives it a file service of its own.
+    static TabFile* Create(::IFileIO* file_io);
+
+    void Release() override;
+    bool Open(const char* path, std::uint32_t flags) override;
+    bool Reserved(void* unused) override;
+    std::uint32_t GetRowCount() override;
+    std::uint32_t GetColumnCount() override;
+    const char* GetCell(std::uint32_t row, std::uint32_t column) override;
+    std::int32_t GetInteger(std::uint32_t row, std::uint32_t column, std::int32_t default_value) override;
+    std::int32_t GetIntegerAlso(std::uint32_t row, std::uint32_t column, std::int32_t default_value) override;
+    float GetReal(std::uint32_t row, std::uint32_t column, float default_value) override;
+
+private:
+    class Fields;
+
+    ~TabFile() override;
+
+    void Clear();
+    bool Load(void* handle);
+    bool Split();
+    bool SplitDefaultRow(Fields& fields);
+    bool SplitRows(Fields& fields);
+    void SplitLine(Fields& fields, const char** row) const;
+
+    ::IFileIO* file_io_ = nullptr; // null if memory ran out for the object's own
+    bool owns_file_io_ = false;
+    std::uint32_t flags_ = 0;
+    cstr path_ = nullptr; // of the last Open, in path form
+    std::uint32_t row_count_ = 0;
+    std::uint32_t column_count_ = 0;
+    std::uint32_t current_row_ = 0; // while the text is split
+    char* text_ = nullptr;          // with no NUL of its own: what no tab and no line feed closes is no field
+    std::uint32_t text_size_ = 0;
+    const char** cells_ = nullptr;       // row by row
+    const char** default_row_ = nullptr; // null if none is in use, and while it is itself split
+};
+
+} // namespace Tessarin
+
+#endif

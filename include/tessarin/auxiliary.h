@@ -1,0 +1,9 @@
+/// Services beside the tables: tab-separated files, and events between threads. Chief header of both. C++ only.
+
+#ifndef TESSARIN_AUXILIARY_H
+#define TESSARIN_AUXILIARY_H
+
+#include "tessarin/events.h"
+#include "tessarin/tab_files.h"
+
+#endif

@@ -1,0 +1,77 @@
+/// Tab-separated text files, read into a grid of cells. C++ only.
+///
+/// Fields are delimited by tabs, lines end with LF or CR LF; there are no quotes and no escapes. A last line that no LF
+/// ends doesn't count as one: of its fields none is in the grid. Fields are cut in place: a NUL within a field ends it
+/// for who reads the cell.
+
+#ifndef TESSARIN_TAB_FILES_H
+#define TESSARIN_TAB_FILES_H
+
+#include "tessarin/documents.h"
+#include "tessarin/types.h"
+
+#include <cstdint>
+
+/// How ITabFile::Open reads a file; to be combined.
+enum TabFileFlags : std::uint32_t {
+    TABFILE_DEFAULT_ROW = 1,      ///< the first line that isn't skipped holds defaults for empty fields, not data
+    TABFILE_SKIP_FIRST_LINE = 2,  ///< the file's first line is ignored, except that its fields count the columns
+    TABFILE_SKIP_FIRST_COLUMN = 4 ///< the first field of each line is ignored
+};
+
+/// The grid of one tab file.
+///
+/// Before Open, and after one that failed, the grid has no rows and no columns.
+/// Threads: one at a time for Open and Release; between them any number may read.
+struct ITabFile {
+    /// Ends the object with the texts of all its cells; a file service that came from the host is left alone.
+    virtual void Release() = 0;
+
+    /// Reads a file. What an earlier Open read is dropped first, with the texts of its cells, even when this one fails.
+    ///
+    /// The first line of the file, skipped or not, sets the number of columns: one more than its tabs; 0 if it is
+    /// empty, less the column that is skipped. A file in which no line ends has as many as it has tabs, and no rows.
+    /// Every other line is a row: further fields are ignored, and missing ones have no cell. A line without a tab has
+    /// no column to skip: its one field stays, in column 0. A byte 0xFF counts as one more line, and ends the first
+    /// line for the count of its columns, but it splits nothing: the row that it adds is without cells, at the end.
+    ///
+    /// path     goes to the file service in its path form, as cstr_path makes it
+    /// flags    TabFileFlags; other bits are ignored
+    /// returns  false, the grid empty, for a null or empty path, if the file can't be read whole, if nothing is left
+    ///          beside the skipped line, the skipped column or the line of defaults, and when memory runs out for the
+    ///          text or for a pointer a cell; true for an empty file, whatever the flags
+    virtual bool Open(const char* path, std::uint32_t flags) = 0;
+
+    /// Always true.
+    virtual bool Reserved(void* unused) = 0;
+
+    virtual std::uint32_t GetRowCount() = 0;
+    virtual std::uint32_t GetColumnCount() = 0;
+
+    /// A cell's text, the object's own, valid until Release or the next Open. An empty field has the text of the
+    /// default row for its column, if there is such a row; otherwise it is empty.
+    /// returns  null outside of the grid, where a line had no such field, and for an empty field without its default
+    virtual const char* GetCell(std::uint32_t row, std::uint32_t column) = 0;
+
+    /// The number that a cell's text begins with, 0 if it begins with none; read anew by each call, in any locale
+    /// alike. An integer far out of range is -1 or 0. returns  `default_value` where GetCell answers null
+    virtual std::int32_t GetInteger(std::uint32_t row, std::uint32_t column, std::int32_t default_value) = 0;
+    /// GetInteger once more.
+    virtual std::int32_t GetIntegerAlso(std::uint32_t row, std::uint32_t column, std::int32_t default_value) = 0;
+    virtual float GetReal(std::uint32_t row, std::uint32_t column, float default_value) = 0;
+
+protected:
+    virtual ~ITabFile() = default;
+};
+
+extern "C" {
+
+/// Makes an object for one tab file, empty.
+/// file_io  the file service to go through, borrowed: it must outlive the object; null for the library's own
+/// returns  the caller's object, ended with Release; null when memory runs out for it. If it runs out for its file
+///          service, every Open answers false.
+TESSARIN_API ITabFile* CreateTabFile(IFileIO* file_io);
+
+} // extern "C"
+
+#endif

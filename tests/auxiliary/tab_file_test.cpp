@@ -1,0 +1,362 @@
+// Tab files: texts and flags against the grids they make, a model of the rules on random texts, numbers, and failures.
+
+#include "tessarin/tab_files.h"
+
+#include "tests/support/failing_heap.h"
+#include "tests/support/memory_files.h"
+#include "tests/support/temporary_folder.h"
+
+#include <algorithm>
+#include <clocale>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+// AddressSanitizer's heap ends the program when it can't give what is asked for, unless it is told to answer null.
+extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; } // NOLINT
+
+namespace {
+
+using namespace std::string_literals;
+using namespace TestSupport;
+
+struct Released {
+    void operator()(ITabFile* file) const { file->Release(); }
+};
+using TabFilePointer = std::unique_ptr<ITabFile, Released>;
+
+using Cell = std::optional<std::string>;
+
+/// "rows x columns: cells", the cells with a `|` between them and a `/` behind each row; a null is a `~`.
+std::string GridText(std::size_t rows, std::size_t columns, const std::vector<Cell>& cells) {
+    std::string text = std::to_string(rows) + "x" + std::to_string(columns) + ":";
+    for (std::size_t i = 0; i < cells.size(); ++i) {
+        text += i % columns == 0 ? " " : "|";
+        text += cells[i].value_or("~");
+        if (i % columns == columns - 1) text += "/";
+    }
+    return text;
+}
+
+std::string GridText(ITabFile& file) {
+    std::vector<Cell> cells;
+    for (std::uint32_t row = 0; row < file.GetRowCount(); ++row) {
+        for (std::uint32_t column = 0; column < file.GetColumnCount(); ++column) {
+            const char* cell = file.GetCell(row, column);
+            cells.push_back(cell == nullptr ? Cell() : Cell(cell));
+        }
+    }
+    return GridText(file.GetRowCount(), file.GetColumnCount(), cells);
+}
+
+const std::string kRefused = "refused, 0x0:";
+
+class TabFile : public testing::Test {
+protected:
+    ~TabFile() override { EXPECT_EQ(files.handles, 0); }
+
+    std::string Opened(const char* path, std::uint32_t flags) {
+        const bool opened = file->Open(path, flags);
+        return (opened ? "" : "refused, ") + GridText(*file);
+    }
+
+    std::string GridOf(const std::string& text, std::uint32_t flags) {
+        files["f"] = text;
+        return Opened("f", flags);
+    }
+
+    MemoryFiles files;
+    TabFilePointer file{CreateTabFile(&files)};
+};
+
+constexpr std::uint32_t kDefaults = TABFILE_DEFAULT_ROW, kLine = TABFILE_SKIP_FIRST_LINE,
+                        kColumn = TABFILE_SKIP_FIRST_COLUMN;
+
+TEST_F(TabFile, CutsTheTextAtTabsAndLineEnds) {
+    struct {
+        std::string text;
+        std::uint32_t flags;
+        std::string grid;
+    } const cases[] = {
+        {"a\tb\n1\t2\n", 0, "2x2: a|b/ 1|2/"},
+        {"a\tb\r\n1\t2\r\n", 0, "2x2: a|b/ 1|2/"},
+        {"a\r\tb\r\r\n\r\n\t\r\n", 0, "3x2: a\r|b\r/ |~/ |/"},
+        // What no line feed ends is not in the grid, though a 0xFF may make room for it; there tabs still close fields.
+        {"a\tb\n1\t2", 0, "1x2: a|b/"},
+        {"a\tb", 0, "0x1:"},
+        {"ab", 0, "0x0:"},
+        {"a\tb\n1\xFF\t2", 0, "2x2: a|b/ 1\xFF|~/"},
+        {"a\tb\nc\377d\te\nf\tg\n", 0, "4x2: a|b/ c\377d|e/ f|g/ ~|~/"},
+        {"a\xFF\tb\nc\td\n", 0, "3x1: a\xFF/ c/ ~/"},
+        {"a\tb\n1\n1\t2\t3\t4\n", 0, "3x2: a|b/ 1|~/ 1|2/"},
+        {"", 0, "0x0:"},
+        {"", kDefaults | kLine | kColumn, "0x0:"},
+        // The first line sets the columns, and an empty one leaves none.
+        {"\n1\t2\n", 0, "2x0:"},
+        {"\377a\tb\n", kLine, "1x0:"},
+        {"\r\n\t\n", 0, "2x1: / /"},
+        {"a\tb\n1\t2\t3\n", kLine, "1x2: 1|2/"},
+        {"a\xFF\xFF\t1", kLine, "1x1: ~/"},
+        {"a\tb\n", kLine, kRefused},
+        {"a\tb", kLine, kRefused},
+        // A default stands in for an empty field, never for a missing one.
+        {"x\ty\n\tb\na\n\t\n", kDefaults, "3x2: x|b/ a|~/ x|y/"},
+        {"x\n\t\r\n", kDefaults, "1x1: x/"},
+        {"x\ty\r\na\t\r\n", kDefaults, "1x2: a|y/"},
+        {"h\th\nx\n\t\n", kDefaults | kLine, "1x2: x|~/"},
+        {"h\ti\nx\ty\n\t\n", kDefaults | kLine, "1x2: x|y/"},
+        {"x\ty\n\0z\t1\n"s, kDefaults, "1x2: x|1/"},
+        {"\ty\n\t\n", kDefaults, "1x2: |y/"},
+        {"x\ty\n", kDefaults, kRefused},
+        {"h\ti\nx\ty\n", kDefaults | kLine, kRefused},
+        // The skipped field gives way to the one behind it.
+        {"k\t1\t2\n", kColumn, "1x2: 1|2/"},
+        {"k\t1\nk\n\t\nk\t2\t3\n", kColumn, "4x1: 1/ k/ / 2/"},
+        {"k\tx\n\n\t\nk\t\n", kDefaults | kColumn, "3x1: x/ x/ x/"},
+        {"k\tx\ty\nk\tv\n", kDefaults | kColumn, "1x2: v|~/"},
+        {"a\nb\n", kColumn, kRefused},
+        {"\na\tb\n", kColumn, kRefused},
+        {"a\tb\tc", kColumn, "0x1:"},
+        {"k\th\ti\nk\tx\ty\nk\t\t2\n", kDefaults | kLine | kColumn, "1x2: x|2/"},
+        {"a\tb\n", 0xFFFFFFF8, "1x2: a|b/"},
+    };
+    for (const auto& [text, flags, grid] : cases) EXPECT_EQ(GridOf(text, flags), grid) << text << flags;
+}
+
+/// The rules once more, over values: a text's lines, then their fields, then the rows.
+class Model {
+    using Line = std::vector<Cell>;
+
+public:
+    Model(std::string text, std::uint32_t flags) : text_(std::move(text)), flags_(flags) {}
+
+    std::string Grid() {
+        if (text_.empty()) return "0x0:";
+        long rows = std::count(text_.begin(), text_.end(), '\n') + std::count(text_.begin(), text_.end(), '\xFF');
+        const std::size_t end = text_.find_first_of("\n\xFF");
+        const long tabs =
+            std::count(text_.begin(), text_.begin() + static_cast<long>(std::min(end, text_.size())), '\t');
+        columns_ = end == 0 ? 0 : static_cast<std::size_t>(tabs + (end == std::string::npos ? 0 : 1));
+        std::vector<Line> lines = Lines();
+        if (Has(kLine)) {
+            if (rows-- <= 1) return kRefused;
+            TakeFirst(lines);
+        }
+        if (Has(kColumn) && columns_-- <= 1) return kRefused;
+        if (columns_ == 0) return GridText(static_cast<std::size_t>(rows), 0, {});
+        std::optional<Line> defaults;
+        if (Has(kDefaults)) {
+            if (rows-- <= 1) return kRefused;
+            defaults = Row(TakeFirst(lines), std::nullopt);
+        }
+        lines.resize(static_cast<std::size_t>(rows));
+        std::vector<Cell> cells;
+        for (const auto& line : lines) {
+            const Line row = Row(line, defaults);
+            cells.insert(cells.end(), row.begin(), row.end());
+        }
+        return GridText(lines.size(), columns_, cells);
+    }
+
+private:
+    /// Bytes 0xFF can make more lines than there are.
+    static Line TakeFirst(std::vector<Line>& lines) {
+        Line first = lines.empty() ? Line() : lines[0];
+        if (!lines.empty()) lines.erase(lines.begin());
+        return first;
+    }
+
+    [[nodiscard]] bool Has(std::uint32_t flag) const { return (flags_ & flag) != 0; }
+
+    /// The closed fields of each line; a last line without its end has one fewer than its text suggests.
+    [[nodiscard]] std::vector<Line> Lines() const {
+        std::vector<Line> lines;
+        for (std::size_t at = 0; at < text_.size();) {
+            const std::size_t end = text_.find('\n', at);
+            std::string line = text_.substr(at, end - at);
+            if (end != std::string::npos && !line.empty() && line.back() == '\r') line.pop_back();
+            if (end != std::string::npos) line += '\t';
+            lines.emplace_back();
+            for (std::size_t tab; (tab = line.find('\t')) != std::string::npos; line.erase(0, tab + 1)) {
+                lines.back().emplace_back(line.substr(0, tab).c_str()); // up to a NUL in it
+            }
+            at = end == std::string::npos ? end : end + 1;
+        }
+        return lines;
+    }
+
+    [[nodiscard]] Line Row(Line line, const std::optional<Line>& defaults) const {
+        if (Has(kColumn) && line.size() > 1) line.erase(line.begin());
+        line.resize(columns_);
+        for (std::size_t i = 0; i < columns_; ++i) {
+            if (defaults && line[i] == "") line[i] = (*defaults)[i];
+        }
+        return line;
+    }
+
+    std::string text_;
+    std::uint32_t flags_;
+    std::size_t columns_ = 0;
+};
+
+TEST_F(TabFile, AgreesWithTheModelOnRandomTexts) {
+    std::mt19937 random(20);
+    const std::string bytes = "a\t\n\r\xFF\t\nb\0"s; // those behind the first seven come up less
+    for (int i = 0; i < 50000; ++i) {
+        const std::size_t length = random() % (i % 50 == 0 ? 900 : 24);
+        const std::size_t dense = random() % 8 + 1; // one byte in so many is drawn, the others are fillers
+        std::string text;
+        while (text.size() < length) {
+            const bool drawn = random() % dense == 0;
+            const std::size_t kinds = random() % 8 == 0 ? bytes.size() : 4;
+            text += drawn ? bytes[random() % kinds] : 'c';
+        }
+        for (std::uint32_t flags = 0; flags < 8; ++flags) {
+            ASSERT_EQ(GridOf(text, flags), Model(text, flags).Grid()) << testing::PrintToString(text) << flags;
+        }
+    }
+}
+
+TEST_F(TabFile, ReadsNumbersInAnyLocale) {
+    struct {
+        const char* cell;
+        std::int32_t integer;
+        float real;
+    } const cases[] = {
+        {"", 0, 0},
+        {"x1", 0, 0},
+        {"12abc", 12, 12},
+        {" -7", -7, -7},
+        {"1.5e3", 1, 1500},
+        {"+2,5", 2, 2},
+        {"-0.1", 0, -0.1F},
+        {"4294967297", 1, 4294967296.0F},
+        {"2147483648", INT32_MIN, 2147483648.0F},
+        {"16777217.0000001", 16777217, 16777218.0F},
+    };
+    std::string text;
+    for (const auto& row : cases) text += row.cell + "\tz\n"s;
+    files["f"] = text;
+    ASSERT_TRUE(file->Open("f", 0));
+    const std::string locale = std::setlocale(LC_ALL, nullptr);
+    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+    for (std::uint32_t row = 0; row < std::size(cases); ++row) {
+        EXPECT_EQ(file->GetInteger(row, 0, 9), cases[row].integer) << cases[row].cell;
+        EXPECT_EQ(file->GetIntegerAlso(row, 0, 9), cases[row].integer) << cases[row].cell;
+        EXPECT_EQ(file->GetReal(row, 0, 9), cases[row].real) << cases[row].cell;
+    }
+    std::setlocale(LC_ALL, locale.c_str());
+}
+
+TEST_F(TabFile, AnswersTheDefaultWhereNoCellIs) {
+    const auto expect_none = [this](std::uint32_t row, std::uint32_t column) {
+        EXPECT_EQ(file->GetCell(row, column), nullptr) << row << "," << column;
+        EXPECT_EQ(file->GetInteger(row, column, 7), 7);
+        EXPECT_EQ(file->GetIntegerAlso(row, column, -7), -7);
+        EXPECT_EQ(file->GetReal(row, column, 0.5F), 0.5F);
+    };
+    expect_none(0, 0);
+    files["f"] = "1\t2\n3\n";
+    ASSERT_TRUE(file->Open("f", 0));
+    for (const auto& [row, column] : {std::pair{1U, 1U}, {0U, 2U}, {2U, 0U}, {0U, ~0U}, {~0U, 0U}, {~0U, ~0U}}) {
+        expect_none(row, column);
+    }
+    EXPECT_EQ(GridOf("\n1\n", 0), "2x0:");
+    expect_none(0, 0);
+    EXPECT_TRUE(file->Reserved(nullptr));
+}
+
+TEST_F(TabFile, AsksTheServiceForThePathForm) {
+    files["data\\sub\\file.txt"] = "a\n";
+    EXPECT_EQ(Opened("Data\\Sub//FILE.TXT", 0), "1x1: a/");
+    EXPECT_EQ(files["data\\sub\\file.txt"], "a\n");
+}
+
+TEST_F(TabFile, AFailedOpenLeavesNothing) {
+    files["bad"] = "a\n";
+    const auto hold = [this] { ASSERT_EQ(GridOf("x\ty\n\tz\n", kDefaults), "1x2: x|z/"); };
+    for (const char* path : {static_cast<const char*>(nullptr), "", "missing"}) {
+        hold();
+        EXPECT_EQ(Opened(path, 0), kRefused);
+    }
+    for (const std::uint32_t flag : {kDefaults, kLine, kColumn}) {
+        hold();
+        EXPECT_EQ(Opened("bad", flag), kRefused);
+    }
+    hold();
+    files.read_room = 6;
+    EXPECT_EQ(Opened("f", 0), kRefused);
+    files.read_room = MemoryFiles::kUnlimited;
+    hold();
+    files.refuses = true;
+    EXPECT_EQ(Opened("f", 0), kRefused);
+    files.refuses = false;
+    for (const std::int32_t size : {-1, INT32_MIN, 0}) {
+        hold();
+        files.claimed_size = size;
+        EXPECT_EQ(Opened("f", kLine), size == 0 ? "0x0:" : kRefused);
+        files.claimed_size.reset();
+    }
+}
+
+/// 2^32 cells and some more, of which the text has but one row: the lines behind it are bytes 0xFF.
+TEST_F(TabFile, CountsCellsBeyond32Bits) {
+    files["f"] = std::string(65535, '\t') + "\n" + std::string(65536, '\xFF');
+    if (!file->Open("f", 0)) {
+        EXPECT_EQ(GridText(*file), "0x0:");
+        return; // this machine hasn't the memory
+    }
+    EXPECT_EQ(file->GetRowCount(), 65537U);
+    EXPECT_STREQ(file->GetCell(0, 65535), "");
+    EXPECT_EQ(file->GetCell(65536, 65535), nullptr);
+}
+
+TEST_F(TabFile, EveryAllocationMayFail) {
+    files["f"] = "h\ti\nx\ty\n\t2\n";
+    ASSERT_TRUE(file->Open("f", 0)); // its path is interned, for good
+    const std::size_t failures = FailEachAllocation([this](const FailingHeap& heap) {
+        ITabFile* its_file = CreateTabFile(&files);
+        const bool opened = its_file != nullptr && its_file->Open("f", kDefaults | kLine);
+        EXPECT_EQ(opened, !heap.Failed());
+        const std::uint32_t rows = its_file == nullptr ? 0 : its_file->GetRowCount();
+        const bool opened_again = its_file != nullptr && its_file->Open("f", kDefaults | kLine);
+        EXPECT_EQ(rows, opened ? 1U : 0U);
+        EXPECT_EQ(opened_again, its_file != nullptr && (!heap.Failed() || !opened));
+        if (its_file != nullptr) its_file->Release();
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+    EXPECT_EQ(failures, 7U); // the object, and text, defaults and cells of each Open
+}
+
+TEST(TabFileOfItsOwnService, ReadsTheHostsFileOfAnySpelling) {
+    const TemporaryFolder folder;
+    std::filesystem::create_directories(folder.Path("data/sub"));
+    static_cast<void>(folder.File("data/sub/File.txt", "a\tb\n1\t2\n"));
+    const TabFilePointer file(CreateTabFile(nullptr));
+    for (const char* path : {"Data\\Sub\\FILE.TXT", "data/sub/File.txt"}) {
+        EXPECT_TRUE(file->Open(folder.Path(path).c_str(), 0));
+        EXPECT_EQ(GridText(*file), "2x2: a|b/ 1|2/");
+    }
+    EXPECT_FALSE(file->Open(folder.Path("data/sub").c_str(), 0));
+    EXPECT_FALSE(file->Open(folder.Path("data/sub/none.txt").c_str(), 0));
+
+    {
+        const FailingHeap heap;
+        CreateTabFile(nullptr)->Release();
+        EXPECT_EQ(heap.Outstanding(), 0);
+    }
+    const FailingHeap heap(1);
+    const TabFilePointer without(CreateTabFile(nullptr));
+    ASSERT_NE(without, nullptr);
+    EXPECT_TRUE(heap.Failed());
+    EXPECT_FALSE(without->Open(folder.Path("data/sub/File.txt").c_str(), 0));
+}
+
+} // namespace
