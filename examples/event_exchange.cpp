@@ -1,0 +1,74 @@
+// Events between two threads: one posts what it does, the other takes what there is whenever it likes.
+//
+// What is good to know before copying from here:
+//  - An event begins with its own size. Sizes that are multiples of 8 keep every event at a multiple of 8.
+//  - Reading takes no lock. The list is the reader's until it asks for the next, so it is emptied first.
+
+#include <tessarin/tessarin.h>
+
+#include <atomic>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <thread>
+
+namespace {
+
+struct Step {
+    std::uint32_t size;
+    std::uint32_t number;
+};
+
+struct Said {
+    std::uint32_t size;
+    char text[28];
+};
+
+constexpr std::uint32_t kSteps = 1000;
+
+void Walk(Tessarin::IExchangeEvent& exchange, std::atomic<bool>& done) {
+    for (std::uint32_t number = 1; number <= kSteps; ++number) {
+        const Step step = {sizeof(Step), number};
+        exchange.Post(&step);
+    }
+    const Said said = {sizeof(Said), "here I am"};
+    exchange.Post(&said);
+    done = true;
+}
+
+/// Takes all events of a list. Answers how many steps there were, or stops counting at one that is out of its turn.
+std::uint32_t TakeAll(Tessarin::EventList& events, std::uint32_t steps) {
+    for (; void* event = events.Front(); events.Pop()) {
+        Step step;
+        std::memcpy(&step, event, sizeof step);
+        if (step.size == sizeof(Step)) {
+            steps += step.number == steps + 1 ? 1U : 0U;
+            continue;
+        }
+        Said said;
+        std::memcpy(&said, event, sizeof said);
+        std::printf("after %u steps: %s\n", steps, said.text);
+    }
+    return steps;
+}
+
+} // namespace
+
+int main() {
+    Tessarin::IExchangeEvent* exchange = CreateExchangeEvent();
+    if (exchange == nullptr) return 1;
+    std::atomic<bool> done = false;
+    std::thread walker(Walk, std::ref(*exchange), std::ref(done));
+
+    std::uint32_t steps = 0;
+    bool last = false;
+    while (!last) {
+        last = done; // asked before the exchange: what was posted by then is in this list or in the one before
+        steps = TakeAll(*exchange->Exchange(), steps);
+    }
+    walker.join();
+    steps = TakeAll(*exchange->Exchange(), steps);
+    exchange->Release();
+    return steps == kSteps ? 0 : 1;
+}
