@@ -292,6 +292,8 @@ TEST(BinaryForm, TakesWhatIsSoundAndNothingElse) {
                               {73, {0x18CC01}},                               // the next sibling's byte
                               {85, {0x182400, 0x186400}}, // a lower byte than the sibling's, the same
                               {77, {1, 17, 0xFFFFFFFF}},  // no text starts there
+                              {77, {2, 6}},               // a text that the way doesn't spell, and a longer one
+                              {101, {0}},                 // a shorter one
                               {81, {3, 16}},
                               {93, {1}},                 // not the next array
                               {109, {1, 3, 0xFFFFFFFF}}, // an array's count
