@@ -1,0 +1,175 @@
+#!/usr/bin/env bash
+# check_command.sh COMMAND SAMPLES FOLDER
+set -uo pipefail
+command=$1
+samples=$2
+rm -rf "$3"
+mkdir -p "$3"
+cd "$3" || exit 1
+failed=0
+
+# is STATUS OUTPUT ARGUMENT...: the exit status, and standard output (or, of a failure, standard error) to the byte.
+# Input comes from the file `input`.
+is() {
+    local status=0 expected_status=$1 expected=$2 output errors
+    shift 2
+    "$command" "$@" <input >out 2>err || status=$?
+    output=$(cat out; echo x) errors=$(cat err; echo x)
+    output=${output%x} errors=${errors%x}
+    [ "$expected_status" -eq 0 ] && [ -n "$errors" ] && output+="and on standard error: $errors"
+    [ -n "$errors" ] && [ -z "$output" ] && output=$errors
+    [ $status -eq "$expected_status" ] && [ "$output" = "${expected:+$expected$'\n'}" ] && return
+    printf '%q ' tessarin "$@"
+    printf '\n  status %s, expected %s\n%s\n  expected\n%s\n' $status "$expected_status" "$output" "$expected"
+    failed=1
+}
+# holds FILE TEXT: a file's content, without its carriage returns.
+holds() {
+    local content
+    content=$(tr -d '\r' <"$1")
+    [ "$content" = "$2" ] || { printf '%s holds\n%s\n' "$1" "$content"; failed=1; }
+}
+
+printf 'Title = Fog\nlist = { a, b }\n_default = { oil = 3  tags = { x } }\nlamp = { "models/Bog.mesh" = 1 }\nnone =\n' >text
+printf 'Title = Fog\n' >input
+
+# ---- configuration: reading
+is 0 'text  table, 5 entries
+├─ title = "Fog"
+├─ list  array, 2 elements
+│  ├─ [0] = "a"
+│  └─ [1] = "b"
+├─ _default  table, 2 entries
+│  ├─ oil = "3"
+│  └─ tags  array, 1 element
+│     └─ [0] = "x"
+├─ lamp  table, 1 entry
+│  └─ models\bog.mesh = "1"
+└─ none = null  no value' config show text
+is 0 $'text  table, 5 entries\n├─ title = "Fog"\n├─ list  array, 2 elements\n├─ _default  table, 2 entries
+├─ lamp  table, 1 entry\n└─ none = null  no value' config show --depth 1 text
+is 0 $'\e[1mlist/0\e[0m = \e[32m"a"\e[0m' config show --color always text list/0
+is 0 '["a","b"]' config show --json text LIST
+is 0 'Fog' config get text title
+is 0 '3' config get text lamp/oil
+is 0 'x' config get text lamp/tags/0
+is 0 '1' config get text 'lamp/"models/bog.mesh"'
+is 0 '1' config get text 'lamp/Models\Bog.mesh'
+is 0 '["x"]' config get --json text lamp/tags
+is 0 '-7' config get --fallback -7 text lamp/rope
+is 1 'tessarin: text: has no none' config get text none
+is 1 'tessarin: text: has no list/2' config get text list/2
+is 1 'tessarin: text: list is no plain value: array, 2 elements' config get text list
+is 1 'tessarin: text: has no lamp/oil' config show text lamp/oil
+is 0 'Fog' config get - title
+is 1 'tessarin: absent: No such file or directory' config get absent title
+is 1 'tessarin: .: is a folder' config show .
+is 2 $'tessarin: KEY: a quote is open, or something stands behind one: "a"b\nTry `tessarin --help`.' config show text '"a"b'
+is 2 $'tessarin: unknown argument: shew\nTry `tessarin --help`.' config shew text
+is 2 $'tessarin: FILE is required\nTry `tessarin --help`.' config show
+
+# ---- configuration: changing. Whatever fails leaves the file as it was, and nothing beside it.
+cp text kept
+is 1 "tessarin: kept: isn't written, as a text can't hold title" config set kept title 'a"b'
+is 1 "tessarin: kept: isn't written, as a text can't hold empty" config add kept empty --array
+is 1 'tessarin: kept: has Title already' config add kept Title x
+is 1 'tessarin: kept: has no deep on the way' config add kept deep/er x
+is 1 'tessarin: kept: list is no plain value' config set kept list x
+is 1 'tessarin: kept: has no rope' config remove kept rope
+is 1 'tessarin: kept: adds to an array at its end alone, which is `-`' config add kept list/0 x
+is 2 $'tessarin: KEY: no key\nTry `tessarin --help`.' config set kept '' x
+is 2 $'tessarin: VALUE, --table or --array is required\nTry `tessarin --help`.' config add kept x
+cmp -s text kept || { echo 'a change that failed was written'; failed=1; }
+printf 'a = 1 -- one\nlist = { x }\n' >edited
+chmod 640 edited
+ln -s edited link
+is 0 '' config set link A -5
+is 0 '' config add edited list/- y
+is 0 '' config add edited list/2 --table
+is 0 '' config add -p edited one/two/Three ''
+is 0 '' config add edited 'one/"maps//Bog"' m
+is 0 '' config remove edited list/0
+holds edited $'a = "-5"\nlist = {\n\t\t"y"\n\t\t{\n           }\n       }\none = {\n\t\ttwo = {\n\t\t\t\tthree = ""
+              }\n\t\tmaps\\bog = "m"\n      }'
+[ -L link ] && [ "$(stat -c %a edited)" = 640 ] || { echo 'a link or the permissions are gone'; failed=1; }
+is 0 $'title = "Mist"\r' config set - title Mist
+printf 'k = 1\n' >input
+is 0 '' config set - k 2 -o elsewhere
+holds elsewhere 'k = "2"'
+
+# ---- configuration: forms
+is 0 '' config compile text binary
+is 0 '' config diff text binary
+is 0 '' config text binary again
+is 0 '' config diff again binary
+is 1 'tessarin: binary: is compiled; `tessarin config text` makes it a text' config set binary title x
+printf '_default = { tags = { x } oil = 3 } oar = 1\nlist = { z b c }\ntitle = Fog\nnone = ""\n' >input
+is 1 $'- lamp = table, 1 entry\n- list/0 = "a"\n+ list/0 = "z"\n+ list/2 = "c"\n+ oar = "1"' config diff text -
+head -c 100 binary >damaged
+is 1 'tessarin: damaged: is a damaged compiled file' config show damaged
+printf '= 1\n' >keyless
+is 1 'tessarin: keyless: has an `=` without a key, or a key or a text that is too long' config show keyless
+printf 'k = 1\nk = 2\n' >twice
+"$command" config compile twice twice.bin 2>err
+holds err 'tessarin: twice: warning: has k more than once; the last one counts'
+"$command" config show text >/dev/full 2>err && { echo 'a full disk is no failure'; failed=1; }
+holds err "tessarin: standard output: can't be written"
+is 1 'tessarin: /dev/full: No space left on device' config text text /dev/full
+
+# ---- folders: only what changed; what fails doesn't stop the rest
+mkdir -p tree/sub tree/.hidden
+cp text tree/b.txt; cp text tree/sub/a.txt; cp keyless tree/bad.txt; cp text tree/other; cp text tree/.hidden/c.txt
+counts() { "$command" config compile --tree --match '*.txt' "$@" tree tree/made 2>err | sed -n 's/; [0-9]* bytes.*//p'; }
+[ "$(counts)" = '3 files: 2 compiled, 0 unchanged, 1 failed' ] || { echo 'tree, first'; failed=1; }
+grep -q '^tessarin: tree/bad.txt: has an `=` without a key' err || { cat err; failed=1; }
+[ "$(counts)" = '3 files: 0 compiled, 2 unchanged, 1 failed' ] || { echo 'tree, again'; failed=1; }
+touch -d '2001-01-01' tree/b.txt
+[ "$(counts)" = '3 files: 1 compiled, 1 unchanged, 1 failed' ] || { echo 'tree, an older source'; failed=1; }
+[ "$(counts --force)" = '3 files: 2 compiled, 0 unchanged, 1 failed' ] || { echo 'tree, forced'; failed=1; }
+is 0 '' config diff text tree/made/sub/a.txt
+
+# ---- tables
+printf 'day 1\nhour = 5.75\nname = "A \xff"\nat [1,2.5,3]\nin { a/b = x }\n' >readable
+is 0 'readable  table, 5 entries
+├─ day = 1  integer
+├─ hour = 5.75  real
+├─ name = "A \xff"
+├─ at = [1, 2.5, 3]  float3
+└─ in  table, 1 entry
+   └─ a/b = "x"' table show readable
+is 0 '[1, 2.5, 3]' table get readable at
+is 0 'x' table get readable 'in/"a/b"'
+is 1 'tessarin: readable: has no day/in' table get readable day/in
+is 0 '{"a/b":"x"}' table get --json readable in
+is 0 $'"A \uFFFD"' table get --json readable name
+is 0 '' table json "$samples/saltmarch.table" game.json
+is 0 '412.5' table get --fallback 412.5 game.json start/nowhere
+is 0 '[412.5, 0, -88.25]' table get game.json start/position
+printf '{"a": 1,\n "b": }' >input
+is 1 'tessarin: standard input: is broken JSON at line 2, column 7: Invalid value.' table show -
+printf 'alone' >input
+is 1 'tessarin: standard input: has a key without a value, an open quote, or a block under a key in use' table show -
+
+# ---- tab files
+printf 'name\tn\tlong one\na\t\t\xc3\x84\tover\r\nb\n' >Grid.tab
+cp Grid.tab grid.tab; echo >>grid.tab
+is 0 $'name  n  long one\na        Ä\nb' tab show Grid.tab
+is 0 '[["a","","Ä"],["b",null,null]]' tab show --skip-first-line --json Grid.tab
+is 0 $'Ä' tab get Grid.tab 1 2
+is 0 'no' tab get --fallback no Grid.tab 7 0
+is 0 'n' tab get --default-row Grid.tab 0 1
+is 0 'Ä' tab get --skip-first-line --skip-first-column Grid.tab 0 1
+is 1 'tessarin: Grid.tab: has no cell 2 1' tab get Grid.tab 2 1
+is 2 $'tessarin: Could not convert: ROW = x\nTry `tessarin --help`.' tab get Grid.tab x 0
+
+# ---- depth is a matter of memory
+deep() { for _ in $(seq 20); do printf 'a={%.0s' $(seq 5000); done; }
+deep >deep
+"$command" config show --json deep >deep.json && "$command" config show deep | tail -1 | grep -qF '(100000) └─ a  table, 0 entries' ||
+    { echo 'a hundred thousand levels'; failed=1; }
+is 0 '' config compile deep deep.bin
+is 0 '' config diff deep deep.bin
+
+left=$(find . -name '*.[0-9]*[0-9]')
+[ -z "$left" ] || { echo "left behind: $left"; failed=1; }
+exit $failed

@@ -1,0 +1,18 @@
+/// A job that can't be done, told to the user as `tessarin: FILE: what is wrong`.
+
+#ifndef TESSARIN_TOOLS_FAILURE_H
+#define TESSARIN_TOOLS_FAILURE_H
+
+#include <stdexcept>
+#include <string>
+
+namespace Command {
+
+class Failure : public std::runtime_error {
+public:
+    Failure(const std::string& file, const std::string& what) : std::runtime_error(file + ": " + what) {}
+};
+
+} // namespace Command
+
+#endif
