@@ -76,6 +76,20 @@ ROWS = [
       for what, row in (("text to read", "LoadRead"), ("text to edit", "LoadEdit"), ("binary", "LoadBinary"),
                         ("save binary", "SaveBinary"), ("save text", "SaveText"))
       for size in (10, 100)],
+    *[(f"push and pop a command, {what}, {waiting} waiting", f"PushPop<CommandQueue, {same}>/{waiting}",
+       f"PushPop<{peer}, {same}>/{waiting}", target)
+      for what, same, peer, target in (("against a deque of structs", "true", "DequeOfStructs", 1.0),
+                                       ("that deque behind calls", "true", "Called<DequeOfStructs>", None),
+                                       ("against a deque of vectors", "false", "DequeOfVectors", 1 / 2.5))
+      for waiting in (0, 100, 10000)],
+    *[(f"events from {producers} threads, against {what}", f"Deliver<Exchanged>/{producers}/real_time",
+       f"Deliver<{peer}>/{producers}/real_time", target)
+      for what, peer, target in (("swapped vectors", "SwappedVectors", 1.0),
+                                 ("moodycamel in bulk", "ConcurrentQueue", 1 / 1.5))
+      for producers in (1, 2, 4)],
+    *[(f"tab file of {size} MB, against {what}", f"OpenTabFile/{size}/0", f"{peer}/{size}", target)
+      for what, peer, target in (("memchr by hand", "OpenByHand", 1.0), ("libcsv", "ParseLibcsv", 1 / 8))
+      for size in (1, 10, 100)],
 ]
 
 # What a first load of a process has taken of memory at its most; its benchmark.
