@@ -75,10 +75,10 @@ struct IFile {
     ///
     /// FORMAT_TEXT writes an entry a line, every scalar in quotes, with CR LF; comments aren't kept. Keys and values
     /// are written as they are, so what the form can't say doesn't read back: a `"`, a `--` or a 0xFF in either, in a
-    /// key also a blank, a line end, `=`, `,` or `/`, and an empty key. An empty array reads back as an empty table. A
-    /// null text is written as an empty one. A line of 1024 bytes or more fails, its line end counted, and so does
-    /// nesting whose indent, to which the keys on the way add their lengths, passes 1024 columns. What the file
-    /// service's Write answers isn't looked at.
+    /// key also a blank, a line end, `=`, `,`, `/`, a brace, two `\` together or a `:` at its start, and an empty key.
+    /// An empty array reads back as an empty table. A null text is written as an empty one. A line of 1024 bytes or
+    /// more fails, its line end counted, and so does nesting whose indent, to which the keys on the way add their
+    /// lengths, passes 1024 columns. What the file service's Write answers isn't looked at.
     ///
     /// FORMAT_BINARY depends on the content alone, not on how it was loaded. Of several scalars under one key it keeps
     /// the last one in the file; a table in which arrays or tables share a key with another entry fails, as does a form

@@ -115,8 +115,10 @@ struct ITable {
     /// The Unit of a key, or null.
     virtual IIterator* Find(const char* key) = 0;
     virtual IIterator* Find(std::uint32_t key) = 0;
+    /// The Unit of a path's form, or null.
     virtual IIterator* FindPath(const char* path) = 0;
 
+    // What the Unit of a key, or that of the default, answers to the getter of that name.
     virtual std::int32_t GetInteger(const char* key, std::int32_t fallback) = 0;
     virtual std::int32_t GetInteger(std::uint32_t key, std::int32_t fallback) = 0;
     virtual float GetFloat(const char* key, float fallback) = 0;
@@ -164,6 +166,7 @@ protected:
 /// Getters answer the fallback at or beyond the count, and where the Unit's test of that name fails.
 /// Threads: those of the tree, see IFile.
 struct IArray {
+    /// The number of the array's own Units.
     virtual std::uint32_t GetCount() = 0;
     /// As ITable::GetName.
     virtual cstr GetName() = 0;
@@ -174,6 +177,7 @@ struct IArray {
     virtual IIterator* End() = 0;
     virtual IIterator* Next(IIterator* unit) = 0;
 
+    // What the Unit at a position answers to the getter of that name.
     virtual std::int32_t GetInteger(std::uint32_t position, std::int32_t fallback) = 0;
     virtual float GetFloat(std::uint32_t position, float fallback) = 0;
     virtual cstr GetString(std::uint32_t position) = 0;

@@ -24,6 +24,7 @@ struct EventList {
     /// Size of the buffer in bytes; 0 until the first event.
     virtual std::uint32_t GetCapacity() = 0;
 
+    /// Whether there is no event in the list.
     virtual bool IsEmpty() = 0;
 
     /// Appends a copy of an event, of as many bytes as its first word says.

@@ -31,16 +31,18 @@ enum IntervalFlags : std::uint32_t {
 /// Threads: an object is one thread's at a time, or read by many; the static members may run on any thread.
 class TESSARIN_API Interval {
 public:
-    float lower;
-    float upper;
-    std::int32_t lower_int;
-    std::int32_t upper_int;
-    std::uint32_t flags; ///< IntervalFlags
+    float lower;            ///< the lower bound, if it was written as a real
+    float upper;            ///< likewise the upper one
+    std::int32_t lower_int; ///< the lower bound, if it was written as an integer
+    std::int32_t upper_int; ///< likewise the upper one
+    std::uint32_t flags;    ///< IntervalFlags
 
     /// The empty value.
     Interval();
     ~Interval();
+    /// A copy.
     Interval(const Interval& other) = default;
+    /// Takes a copy.
     Interval& operator=(const Interval& other);
 
     /// Back to the empty value.

@@ -45,7 +45,9 @@ struct ITabFile {
     /// Always true.
     virtual bool Reserved(void* unused) = 0;
 
+    /// The rows of the grid, without the line of defaults and the one that is skipped.
     virtual std::uint32_t GetRowCount() = 0;
+    /// The columns of the grid, without the one that is skipped.
     virtual std::uint32_t GetColumnCount() = 0;
 
     /// A cell's text, the object's own, valid until Release or the next Open. An empty field has the text of the
@@ -58,6 +60,7 @@ struct ITabFile {
     virtual std::int32_t GetInteger(std::uint32_t row, std::uint32_t column, std::int32_t default_value) = 0;
     /// GetInteger once more.
     virtual std::int32_t GetIntegerAlso(std::uint32_t row, std::uint32_t column, std::int32_t default_value) = 0;
+    /// As GetInteger, with a fraction and an exponent.
     virtual float GetReal(std::uint32_t row, std::uint32_t column, float default_value) = 0;
 
 protected:

@@ -63,8 +63,8 @@ struct TableEvent {
 ///   argument listener  void (*)(void* object, std::uint32_t code, Tessarin::ITable* table, cstr key)
 ///   array listener     void (*)(void* object, std::uint32_t code, Tessarin::ITable* table, std::uint32_t index)
 struct Delegate {
-    void* object; ///< handed to the function first; never owned: remove the listener before the object dies
-    void (*function)();
+    void* object;       ///< handed to the function first; never owned: remove the listener before the object dies
+    void (*function)(); ///< what is called
 };
 
 namespace Tessarin {
@@ -76,6 +76,7 @@ namespace Tessarin {
 /// the setter. What the entry owned before (a child table, a matrix) is released first. They answer 1; 0 for a null
 /// `value` pointer. Threads: those of the table.
 struct IIterator {
+    /// The key, as the table has it now.
     virtual cstr GetKey() = 0;
     /// The entry's ValueKind.
     virtual std::uint32_t GetType() = 0;
@@ -89,15 +90,18 @@ struct IIterator {
     virtual ITable* GetTable() = 0;
     /// The pointer; null for any other kind.
     virtual void* GetPtr() = 0;
-    /// Copies 2, 3 or 4 words of the value whatever the kind; words that the kind doesn't use mean nothing. Always 1.
+    /// Copies 2 words of the value whatever the kind; words that the kind doesn't use mean nothing. Always 1.
     virtual std::uint32_t GetFloat2(Float2* out) = 0;
+    /// Likewise 3 words.
     virtual std::uint32_t GetFloat3(Float3* out) = 0;
+    /// Likewise 4 words.
     virtual std::uint32_t GetFloat4(Float4* out) = 0;
     /// Copies the matrix and answers 1; 0, `out` untouched, for any other kind.
     virtual std::uint32_t GetFloat4x4(Float4x4* out) = 0;
     /// The value's first 32 bits as they stand, whatever the kind.
     virtual Handle GetHandle() = 0;
 
+    // The entry takes this value, whatever it held.
     virtual std::uint32_t SetHandle(const Handle* value) = 0;
     /// Over a matrix the same block takes the new floats. 0 on an entry that has another kind, or when memory runs out.
     virtual std::uint32_t SetFloat4x4(const Float4x4* value) = 0;
@@ -193,6 +197,7 @@ struct ITable {
     ///          `data`, without memory, or if a listener has removed the array part or made it anew for another size
     virtual void* SetArrayItem(std::uint32_t index, const void* data, std::uint32_t notify) = 0;
 
+    // The setters, as told above.
     virtual std::uint32_t SetHandle(const char* key, const Handle* value, std::uint32_t notify) = 0;
     /// Never counts as the same: stores and tells each time.
     virtual std::uint32_t SetFloat4x4(const char* key, const Float4x4* value, std::uint32_t notify) = 0;
@@ -234,7 +239,7 @@ struct ITable {
     /// The number of items in the array part, 0 without one.
     virtual std::uint32_t GetArrayCount() = 0;
 
-    /// Stores a borrowed table, which may be replaced by another; a save writes it out in full.
+    // Store a borrowed table, which may be replaced by another; a save writes it out in full.
     virtual std::uint32_t SetExternalTable(const char* key, ITable* table, std::uint32_t notify) = 0;
     virtual std::uint32_t SetReferenceTable(const char* key, ITable* table, std::uint32_t notify) = 0;
 
@@ -243,7 +248,7 @@ struct ITable {
     /// Removes all entries with their listeners; array part, the table's own listeners and room stay. Always 1.
     virtual std::uint32_t Clear(std::uint32_t notify) = 0;
 
-    /// Places without a purpose; answer 0.
+    // Places without a purpose; answer 0.
     virtual std::uint32_t ReservedFirst(void* unused) = 0;
     virtual std::uint32_t ReservedSecond(void* unused) = 0;
 
@@ -291,16 +296,19 @@ protected:
 /// What a delegate made from a member function calls.
 namespace Tessarin::Calls {
 
+/// Calls the method of a record listener.
 template <auto Method, class T>
 void Record(void* object, TableEvent* event) {
     (static_cast<T*>(object)->*Method)(event);
 }
 
+/// Calls the method of an argument listener.
 template <auto Method, class T>
 void Argument(void* object, std::uint32_t code, ITable* table, cstr key) {
     (static_cast<T*>(object)->*Method)(code, table, key);
 }
 
+/// Calls the method of an array listener.
 template <auto Method, class T>
 void Array(void* object, std::uint32_t code, ITable* table, std::uint32_t index) {
     (static_cast<T*>(object)->*Method)(code, table, index);

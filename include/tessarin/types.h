@@ -23,21 +23,28 @@ typedef const char* cstr;
 
 /// Two consecutive 32-bit floats.
 typedef struct Float2 {
-    float x, y;
+    float x; ///< the first component
+    float y; ///< the second component
 } Float2;
 
 /// Three consecutive 32-bit floats.
 typedef struct Float3 {
-    float x, y, z;
+    float x; ///< the first component
+    float y; ///< the second component
+    float z; ///< the third component
 } Float3;
 
 /// Four consecutive 32-bit floats.
 typedef struct Float4 {
-    float x, y, z, w;
+    float x; ///< the first component
+    float y; ///< the second component
+    float z; ///< the third component
+    float w; ///< the fourth component
 } Float4;
 
 /// Sixteen consecutive 32-bit floats, in the order of the host's own matrix.
 typedef struct Float4x4 {
+    /// The elements.
     float m[16];
 } Float4x4;
 
