@@ -6,7 +6,14 @@ endif()
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_C_EXTENSIONS OFF)
 
+# The 387 keeps floats wider than they are and rounds twice; values must be the same on every target.
+set(float_options)
+if(CMAKE_SIZEOF_VOID_P EQUAL 4 AND CMAKE_SYSTEM_PROCESSOR MATCHES "86")
+    set(float_options -msse2 -mfpmath=sse)
+endif()
+
 function(tessarin_compile_options target)
+    target_compile_options(${target} PRIVATE ${float_options})
     target_compile_options(${target} PRIVATE -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Werror)
     set_target_properties(${target} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON
                                                C_VISIBILITY_PRESET hidden)
@@ -32,5 +39,9 @@ function(tessarin_link_options target)
     endif()
     if(NOT TESSARIN_SANITIZE AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
         target_link_options(${target} PRIVATE -Wl,-z,defs)
+    endif()
+    # A host on Windows gets one file: the compiler's libraries, which are on nobody's path there, are inside.
+    if(MINGW)
+        target_link_options(${target} PRIVATE -static)
     endif()
 endfunction()

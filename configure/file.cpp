@@ -102,7 +102,7 @@ ITable* File::RootOf(std::uint32_t its_access, std::uint32_t its_format) {
     if (its_format == FORMAT_BINARY) return binary_.tables.begin();
     if (its_format != FORMAT_TEXT) return nullptr;
     if (its_access == ACCESS_EDIT) return edit_.tables.first;
-    return its_access == ACCESS_READ ? text_.tables.begin() : nullptr;
+    return text_.tables.begin();
 }
 
 bool File::Reset() {

@@ -9,9 +9,7 @@ namespace Tessarin {
 
 std::uint32_t Pair::GetFloat4x4(Float4x4* out) {
     if (kind != VALUE_FLOAT4X4 || out == nullptr) return 0;
-    const auto* matrix = value.As<const Float4x4*>();
-    if (matrix == nullptr) return 0;
-    *out = *matrix;
+    *out = *value.As<const Float4x4*>();
     return 1;
 }
 

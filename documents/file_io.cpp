@@ -7,6 +7,7 @@
 #include "core/string_forms.h"
 #include "documents/stream.h"
 #include "platform/host_path.h"
+#include "platform/open_file.h"
 
 #include <cstdlib>
 
@@ -16,11 +17,11 @@ namespace {
 constexpr std::int32_t kModeRead = 0, kModeWrite = 1;
 
 std::FILE* OpenToRead(const char* path, const char* mode) {
-    std::FILE* stream = std::fopen(path, mode);
+    std::FILE* stream = OpenFile(path, mode);
     if (stream != nullptr) return stream;
     char* host = HostPath(path);
     if (host == nullptr) return nullptr;
-    stream = std::fopen(host, mode);
+    stream = OpenFile(host, mode);
     std::free(host);
     return stream;
 }
@@ -32,7 +33,7 @@ std::FILE* Stream(void* handle) { return static_cast<std::FILE*>(handle); }
 void* FileIO::Open(const char* path, std::int32_t mode) {
     if (IsEmpty(path)) return nullptr;
     if (mode == kModeRead) return OpenToRead(path, "rb");
-    if (mode == kModeWrite) return std::fopen(path, "wb+");
+    if (mode == kModeWrite) return OpenFile(path, "wb+");
     return nullptr;
 }
 

@@ -4,6 +4,7 @@
 #include "documents/file_objects.h"
 
 #include "documents/stream.h"
+#include "platform/open_file.h"
 
 #include <new>
 
@@ -14,7 +15,7 @@ Object* OpenFileObject(const char* path, const char* mode) {
     if (path == nullptr) return nullptr;
     auto* object = new (std::nothrow) Object;
     if (object == nullptr) return nullptr;
-    object->stream = std::fopen(path, mode);
+    object->stream = OpenFile(path, mode);
     if (object->stream != nullptr) return object;
     object->Release();
     return nullptr;

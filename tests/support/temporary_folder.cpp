@@ -1,15 +1,23 @@
 #include "tests/support/temporary_folder.h"
 
-#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 
 namespace TestSupport {
 
-TemporaryFolder::TemporaryFolder() : path_((std::filesystem::temp_directory_path() / "tessarin-XXXXXX").string()) {
-    if (mkdtemp(path_.data()) == nullptr) throw std::runtime_error("no temporary folder");
+// Test programs run side by side, so a name must be nobody else's: only the one that makes the folder has it.
+TemporaryFolder::TemporaryFolder() {
+    const auto all = std::filesystem::temp_directory_path();
+    std::random_device random;
+    for (int attempt = 0; attempt < 100; ++attempt) {
+        const auto folder = all / ("tessarin-" + std::to_string(random()));
+        path_ = folder.generic_string();
+        if (std::filesystem::create_directory(folder)) return;
+    }
+    throw std::runtime_error("no temporary folder");
 }
 
 TemporaryFolder::~TemporaryFolder() {

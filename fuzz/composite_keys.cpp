@@ -1,0 +1,159 @@
+// Composite keys: any format, with any arguments, against the key that it should spell. A tree of each family that
+// holds that key finds it, and every getter reads what is there; a format that spells no key finds nothing.
+
+#include "fuzz/byte_source.h"
+#include "fuzz/check.h"
+#include "fuzz/configure_tree.h"
+
+#include <array>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace {
+
+using namespace Fuzz;
+using namespace Configure;
+
+constexpr std::size_t kMostLetters = 6;
+constexpr std::size_t kRoom = 1024; // of a key with its terminator, in all families
+
+struct Argument {
+    std::int32_t number = 0;
+    std::optional<std::string> text; // none is a null text
+
+    [[nodiscard]] const char* Text() const { return text ? text->c_str() : nullptr; }
+};
+
+struct Request {
+    std::string format;
+    std::array<Argument, kMostLetters> arguments;
+};
+
+std::string LowerCase(std::string text) {
+    for (char& byte : text) byte = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+    return text;
+}
+
+std::string PathForm(const std::string& text) {
+    std::string path;
+    for (char byte : LowerCase(text)) {
+        const bool separates = byte == '/' || byte == '\\';
+        if (path.size() == 255) break;
+        if (!separates || path.empty() || path.back() != '\\') path += separates ? '\\' : byte;
+    }
+    return path;
+}
+
+/// The key with a `:` behind each piece; nothing if the format spells none.
+std::optional<std::string> Spelled(const Request& request) {
+    std::string key;
+    for (std::size_t i = 0; i < request.format.size(); ++i) {
+        const Argument& argument = request.arguments[i];
+        const char letter = request.format[i];
+        if (letter != 'i' && letter != 's' && letter != 'p') return std::nullopt;
+        if (letter != 'i' && !argument.text) return std::nullopt;
+        key += letter == 'i'   ? std::to_string(argument.number)
+               : letter == 's' ? *argument.text
+                               : PathForm(*argument.text);
+        key += ':';
+        if (key.size() >= kRoom) return std::nullopt;
+    }
+    return key;
+}
+
+/// Calls with the arguments that the format's letters take, which only a call written out can have: a letter that takes
+/// none ends them, as the key is given up there.
+template <class Call, class... Taken>
+void WithArguments(const Request& request, const Call& call, Taken... taken) {
+    constexpr std::size_t kTaken = sizeof...(Taken);
+    if constexpr (kTaken < kMostLetters) {
+        const char letter = request.format[kTaken];
+        const Argument& argument = request.arguments[kTaken];
+        if (letter == 'i') return WithArguments(request, call, taken..., argument.number);
+        if (letter == 's' || letter == 'p') return WithArguments(request, call, taken..., argument.Text());
+    }
+    call(request.format.c_str(), taken...);
+}
+
+/// Every operation that takes a format, on a table in which it must find `expected`, or nothing if that is null.
+void CheckAll(ITable& table, const Request& request, IIterator* expected) {
+    WithArguments(request, [&table, expected](const char* format, auto... taken) {
+        Require(table.FindFormat(format, taken...) == expected, "another Unit is found, or none");
+        const bool is_text = expected != nullptr && expected->IsString();
+        Require(table.GetIntegerFormat(-7, format, taken...) == (is_text ? expected->GetInteger() : -7), "an integer");
+        Require(table.GetFloatFormat(-7.5F, format, taken...) == (is_text ? expected->GetFloat() : -7.5F), "a float");
+        Require(table.GetStringFormat(format, taken...) == (is_text ? expected->GetString() : nullptr), "a string");
+        Require(table.GetBoolFormat(format, taken...) == (is_text && expected->GetBool()), "a bool");
+        Require(table.GetArrayFormat(format, taken...) == (expected ? expected->GetArray() : nullptr), "an array");
+        Require(table.GetTableFormat(format, taken...) == (expected ? expected->GetTable() : nullptr), "a table");
+    });
+}
+
+/// The only Unit, if the table has one.
+IIterator* OnlyUnit(ITable& table) { return table.GetCount() == 0 ? nullptr : table.Begin(); }
+
+/// Adds an entry of one of the kinds under a key.
+IIterator* Add(ITable& table, const std::string& key, std::uint32_t kind) {
+    if (kind == 0) return table.AddArray(key.c_str());
+    return kind == 1 ? table.AddTable(key.c_str()) : table.AddString(key.c_str(), "12.5");
+}
+
+/// The key with a last `:` is that of the text families, without it that of the binary one; either way the tree is made
+/// by editing, which takes any key but the empty one.
+void CheckFamilies(const Request& request, const std::string& key, std::uint32_t kind) {
+    LoadedFile edited;
+    ITable* root = edited.Load("", ACCESS_EDIT, FORMAT_TEXT);
+    CheckAll(*root, request, nullptr);
+    // The key that is asked for is put into lower case, and so is one that is added.
+    IIterator* added = key.empty() ? nullptr : Add(*root, key, kind);
+    CheckAll(*root, request, added);
+    LoadedFile read;
+    const bool sayable = added != nullptr && IsSayable(TreeOf(*root, true));
+    if (std::optional<std::string> text = edited.Saved(FORMAT_TEXT); text && sayable) {
+        ITable* its_root = read.Load(*text, ACCESS_READ, FORMAT_TEXT);
+        CheckAll(*its_root, request, OnlyUnit(*its_root));
+    }
+}
+
+void CheckBinary(const Request& request, std::string key, std::uint32_t kind) {
+    if (!key.empty()) key.pop_back();
+    LoadedFile edited;
+    ITable* root = edited.Load("", ACCESS_EDIT, FORMAT_TEXT);
+    if (!key.empty()) Require(Add(*root, key, kind) != nullptr, "a key isn't taken");
+    LoadedFile compiled;
+    ITable* its_root = compiled.Load(edited.Saved(FORMAT_BINARY).value(), ACCESS_READ, FORMAT_BINARY);
+    CheckAll(*its_root, request, OnlyUnit(*its_root));
+}
+
+Request ReadRequest(ByteSource& source) {
+    constexpr std::string_view kLetters = "ispispispispispx"; // seldom one that is none
+    Request request;
+    const std::uint32_t count = source.Below(kMostLetters + 1);
+    for (std::uint32_t i = 0; i < count; ++i) request.format += kLetters[source.Below(kLetters.size())];
+    for (std::size_t i = 0; i < request.format.size(); ++i) {
+        Argument& argument = request.arguments[i];
+        if (request.format[i] == 'i') argument.number = source.Plain<std::int32_t>();
+        if (request.format[i] == 's' || request.format[i] == 'p') argument.text = source.Text();
+        if (argument.text == "null") argument.text.reset();
+    }
+    return request;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    ByteSource source(data, size);
+    const std::uint32_t kind = source.Below(4);
+    const Request request = ReadRequest(source);
+    if (const std::optional<std::string> key = Spelled(request)) {
+        CheckFamilies(request, *key, kind);
+        CheckBinary(request, *key, kind);
+        return 0;
+    }
+    LoadedFile file;
+    CheckAll(*file.Load("a = 1", ACCESS_READ, FORMAT_TEXT), request, nullptr);
+    CheckAll(*file.Load("a = 1", ACCESS_EDIT, FORMAT_TEXT), request, nullptr);
+    return 0;
+}

@@ -1,0 +1,196 @@
+// A random program of edits on a configuration file that a text has been loaded into, step by step against a plain
+// tree. In the end both saves say the tree that the edits have made.
+
+#include "fuzz/byte_source.h"
+#include "fuzz/check.h"
+#include "fuzz/configure_tree.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace {
+
+using namespace Fuzz;
+using namespace Configure;
+
+std::string LowerCase(std::string text) {
+    for (char& byte : text) byte = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+    return text;
+}
+
+/// A table or an array that is being edited, and what it should be.
+struct Place {
+    ITable* table; // one of the two
+    IArray* array;
+    Node* node;
+
+    [[nodiscard]] IIterator* At(std::size_t index) const {
+        if (array != nullptr) return array->At(static_cast<std::uint32_t>(index));
+        if (index >= node->units.size()) return nullptr;
+        IIterator* unit = table->Begin();
+        while (index-- != 0) unit = table->Next(unit);
+        return unit;
+    }
+
+    [[nodiscard]] bool Has(const std::string& key) const {
+        return std::any_of(node->units.begin(), node->units.end(),
+                           [&key](const Node& unit) { return unit.key == key; });
+    }
+};
+
+class Program {
+public:
+    Program(ByteSource& source, LoadedFile& file, ITable& root)
+        : source_(source), file_(file), tree_(TreeOf(root, true)), places_{{&root, nullptr, &tree_}} {}
+
+    void Run() {
+        ITable* root = places_.front().table;
+        while (!source_.AtEnd()) Step();
+        const Node tree = TreeOf(*root, true);
+        Require(SpelledInOrder(tree) == SpelledInOrder(tree_), "the edits have made something else");
+        CheckCompiled(file_, tree);
+        CheckWritten(file_, tree);
+    }
+
+private:
+    void Step() {
+        switch (source_.Below(10)) {
+        case 0:
+        case 1:
+        case 2:
+            return Add();
+        case 3:
+            return Remove();
+        case 4:
+            return Rename();
+        case 5:
+            if (places_.size() > 1) places_.pop_back();
+            return;
+        case 6:
+        case 7:
+            return Descend();
+        default:
+            return Set();
+        }
+    }
+
+    void Add();
+    void Remove();
+    void Rename();
+    void Set();
+    void Descend();
+
+    std::string Key() {
+        static const char* const kKeys[] = {"a", "B", "ab", "abc", "_default", "x y", "", "c"};
+        const std::uint32_t which = source_.Below(12);
+        return which < std::size(kKeys) ? kKeys[which] : source_.Text();
+    }
+
+    /// The place of a Unit of this container, at times one beyond the last.
+    std::size_t Index() { return source_.Byte() % (places_.back().node->units.size() + 1); }
+
+    /// Units in their order, which an edited file keeps.
+    static std::string SpelledInOrder(const Node& node) {
+        std::string text =
+            node.key.value_or("(none)") + '\0' + std::to_string(node.kind) + (node.text ? "text" : "null");
+        text += node.text.value_or("") + '\0';
+        for (const Node& unit : node.units) text += SpelledInOrder(unit);
+        return text + ')';
+    }
+
+    ByteSource& source_;
+    LoadedFile& file_;
+    Node tree_;
+    std::vector<Place> places_; // the container at hand behind those that it is in
+};
+
+void Program::Add() {
+    const Place place = places_.back();
+    const std::uint32_t kind = KIND_STRING + source_.Below(3);
+    const std::string key = place.table != nullptr ? Key() : "";
+    const std::string value = kind == KIND_STRING ? source_.Text() : "";
+    IIterator* added = nullptr;
+    if (place.table != nullptr) {
+        added = kind == KIND_STRING  ? place.table->AddString(key.c_str(), value.c_str())
+                : kind == KIND_ARRAY ? place.table->AddArray(key.c_str())
+                                     : place.table->AddTable(key.c_str());
+        const bool is_taken = (!key.empty() || kind == KIND_TABLE) && !place.Has(LowerCase(key));
+        Require((added != nullptr) == is_taken, "a key is taken, or isn't");
+    } else {
+        added = kind == KIND_STRING  ? place.array->AddString(7, value.c_str())
+                : kind == KIND_ARRAY ? place.array->AddArray(7)
+                                     : place.array->AddTable(7);
+        Require(added != nullptr, "an element isn't taken");
+    }
+    if (added == nullptr) return;
+    Node node{kind, {}, {}, {}};
+    if (place.table != nullptr) node.key = LowerCase(key);
+    if (kind == KIND_STRING) node.text = value;
+    place.node->units.push_back(std::move(node));
+    Require(place.At(place.node->units.size() - 1) == added, "what is added isn't the last");
+}
+
+void Program::Remove() {
+    const Place place = places_.back();
+    const std::size_t index = Index();
+    IIterator* unit = place.At(index);
+    if (unit == nullptr) return;
+    IIterator* next = place.table != nullptr ? place.table->Remove(unit) : place.array->Remove(unit);
+    place.node->units.erase(place.node->units.begin() + static_cast<std::ptrdiff_t>(index));
+    Require(next == place.At(index), "another Unit takes the place");
+}
+
+/// Of scalars alone: a table and an array keep their old name.
+void Program::Rename() {
+    const Place place = places_.back();
+    const std::size_t index = Index();
+    const std::string key = Key();
+    IIterator* unit = place.At(index);
+    if (unit == nullptr || unit->GetType() != KIND_STRING) return;
+    Require(unit->SetKey(key.c_str()) == (place.table != nullptr), "a key is set, or isn't");
+    if (place.table != nullptr) place.node->units[index].key = LowerCase(key);
+}
+
+void Program::Set() {
+    const std::size_t index = Index();
+    const std::uint32_t form = source_.Below(3);
+    const auto number = source_.Plain<std::int32_t>();
+    IIterator* unit = places_.back().At(index);
+    if (unit == nullptr) return;
+    std::string text = form == 0 ? source_.Text() : std::to_string(number);
+    char real_text[64];
+    const float real = static_cast<float>(number) / 64;
+    std::snprintf(real_text, sizeof real_text, "%f", static_cast<double>(real));
+    if (form == 2) text = real_text;
+    const bool set = form == 0   ? unit->SetString(text.c_str())
+                     : form == 1 ? unit->SetInteger(number)
+                                 : unit->SetFloat(real);
+    Node& node = places_.back().node->units[index];
+    Require(set == (node.kind == KIND_STRING), "a value is set, or isn't");
+    if (!set) return;
+    node.text = text;
+    if (form == 1) Require(unit->GetInteger() == number, "a number reads back as another");
+    if (form == 2) Require(unit->GetFloat() == std::strtof(real_text, nullptr), "a real reads back as another");
+}
+
+void Program::Descend() {
+    const std::size_t index = Index();
+    IIterator* unit = places_.back().At(index);
+    if (unit == nullptr || unit->GetType() == KIND_STRING) return;
+    places_.push_back({unit->GetTable(), unit->GetArray(), &places_.back().node->units[index]});
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    ByteSource source(data, size);
+    const std::string text = source.Text();
+    LoadedFile file;
+    ITable* root = file.Load(text, ACCESS_EDIT, FORMAT_TEXT);
+    if (root != nullptr) Program(source, file, *root).Run();
+    return 0;
+}

@@ -1,0 +1,101 @@
+#include "fuzz/table_tree.h"
+
+#include "fuzz/check.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstring>
+#include <utility>
+
+namespace Fuzz {
+namespace {
+
+using namespace Tessarin;
+
+bool SameReal(float one, float other) {
+    if (std::isnan(one)) return std::isnan(other);
+    return std::bit_cast<std::uint32_t>(one) == std::bit_cast<std::uint32_t>(other);
+}
+
+template <class Vector>
+Value VectorOf(IIterator& entry, std::uint32_t (IIterator::*get)(Vector*)) {
+    Vector vector;
+    Require((entry.*get)(&vector) == 1, "a vector isn't handed out");
+    std::vector<float> reals(sizeof vector / sizeof(float));
+    std::memcpy(reals.data(), &vector, sizeof vector);
+    return VectorValue(std::move(reals));
+}
+
+Value TableOf(ITable* table) { return table == nullptr ? Value{VALUE_EXTERNAL_TABLE, 0, {}, {}, {}} : TreeOf(*table); }
+
+} // namespace
+
+Value* Value::Find(const std::string& key) {
+    for (Entry& entry : entries) {
+        if (entry.key == key) return &entry.value;
+    }
+    return nullptr;
+}
+
+bool operator==(const Value& one, const Value& other) {
+    if (one.kind == VALUE_REAL && other.kind == VALUE_REAL) {
+        return SameReal(std::bit_cast<float>(one.integer), std::bit_cast<float>(other.integer));
+    }
+    return one.kind == other.kind && one.integer == other.integer && one.text == other.text &&
+           std::equal(one.reals.begin(), one.reals.end(), other.reals.begin(), other.reals.end(), SameReal) &&
+           std::equal(one.entries.begin(), one.entries.end(), other.entries.begin(), other.entries.end(),
+                      [](const Entry& a, const Entry& b) { return a.key == b.key && a.value == b.value; });
+}
+
+Value IntegerValue(std::int32_t integer) { return {VALUE_INTEGER, integer, {}, {}, {}}; }
+Value RealValue(float real) { return {VALUE_REAL, std::bit_cast<std::int32_t>(real), {}, {}, {}}; }
+Value StringValue(std::string text) { return {VALUE_STRING, 0, std::move(text), {}, {}}; }
+
+Value VectorValue(std::vector<float> reals) {
+    const std::uint32_t kind = reals.size() == 2   ? VALUE_FLOAT2
+                               : reals.size() == 3 ? VALUE_FLOAT3
+                               : reals.size() == 4 ? VALUE_FLOAT4
+                                                   : VALUE_FLOAT4X4;
+    return {kind, 0, {}, std::move(reals), {}};
+}
+
+Value ValueOf(IIterator& entry) {
+    switch (entry.GetType()) {
+    case VALUE_STRING:
+        return StringValue(entry.GetString() == nullptr ? "" : entry.GetString());
+    case VALUE_TABLE:
+    case VALUE_EXTERNAL_TABLE:
+    case VALUE_REFERENCE_TABLE:
+        return TableOf(entry.GetTable());
+    case VALUE_INTEGER:
+        return IntegerValue(entry.GetInteger());
+    case VALUE_REAL:
+        return RealValue(entry.GetReal());
+    case VALUE_FLOAT2:
+        return VectorOf<Float2>(entry, &IIterator::GetFloat2);
+    case VALUE_FLOAT3:
+        return VectorOf<Float3>(entry, &IIterator::GetFloat3);
+    case VALUE_FLOAT4:
+        return VectorOf<Float4>(entry, &IIterator::GetFloat4);
+    case VALUE_FLOAT4X4:
+        return VectorOf<Float4x4>(entry, &IIterator::GetFloat4x4);
+    default:
+        return {entry.GetType(), entry.GetInteger(), {}, {}, {}};
+    }
+}
+
+Value TreeOf(ITable& table) {
+    Value tree;
+    for (IIterator* entry = table.First(); entry != nullptr; entry = table.Next(&entry)) {
+        const cstr key = entry->GetKey();
+        Require(key == cstr_find(key), "a key isn't interned");
+        Require(table.Find(key) == entry, "an entry isn't found by its key");
+        tree.entries.push_back({key, ValueOf(*entry)});
+    }
+    Require(tree.entries.size() == table.GetElementCount(), "the walk has not as many entries as the table");
+    std::sort(tree.entries.begin(), tree.entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
+    return tree;
+}
+
+} // namespace Fuzz
