@@ -2,12 +2,12 @@
 
 #include "tessarin/tab_files.h"
 
+#include "tests/support/comma_locale.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/memory_files.h"
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>
-#include <clocale>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -245,14 +245,12 @@ TEST_F(TabFile, ReadsNumbersInAnyLocale) {
     for (const auto& row : cases) text += row.cell + "\tz\n"s;
     files["f"] = text;
     ASSERT_TRUE(file->Open("f", 0));
-    const std::string locale = std::setlocale(LC_ALL, nullptr);
-    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+    const TestSupport::CommaLocale comma;
     for (std::uint32_t row = 0; row < std::size(cases); ++row) {
         EXPECT_EQ(file->GetInteger(row, 0, 9), cases[row].integer) << cases[row].cell;
         EXPECT_EQ(file->GetIntegerAlso(row, 0, 9), cases[row].integer) << cases[row].cell;
         EXPECT_EQ(file->GetReal(row, 0, 9), cases[row].real) << cases[row].cell;
     }
-    std::setlocale(LC_ALL, locale.c_str());
 }
 
 TEST_F(TabFile, AnswersTheDefaultWhereNoCellIs) {

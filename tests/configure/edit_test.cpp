@@ -1,9 +1,9 @@
 // Trees that are edited: adds, removals, setters, and that a refused change changes nothing.
 
 #include "tests/configure/tree_text.h"
+#include "tests/support/comma_locale.h"
 #include "tests/support/failing_heap.h"
 
-#include <clocale>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -115,8 +115,7 @@ TEST(Edit, ARemovedDefaultGoesOnServing) {
 
 TEST(Edit, SettersReplaceTheText) {
     // The locale's decimal comma is not for files.
-    const std::string locale = std::setlocale(LC_ALL, nullptr);
-    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr);
+    const TestSupport::CommaLocale comma;
     Edited tree("a = x l = { 1 } t = { }");
     ITable& root = *tree.root;
     for (IIterator* unit : {root.Find("a"), root.GetArray("l")->At(0)}) {
@@ -134,7 +133,6 @@ TEST(Edit, SettersReplaceTheText) {
         EXPECT_FALSE(unit->SetString(nullptr));
         EXPECT_STREQ(unit->GetString(), "Some Text");
     }
-    std::setlocale(LC_ALL, locale.c_str());
     for (IIterator* unit : {root.Find("l"), root.Find("t")}) {
         EXPECT_FALSE(unit->SetInteger(1) || unit->SetFloat(1) || unit->SetString("x"));
     }

@@ -50,6 +50,7 @@ TEST(Interval, TextsReadAsBounds) {
         {"[,5]", 0, 5, 0, 5, 0},
         {"[1,2,3.5]", 1, 2, 1, 2, 2}, // the second bound is all behind the first comma
         {"[1 9,2\n.5]", 1, 2, 1, 2, 0},
+        {"[1\r9,2]", 1, 2, 1, 2, 0},
         {"[0,9.e9]", 0, 9e9F, 0, INT32_MAX, 2},
         {"[-9.e9,0]", -9e9F, 0, INT32_MIN, 0, 1},
         {"[\v5,\f6\v.5]", 5, 6, 5, 6, 2}, // blanks to a number, not between tokens
@@ -97,7 +98,7 @@ TEST(Interval, OtherTextsLeaveTheEmptyValue) {
     EXPECT_EQ(interval.Load(nullptr), 0);
     EXPECT_EQ(interval.Load(nullptr, 5), 0);
     EXPECT_EQ(interval.flags, 15U);
-    EXPECT_EQ(Interval::CanToInterval(nullptr), 0);
+    EXPECT_EQ(Interval::CanToInterval(nullptr) + Interval::CanToInterval(nullptr, 5), 0);
     EXPECT_EQ(interval.Load("[1,2]", 4), 0); // the closing bracket is behind the length
     EXPECT_EQ(Interval::CanToInterval("[1,2]", 4), 0);
     EXPECT_EQ(interval.Load("\0[1,2.5]", 8), 1); // all bytes of a length are read
@@ -105,6 +106,8 @@ TEST(Interval, OtherTextsLeaveTheEmptyValue) {
     Interval other;
     EXPECT_EQ(&(other = interval), &other);
     EXPECT_TRUE(other.upper == 2.5F && other.upper_int == 2 && other.lower_int == 1 && other.flags == 2);
+    const Interval& same = other;
+    EXPECT_EQ((other = same).upper, 2.5F);
     other.Reset();
     EXPECT_TRUE(other.upper == 0 && other.upper_int == 0 && other.lower_int == 0 && other.flags == 0);
 }
@@ -159,6 +162,10 @@ TEST(Interval, NumbersAreBroughtInsideAndBoundsHandedOut) {
     EXPECT_EQ(Of("[1.5,5)").To(real_lower, real_upper), 1);
     EXPECT_EQ(real_lower, 1.5F);
     EXPECT_EQ(real_upper, 5.0F);
+    Interval nameless = Of("[1,5.5]");
+    nameless.upper = std::nanf("");
+    EXPECT_EQ(nameless.To(real_lower, real_upper) + nameless.To(lower, upper), 2);
+    EXPECT_TRUE(real_lower == 1.0F && std::isnan(real_upper) && lower == 1 && upper == 0);
 }
 
 /// Which of the hundred values was drawn.

@@ -46,6 +46,11 @@ TEST(FlatArray, BeginsEmptyOrNotAtAll) {
     EXPECT_EQ(farr_at(arr, 0), nullptr);
     farr_destroy(arr);
 
+    farr* filled = farr_create(4);
+    farr_push(filled);
+    EXPECT_EQ(farr_empty(filled), 0U);
+    farr_destroy(filled);
+
     farr* wide = farr_create_capacity(0x800001, 1); // a threshold is never below one element
     EXPECT_EQ(farr_threshold(wide), 0x800001U);
     farr_destroy(wide);

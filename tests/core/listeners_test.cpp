@@ -323,6 +323,32 @@ TEST_F(Told, AListenersOwnChangeOfTheEntryHolds) {
     EXPECT_EQ(table->SetInteger("k", 5, 1), 1U);
     EXPECT_EQ(Heard(log), "X10:k A10:renamed X1:renamed A1:renamed ");
     EXPECT_EQ(table->GetInteger("renamed"), 5);
+    extra.act = [&](std::uint32_t code, ITable* t, cstr key) {
+        if (code == EVENT_ADDED) t->Find(key)->SetInteger(9); // the child that has just been made ends by that
+        if (code == EVENT_CHANGING) t->Rename("p", "q", 0);   // not the entry that is told about
+    };
+    EXPECT_EQ(table->Set("late", 1), nullptr);
+    EXPECT_EQ(table->GetInteger("late"), 9);
+    log.clear();
+    EXPECT_EQ(table->SetInteger("m", 5, 1), 1U);
+    EXPECT_EQ(Heard(log), "X10:m A10:m X1:m A1:m ");
+    *table->AddArgumentListener("m") = listeners[3].Argument();
+    const Delegate of_entry = listeners[3].Argument();
+    table->RemoveArgumentListener("m", &of_entry);
+    EXPECT_EQ(table->SetInteger("m", 6, 1), 1U);
+    EXPECT_EQ(Heard(log), "X10:m A10:m X1:m A1:m ");
+}
+
+TEST_F(Told, AnArrayPartThatIsMadeAnewTakesNoItemOfTheOldSize) {
+    extra.act = [](std::uint32_t code, ITable* t, cstr) {
+        if (code == EVENT_ITEM_SETTING) t->CreateArray(2);
+    };
+    table->CreateArray(4);
+    *table->AddArrayListener() = extra.Array();
+    const int item = 1;
+    EXPECT_EQ(table->SetArrayItem(3, &item, 1), nullptr);
+    EXPECT_EQ(table->GetArrayCount(), 0U);
+    EXPECT_NE(table->SetArrayItem(3, &item, 0), nullptr);
 }
 
 TEST_F(Told, EndingTheArrayPartOrItsTableIsSafe) {

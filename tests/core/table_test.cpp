@@ -267,12 +267,38 @@ TEST(TableGetters, AnswerTheFallbackForAMissingEntryAlone) {
         EXPECT_EQ(table->GetPtr(key), nullptr);
         EXPECT_EQ(table->Find(key), nullptr);
         EXPECT_EQ(table->GetFloat4(key, &four), 0U);
+        EXPECT_EQ(table->GetFloat3(key, reinterpret_cast<Float3*>(&four)), 0U);
+        EXPECT_EQ(table->GetFloat2(key, reinterpret_cast<Float2*>(&four)), 0U);
         EXPECT_EQ(four.x, 1.0F) << "left alone";
+        Float4x4 matrix = Filled<Float4x4>(8);
+        EXPECT_EQ(table->GetFloat4x4(key, &matrix), 0U);
+        EXPECT_EQ(matrix.m[0], Filled<Float4x4>(8).m[0]) << "left alone";
     }
     EXPECT_EQ(table->SetInteger(nullptr, 1, 1), 0U);
     EXPECT_EQ(table->Set(nullptr, 1), nullptr);
     EXPECT_EQ(table->GetElementCount(), 1U) << "reading adds no entry";
     EXPECT_NE(cstr_find("absent"), nullptr) << "but it interns the key";
+}
+
+TEST(TableSetters, TakeNoNullForAVectorOrAListener) {
+    Watched watched;
+    watched.Listen();
+    ITable* table = watched.table;
+    EXPECT_EQ(table->SetFloat2("k", nullptr, 1) + table->SetFloat3("k", nullptr, 1) +
+                  table->SetFloat4("k", nullptr, 1) + table->SetFloat4x4("k", nullptr, 1) +
+                  table->SetHandle("k", nullptr, 1),
+              0U);
+    table->RemoveRecordListener(nullptr);
+    table->RemoveArgumentListener(nullptr);
+    table->RemoveArrayListener(nullptr);
+    table->RemoveRecordListener("k", nullptr);
+    table->RemoveArgumentListener("k", nullptr);
+    const Delegate listener = watched.listener.Record();
+    table->RemoveRecordListener(nullptr, &listener); // of no entry, which isn't the table
+    EXPECT_EQ(table->GetElementCount(), 0U);
+    EXPECT_EQ(table->SetInteger("k", 1, 1), 1U);
+    EXPECT_EQ(watched.log, "9:k 0:k ");
+    EXPECT_EQ(table->Next(nullptr), nullptr);
 }
 
 TEST(TableArrayPart, StandsBesideTheEntries) {
@@ -358,9 +384,19 @@ TEST(Pair, DirectSettersReleaseWhatTheEntryOwned) {
     EXPECT_EQ(pair->GetType(), VALUE_INTEGER);
     EXPECT_EQ(pair->SetFloat4x4(&matrix), 0U);
     EXPECT_EQ(pair->GetInteger(), 4);
-    EXPECT_EQ(pair->SetHandle(nullptr) + pair->SetFloat2(nullptr), 0U);
+    EXPECT_EQ(pair->SetHandle(nullptr) + pair->SetFloat2(nullptr) + pair->SetFloat3(nullptr), 0U);
+    EXPECT_EQ(pair->SetFloat4(nullptr) + pair->SetFloat4x4(nullptr), 0U);
     EXPECT_EQ(pair->Set(CreateTable()), 1U);
+    EXPECT_EQ(pair->SetExternalTable(pair->GetTable()) + pair->SetReferenceTable(pair->GetTable()), 0U)
+        << "what it owns it can't borrow";
     EXPECT_EQ(pair->GetType(), VALUE_TABLE);
+    EXPECT_EQ(pair->SetPath(cstr_string("As/It/Is")), 1U);
+    pair->Unassigned();
+    EXPECT_STREQ(pair->GetString(), "As/It/Is");
+    EXPECT_EQ(table->SetFloat4x4("m", &matrix, 0), 1U);
+    EXPECT_EQ(table->Find("m")->GetFloat4x4(nullptr), 0U);
+    EXPECT_EQ(table->Find("m")->SetReal(1.5F), 1U);
+    EXPECT_EQ(table->Find("m")->GetType(), VALUE_REAL);
 }
 
 // ------------------------------------------------------------------------------------------------- flat functions

