@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstring>
 #include <random>
 #include <utility>
@@ -152,7 +153,7 @@ struct Twins {
     void Remove(std::uint32_t index, void (*erase)(farr*, std::uint32_t)) {
         erase(arr, index);
         if (index >= items.size()) return;
-        items.erase(erase == farr_erase ? items.begin() + index : items.end() - 1);
+        items.erase(erase == farr_erase ? items.begin() + static_cast<std::ptrdiff_t>(index) : items.end() - 1);
     }
 
     void Resize(std::uint32_t count) {
