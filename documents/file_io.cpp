@@ -7,7 +7,7 @@
 #include "core/string_forms.h"
 #include "documents/stream.h"
 #include "platform/host_path.h"
-#include "platform/open_file.h"
+#include "platform/host_file.h"
 
 #include <cstdlib>
 

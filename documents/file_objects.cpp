@@ -4,7 +4,7 @@
 #include "documents/file_objects.h"
 
 #include "documents/stream.h"
-#include "platform/open_file.h"
+#include "platform/host_file.h"
 
 #include <new>
 

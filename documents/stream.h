@@ -3,17 +3,19 @@
 #ifndef TESSARIN_DOCUMENTS_STREAM_H
 #define TESSARIN_DOCUMENTS_STREAM_H
 
+#include "platform/host_file.h"
+
 #include <cstdint>
 #include <cstdio>
 #include <limits>
 
 namespace Tessarin {
 
-/// The size in bytes; 0 for a null stream, -1 for what can't seek and for what 31 bits can't hold, which a folder's
-/// size is among. The position is the start afterwards, as the callers read on from there.
+/// The size in bytes; 0 for a null stream, -1 for what can't seek and for what 31 bits can't hold. The position is the
+/// start afterwards, as the callers read on from there.
 inline std::int32_t StreamSize(std::FILE* stream) {
     if (stream == nullptr) return 0;
-    const std::int64_t size = std::fseek(stream, 0, SEEK_END) == 0 ? std::ftell(stream) : -1;
+    const std::int64_t size = std::fseek(stream, 0, SEEK_END) == 0 ? FilePosition(stream) : -1;
     static_cast<void>(std::fseek(stream, 0, SEEK_SET));
     return size < 0 || size > std::numeric_limits<std::int32_t>::max() ? -1 : static_cast<std::int32_t>(size);
 }

@@ -144,7 +144,7 @@ private:
 
     void Erase(std::uint32_t index) {
         farr_erase(array_, index);
-        if (index < Count()) model_.erase(model_.begin() + index);
+        if (index < Count()) model_.erase(Place(index));
     }
 
     void FastErase(std::uint32_t index) {
@@ -162,7 +162,7 @@ private:
             return;
         }
         farr_sort_particular(array_, first, last, CompareBytes);
-        if (first < last && last <= Count()) std::sort(model_.begin() + first, model_.begin() + last, IsLess);
+        if (first < last && last <= Count()) std::sort(Place(first), Place(last), IsLess);
     }
 
     void SwapWithCopy() {
@@ -170,6 +170,10 @@ private:
         Require(copy != nullptr, "no copy");
         farr_destroy(array_);
         array_ = copy;
+    }
+
+    std::vector<Bytes>::iterator Place(std::uint32_t index) {
+        return model_.begin() + static_cast<std::ptrdiff_t>(index);
     }
 
     ByteSource& source_;

@@ -25,7 +25,12 @@ public:
     void unlock() { taken_.store(0, std::memory_order_release); }
 
 private:
+    // Where a nap is counted in milliseconds, a shorter one is none.
+#if defined(_WIN32)
+    static constexpr std::chrono::microseconds kNap{1000};
+#else
     static constexpr std::chrono::microseconds kNap{50};
+#endif
 
     bool TryLock() {
         return taken_.load(std::memory_order_relaxed) == 0 && taken_.exchange(1, std::memory_order_acquire) == 0;

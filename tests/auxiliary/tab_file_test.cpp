@@ -139,10 +139,11 @@ public:
 
     std::string Grid() {
         if (text_.empty()) return "0x0:";
-        long rows = std::count(text_.begin(), text_.end(), '\n') + std::count(text_.begin(), text_.end(), '\xFF');
+        std::ptrdiff_t rows =
+            std::count(text_.begin(), text_.end(), '\n') + std::count(text_.begin(), text_.end(), '\xFF');
         const std::size_t end = text_.find_first_of("\n\xFF");
-        const long tabs =
-            std::count(text_.begin(), text_.begin() + static_cast<long>(std::min(end, text_.size())), '\t');
+        const std::ptrdiff_t tabs =
+            std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(std::min(end, text_.size())), '\t');
         columns_ = end == 0 ? 0 : static_cast<std::size_t>(tabs + (end == std::string::npos ? 0 : 1));
         std::vector<Line> lines = Lines();
         if (Has(kLine)) {

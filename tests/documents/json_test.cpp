@@ -273,32 +273,4 @@ TEST(Json, TheParsersHeapGivesBackWhatIsResizedToNothing) {
     EXPECT_EQ(heap.Outstanding(), 0);
 }
 
-TEST(Json, EveryAllocationThatFails) {
-    std::string text =
-        R"({"first":1,"first":true,"first":2,"o":{"p":[1],"q":[1,2,3]},"s":")" + std::string(70000, 'x') + "\"";
-    for (int i = 0; i < 150; ++i) text += ",\"fill" + std::to_string(i) + "\":{}";
-    text += "}";
-    ITable* whole = Open(text);
-    std::string saved = SavedJson(whole);
-    EXPECT_EQ(EntriesAndClose(Open(text)).size(), saved.size() - 35); // and the pools hold what a load needs
-    std::size_t failed_loads = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
-        ITable* root = Open(text);
-        if (root != nullptr) CloseTable(root);
-        EXPECT_EQ(heap.Outstanding(), 0);
-    });
-    EXPECT_GT(failed_loads, 5U);
-    std::size_t failed_saves = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
-        void* data = &heap;
-        std::uint32_t size = 0;
-        std::uint32_t answer = whole->SaveBuffer(&data, &size);
-        EXPECT_EQ(answer, heap.Failed() ? 0U : 1U);
-        EXPECT_EQ(data == nullptr, heap.Failed());
-        EXPECT_EQ(heap.Outstanding(), heap.Failed() ? 0 : 1);
-        std::free(data);
-    });
-    EXPECT_GT(failed_saves, 3U);
-    EXPECT_EQ(SavedJson(whole), saved);
-    CloseTable(whole);
-}
-
 } // namespace

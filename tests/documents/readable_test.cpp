@@ -1,7 +1,6 @@
 // The readable text form: what each notation becomes, what is forgiven and what is not.
 
 #include "tests/support/comma_locale.h"
-#include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
 #include "tests/support/table_text.h"
 #include "tests/support/temporary_folder.h"
@@ -193,20 +192,6 @@ TEST_F(Readable, DepthCostsNoStack) {
         EXPECT_EQ(depth, kDepth + 1);
         EXPECT_EQ(CloseTable(root), 1U);
     });
-}
-
-TEST_F(Readable, EveryAllocationThatFails) {
-    std::string text = "a 1 v [1,2,3] t { u { x y } }";
-    for (int i = 0; i < 150; ++i) text += " fill" + std::to_string(i) + " 1";
-    std::string path = folder_.File("document", text);
-    std::string whole = EntriesAndClose(OpenTableReadableFile(path.c_str()));
-    std::size_t failed = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
-        Tessarin::ITable* root = OpenTableReadableFile(path.c_str());
-        if (root != nullptr) CloseTable(root);
-        EXPECT_EQ(heap.Outstanding(), 0); // the pools hold what a load needs since the one before
-    });
-    EXPECT_GE(failed, 4U); // the file's object, its text, the stack of blocks, the large entry array
-    EXPECT_EQ(EntriesAndClose(OpenTableReadableFile(path.c_str())), whole);
 }
 
 } // namespace

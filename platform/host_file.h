@@ -1,8 +1,9 @@
-/// Streams of the runtime library for files by name.
+/// What of the runtime library's files differs between hosts: names, and places past 31 bits.
 
-#ifndef TESSARIN_PLATFORM_OPEN_FILE_H
-#define TESSARIN_PLATFORM_OPEN_FILE_H
+#ifndef TESSARIN_PLATFORM_HOST_FILE_H
+#define TESSARIN_PLATFORM_HOST_FILE_H
 
+#include <cstdint>
 #include <cstdio>
 
 namespace Tessarin {
@@ -13,6 +14,10 @@ namespace Tessarin {
 /// returns  the stream, to be closed with fclose; null if the file can't be opened
 /// Threads: any
 std::FILE* OpenFile(const char* path, const char* mode);
+
+/// ftell with 64 bits, which a long hasn't everywhere: a larger file must not pass for a small one.
+/// returns  the position in bytes; -1 for a stream that has none
+std::int64_t FilePosition(std::FILE* stream);
 
 } // namespace Tessarin
 

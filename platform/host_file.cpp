@@ -1,7 +1,7 @@
 // The runtime library of Windows reads a narrow path in the code page that the user's settings chose, so a data file's
 // name would be found on one machine and not on the next. UTF-8 is what hosts and files that name others hold anyway.
 
-#include "platform/open_file.h"
+#include "platform/host_file.h"
 
 #if defined(_WIN32)
 
@@ -32,6 +32,8 @@ std::FILE* OpenFile(const char* path, const char* mode) {
     return units > 0 ? OpenWide(path, units, wide_mode) : std::fopen(path, mode);
 }
 
+std::int64_t FilePosition(std::FILE* stream) { return _ftelli64(stream); }
+
 } // namespace Tessarin
 
 #else
@@ -39,6 +41,8 @@ std::FILE* OpenFile(const char* path, const char* mode) {
 namespace Tessarin {
 
 std::FILE* OpenFile(const char* path, const char* mode) { return std::fopen(path, mode); }
+
+std::int64_t FilePosition(std::FILE* stream) { return ftello(stream); }
 
 } // namespace Tessarin
 
