@@ -1,6 +1,10 @@
 // What may happen on several threads at once. Meant to run under a thread sanitizer as well.
 
 #include "tests/core/recorder.h"
+#include "tests/support/table_text.h"
+#include "tests/support/temporary_folder.h"
+
+#include "tessarin/documents.h"
 
 #include <gtest/gtest.h>
 
@@ -88,6 +92,26 @@ TEST(Threads, AnUnchangingTableIsReadByAll) {
         int walked = 0;
         for (auto* pair = table->First(); pair != nullptr; pair = table->Next(&pair)) ++walked;
         EXPECT_EQ(walked, 201);
+    });
+}
+
+TEST(Threads, LoadAndSaveDocumentsOfTheirOwn) {
+    const TestSupport::TemporaryFolder folder;
+    AtOnce([&folder](int thread) {
+        const std::string n = std::to_string(thread);
+        const std::string readable = folder.File("readable" + n, "a 1 b { x 0.5 name \"n" + n + "\" } c [1,2,3]");
+        const std::string saved = folder.Path("saved" + n);
+        for (int round = 0; round < 50; ++round) {
+            TableHolder table(OpenTableReadableFile(readable.c_str()));
+            ASSERT_TRUE(table);
+            table->SetInteger(("round" + std::to_string(round)).c_str(), round, 1);
+            ASSERT_EQ(table->SaveFile(saved.c_str()), 1U);
+            TableHolder again(OpenTableFile(saved.c_str()));
+            ASSERT_TRUE(again);
+            again->Remove("__internal_type", 0); // what a save puts in front is an entry when it is loaded
+            EXPECT_EQ(TestSupport::SavedJson(again.get()), TestSupport::SavedJson(table.get()));
+            EXPECT_EQ(again->GetTable("b")->GetString("name"), "n" + n);
+        }
     });
 }
 
