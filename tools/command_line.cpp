@@ -4,6 +4,8 @@
 #include "tools/terminal.h"
 
 #include <cstdio>
+#include <filesystem>
+#include <new>
 
 namespace Command {
 
@@ -11,7 +13,7 @@ void OfferShowing(CLI::App& command, Showing& showing) {
     command.add_flag("--json", showing.as_json, "Write JSON, for scripts");
     command.add_option("--color", showing.colour, "Colours: auto, always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}));
-    command.add_option("--depth", showing.depth, "Draw this many levels only");
+    command.add_option("--depth", showing.depth, "Draw this many levels only")->check(CLI::NonNegativeNumber);
 }
 
 int Show(const Outline& rows, const Showing& showing) {
@@ -50,6 +52,14 @@ KeyPath ParseWay(const std::string& way) {
     std::optional<KeyPath> pieces = SplitKeys(way);
     if (!pieces) throw CLI::ValidationError("KEY", "a quote is open, or something stands behind one: " + way);
     return *pieces;
+}
+
+std::string MessageOf(const std::exception& failure) {
+    if (const auto* const file = dynamic_cast<const std::filesystem::filesystem_error*>(&failure)) {
+        return Printable(file->path1().string() + ": " + file->code().message());
+    }
+    if (dynamic_cast<const std::bad_alloc*>(&failure)) return "memory ran out";
+    return Printable(failure.what());
 }
 
 void FinishOutput() {

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <exception>
 #include <functional>
 #include <optional>
 #include <string>
@@ -51,6 +52,9 @@ int Answer(const std::string& file, const std::string& way, const Outline& rows,
 
 /// The pieces of a way. Throws CLI::ValidationError for one that can't be split.
 KeyPath ParseWay(const std::string& way);
+
+/// What is wrong, in one line that commands no terminal.
+std::string MessageOf(const std::exception& failure);
 
 /// Throws Failure unless all that was written to standard output has arrived there.
 void FinishOutput();

@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -43,21 +44,40 @@ bool Fits(std::string_view name, std::string_view pattern) {
                        [](char c) { return c == '*'; });
 }
 
-std::vector<fs::path> ListFiles(const fs::path& folder, const fs::path& target, const std::string& pattern) {
-    std::vector<fs::path> files;
+struct Listing {
+    std::vector<fs::path> files;     // from the folder on
+    std::vector<fs::path> folders;   // still to be listed
+    std::vector<std::string> faults; // what couldn't be looked at; it doesn't stop the rest
+};
+
+// Links to files are followed, links to folders are not: they may lead in circles.
+void Sort(Listing& listing, const fs::directory_entry& entry, const fs::path& way, const fs::path& target,
+          const std::string& pattern) {
+    const std::string name = entry.path().filename().string();
     std::error_code error;
-    const auto options = fs::directory_options::skip_permission_denied;
-    for (fs::recursive_directory_iterator it(folder, options), end; it != end; ++it) {
-        const std::string name = it->path().filename().string();
-        const bool is_hidden = name.front() == '.';
-        if (it->is_directory() && (is_hidden || fs::equivalent(it->path(), target, error))) {
-            it.disable_recursion_pending();
-        } else if (it->is_regular_file() && !is_hidden && Fits(name, pattern)) {
-            files.push_back(it->path().lexically_relative(folder));
-        }
+    if (name.front() == '.') return;
+    if (!entry.is_symlink(error) && entry.is_directory(error)) {
+        if (!fs::equivalent(entry.path(), target, error)) listing.folders.push_back(way);
+    } else if (Fits(name, pattern) && entry.is_regular_file(error)) {
+        listing.files.push_back(way);
     }
-    std::sort(files.begin(), files.end());
-    return files;
+}
+
+Listing ListFiles(const fs::path& folder, const fs::path& target, const std::string& pattern) {
+    Listing listing;
+    listing.folders.emplace_back();
+    while (!listing.folders.empty()) {
+        const fs::path below = std::move(listing.folders.back());
+        listing.folders.pop_back();
+        const fs::path whole = below.empty() ? folder : folder / below;
+        std::error_code error;
+        for (fs::directory_iterator it(whole, error), end; !error && it != end; it.increment(error)) {
+            Sort(listing, *it, below / it->path().filename(), target, pattern);
+        }
+        if (error) listing.faults.push_back(whole.string() + ": " + error.message());
+    }
+    std::sort(listing.files.begin(), listing.files.end());
+    return listing;
 }
 
 struct Tally {
@@ -67,29 +87,42 @@ struct Tally {
 
 class TreeCompiler {
 public:
-    TreeCompiler(fs::path from, fs::path to, bool is_forced, std::vector<fs::path> files)
-        : from_(std::move(from)), to_(std::move(to)), is_forced_(is_forced), files_(std::move(files)) {}
+    TreeCompiler(fs::path from, fs::path to, bool is_forced, Listing listing)
+        : from_(std::move(from)), to_(std::move(to)), is_forced_(is_forced), files_(std::move(listing.files)) {
+        for (const std::string& fault : listing.faults) Fail(fault);
+    }
 
     Tally Run() {
         const std::size_t cores = std::max(1U, std::thread::hardware_concurrency());
-        std::vector<std::thread> workers(std::min(cores, files_.size()));
-        for (std::thread& worker : workers) worker = std::thread(&TreeCompiler::Work, this);
-        for (std::thread& worker : workers) worker.join();
+        const SignalDelay delay;
+        std::vector<std::thread> others;
+        others.reserve(cores);
+        try {
+            while (others.size() + 1 < std::min(cores, files_.size())) others.emplace_back(&TreeCompiler::Work, this);
+        } catch (const std::system_error&) {
+            // The system gives no more threads: those that there are do all of the work.
+        }
+        Work();
+        for (std::thread& worker : others) worker.join();
         if (has_bar_) std::fputs("\r\033[K", stdout);
         return tally_;
     }
 
 private:
     void Work() {
-        for (std::size_t i = next_++; i < files_.size(); i = next_++) {
+        for (std::size_t i = next_++; i < files_.size() && !SignalDelay::HasCome(); i = next_++) {
             try {
                 CompileOne(files_[i]);
             } catch (const std::exception& failure) {
-                const std::lock_guard lock(mutex_);
-                ++tally_.failed;
-                Say(stderr, std::string("tessarin: ") + failure.what());
+                Fail(MessageOf(failure));
             }
         }
+    }
+
+    void Fail(const std::string& what) {
+        const std::lock_guard lock(mutex_);
+        ++tally_.failed;
+        Say(stderr, "tessarin: " + what);
     }
 
     void CompileOne(const fs::path& file) {
@@ -98,9 +131,15 @@ private:
         const auto time = fs::last_write_time(source);
         std::error_code absent;
         const bool is_changed = is_forced_ || fs::last_write_time(target, absent) != time || absent;
+        // Links may lead from either folder into the other.
+        if (fs::equivalent(source, target, absent))
+            throw Failure(source.string(), "would be replaced by what it gives");
         if (is_changed) {
             fs::create_directories(target.parent_path());
-            CompileFile(source.string(), target.string());
+            CompileFile(source.string(), target.string(), [this](const std::string& warning) {
+                const std::lock_guard lock(mutex_);
+                Say(stderr, "tessarin: " + warning);
+            });
             fs::last_write_time(target, time);
         }
         const std::lock_guard lock(mutex_);
@@ -115,7 +154,7 @@ private:
     void Say(std::FILE* out, const std::string& line) const {
         if (has_bar_) std::fputs("\r\033[K", stdout);
         std::fflush(stdout);
-        std::fprintf(out, "%s\n", line.c_str());
+        std::fprintf(out, "%s\n", Printable(line).c_str());
     }
 
     void DrawBar(const std::string& name) const {
@@ -123,7 +162,9 @@ private:
         const std::size_t done = tally_.compiled + tally_.unchanged + tally_.failed;
         const std::size_t filled = done * kWidth / files_.size();
         const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
-        std::printf("\r\033[K[%s] %zu/%zu %.40s", bar.c_str(), done, files_.size(), name.c_str());
+        // What is wider than a terminal couldn't be taken back: this fits into 80 columns with a million files.
+        const std::string shown = name.size() <= 28 ? name : "..." + name.substr(name.size() - 25);
+        std::printf("\r\033[K[%s] %zu/%zu %s", bar.c_str(), done, files_.size(), Printable(shown).c_str());
         std::fflush(stdout);
     }
 
@@ -151,15 +192,14 @@ ConfigFile SaveInto(const Draft& draft, const ConfigFile& file, Configure::FileF
     return saved;
 }
 
-void CompileFile(const std::string& from, const std::string& to) {
+void CompileFile(const std::string& from, const std::string& to, const Warn& warn) {
     const Input input(from);
     const ConfigFile file = OpenConfig(input);
     Draft draft(to);
     const ConfigFile saved = SaveInto(draft, file, Configure::FORMAT_BINARY);
     Compare(RootOf(file), RootOf(saved), [&](const Difference& found) {
         if (found.after) return;
-        std::fprintf(stderr, "tessarin: %s: warning: has %s more than once; the last one counts\n",
-                     input.Name().c_str(), ToUtf8(found.way).c_str());
+        warn(Printable(input.Name() + ": warning: has " + found.way + " more than once; the last one counts"));
     });
     draft.Keep();
 }
@@ -167,12 +207,14 @@ void CompileFile(const std::string& from, const std::string& to) {
 int CompileTree(const std::string& from, const std::string& to, const TreeJob& job) {
     if (!fs::is_directory(from)) throw Failure(from, "is no folder");
     const auto start = std::chrono::steady_clock::now();
-    const std::vector<fs::path> files = ListFiles(from, to, job.pattern);
-    const Tally tally = TreeCompiler(from, to, job.is_forced, files).Run();
+    std::error_code absent;
+    if (fs::equivalent(from, to, absent)) throw Failure(to, "holds the sources, which would be replaced");
+    Listing listing = ListFiles(from, to, job.pattern);
+    const std::size_t count = listing.files.size();
+    const Tally tally = TreeCompiler(from, to, job.is_forced, std::move(listing)).Run();
     const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
-    std::printf("%zu files: %zu compiled, %zu unchanged, %zu failed; %ju bytes in, %ju bytes out, %.2f s\n",
-                files.size(), tally.compiled, tally.unchanged, tally.failed, tally.bytes_in, tally.bytes_out,
-                time.count());
+    std::printf("%zu files: %zu compiled, %zu unchanged, %zu failed; %ju bytes in, %ju bytes out, %.2f s\n", count,
+                tally.compiled, tally.unchanged, tally.failed, tally.bytes_in, tally.bytes_out, time.count());
     return tally.failed == 0 ? kDone : kFailed;
 }
 

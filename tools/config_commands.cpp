@@ -78,13 +78,16 @@ void ListDifference(Outline& list, const Difference& found) {
 }
 
 int DiffCommand(const Arguments& given) {
+    if (given.file == "-" && given.output == "-") {
+        throw CLI::ValidationError("AFTER", "standard input is the other file already");
+    }
     const Input before(given.file);
     const Input after(given.output);
     const ConfigFile first = OpenConfig(before);
     const ConfigFile second = OpenConfig(after);
     int status = kDone;
     const auto print = [](char sign, const Difference& found, const Row* row) {
-        if (row) std::printf("%c %s = %s\n", sign, ToUtf8(found.way).c_str(), Describe(*row).c_str());
+        if (row) std::printf("%c %s = %s\n", sign, Printable(found.way).c_str(), Describe(*row).c_str());
     };
     Outline list{ListRow(Shape::Array, 0, "")};
     Compare(RootOf(first), RootOf(second), [&](const Difference& found) {
@@ -195,7 +198,8 @@ int TextCommand(const Arguments& given) {
 
 int CompileCommand(const Arguments& given) {
     if (given.tree.is_asked) return CompileTree(given.file, given.output, given.tree);
-    CompileFile(given.file, given.output);
+    CompileFile(given.file, given.output,
+                [](const std::string& warning) { std::fprintf(stderr, "tessarin: %s\n", warning.c_str()); });
     return kDone;
 }
 

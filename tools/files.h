@@ -3,11 +3,43 @@
 #ifndef TESSARIN_TOOLS_FILES_H
 #define TESSARIN_TOOLS_FILES_H
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
 namespace Command {
+
+/// A file that is removed with the object, or when a signal ends the process.
+class PassingFile {
+public:
+    PassingFile() = default;
+    ~PassingFile();
+    PassingFile(const PassingFile&) = delete;
+    PassingFile& operator=(const PassingFile&) = delete;
+
+    /// Takes a file that has just been made.
+    void Begin(std::string path);
+    /// Lets go of it: it stays, or has another name now.
+    void Keep();
+
+private:
+    std::string path_;
+    std::atomic<char*>* place_ = nullptr; // where a signal finds the path
+};
+
+/// While it lives, the first signal that would end the process waits for its end: work on several threads can't have
+/// its files removed under it, as it would make them again.
+class SignalDelay {
+public:
+    SignalDelay();
+    ~SignalDelay();
+    SignalDelay(const SignalDelay&) = delete;
+    SignalDelay& operator=(const SignalDelay&) = delete;
+
+    /// Whether a signal waits, so that the work should end.
+    static bool HasCome();
+};
 
 /// A file to read, where the library can: standard input, and whatever else has no size, a pipe say, is first copied
 /// into a file that ends with the object.
@@ -15,7 +47,7 @@ class Input {
 public:
     /// Throws Failure if the file can't be read.
     explicit Input(const std::string& name);
-    ~Input();
+    ~Input() = default;
     Input(const Input&) = delete;
     Input& operator=(const Input&) = delete;
 
@@ -28,7 +60,7 @@ public:
 private:
     std::string name_;
     std::string path_;
-    bool is_copy_ = false;
+    PassingFile copy_;
 };
 
 /// A file that takes the place of another when it is whole, and not before: whatever fails on the way leaves the other
@@ -37,7 +69,7 @@ class Draft {
 public:
     /// Throws Failure if no file can be made beside the target.
     explicit Draft(const std::string& target);
-    ~Draft();
+    ~Draft() = default;
     Draft(const Draft&) = delete;
     Draft& operator=(const Draft&) = delete;
 
@@ -52,9 +84,10 @@ public:
 
 private:
     std::string name_;
-    std::string target_;
+    std::string target_; // where links lead; none for standard output
     std::string path_;
-    bool is_renamed_; // else copied
+    PassingFile file_;
+    bool is_renamed_ = false; // else copied
 };
 
 } // namespace Command

@@ -30,7 +30,7 @@ int Run(int count, char** arguments) {
         // A missing command is noticed before the word that stands in its place.
         const std::vector<std::string> unknown = app.remaining(true);
         const std::string what = unknown.empty() ? misuse.what() : "unknown argument: " + unknown.front();
-        std::fprintf(stderr, "tessarin: %s\nTry `tessarin --help`.\n", what.c_str());
+        std::fprintf(stderr, "tessarin: %s\nTry `tessarin --help`.\n", Printable(what).c_str());
         return kWrongUse;
     }
 }
@@ -41,7 +41,7 @@ int main(int count, char** arguments) {
     try {
         return Run(count, arguments);
     } catch (const std::exception& failure) {
-        std::fprintf(stderr, "tessarin: %s\n", failure.what());
+        std::fprintf(stderr, "tessarin: %s\n", Command::MessageOf(failure).c_str());
         return Command::kFailed;
     }
 }

@@ -52,7 +52,7 @@ struct Artist {
         } else if (row.is_in_array) {
             Put(kDim, '[' + row.key + ']');
         } else {
-            Put(kBold, is_plain ? ToUtf8(row.key) : Quote(row.key));
+            Put(kBold, is_plain ? Printable(row.key) : Quote(row.key));
         }
     }
 
@@ -141,6 +141,26 @@ std::string Escape(unsigned char byte) {
     return std::string("\\x") + kDigits[byte >> 4] + kDigits[byte & 15];
 }
 
+// A text with what isn't UTF-8, controls, and some more characters escaped.
+std::string Escaped(std::string_view text, std::string_view more) {
+    std::string escaped;
+    while (!text.empty()) {
+        const auto first = static_cast<unsigned char>(text.front());
+        const std::size_t length = CharacterLength(text);
+        const std::string_view character = text.substr(0, length == 0 ? 1 : length);
+        // U+0080 to U+009F command a terminal, too.
+        const bool is_control =
+            first < 0x20 || first == 0x7F || (first == 0xC2 && length == 2 && (text[1] & 0xE0) == 0x80);
+        if (length == 0 || is_control || more.find(text.front()) != std::string_view::npos) {
+            for (const char byte : character) escaped += Escape(static_cast<unsigned char>(byte));
+        } else {
+            escaped += character;
+        }
+        text.remove_prefix(character.size());
+    }
+    return escaped;
+}
+
 } // namespace
 
 void Draw(const Outline& rows, bool has_colour, std::FILE* out) {
@@ -174,24 +194,9 @@ std::string Describe(const Row& row) {
     return (row.shape == Shape::Table ? "table, " : "array, ") + std::to_string(row.count) + unit;
 }
 
-std::string Quote(std::string_view text) {
-    std::string quoted = "\"";
-    while (!text.empty()) {
-        const auto first = static_cast<unsigned char>(text.front());
-        const std::size_t length = CharacterLength(text);
-        // U+0080 to U+009F command a terminal, too.
-        const bool is_control =
-            first < 0x20 || first == 0x7F || (first == 0xC2 && length == 2 && (text[1] & 0xE0) == 0x80);
-        if (length == 0 || is_control || first == '"' || first == '\\') {
-            for (std::size_t i = 0; i < (length == 0 ? 1 : length); ++i)
-                quoted += Escape(static_cast<unsigned char>(text[i]));
-        } else {
-            quoted += text.substr(0, length);
-        }
-        text.remove_prefix(length == 0 ? 1 : length);
-    }
-    return quoted + '"';
-}
+std::string Quote(std::string_view text) { return '"' + Escaped(text, "\"\\") + '"'; }
+
+std::string Printable(std::string_view text) { return Escaped(text, ""); }
 
 std::string ToUtf8(std::string_view text) {
     std::string valid;

@@ -72,6 +72,9 @@ std::string Describe(const Row& row);
 /// A text in double quotes, with what a terminal can't show or would obey, and the quotes, as escapes.
 std::string Quote(std::string_view text);
 
+/// A text as it is, but for what a terminal can't show or would obey: that is escaped as Quote does.
+std::string Printable(std::string_view text);
+
 /// A text whose bytes that aren't UTF-8 are U+FFFD.
 std::string ToUtf8(std::string_view text);
 

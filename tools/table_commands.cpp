@@ -1,5 +1,6 @@
 // `tessarin table`. Which of the two forms a document has is told by what it begins with: a JSON document's first sign
-// is a brace or a comment's slash, with which no readable text can begin.
+// is a brace or a comment's slash, with which no readable text can begin. JSON behind a byte order mark is told to be
+// broken; as a readable text it would be taken, for something else.
 
 #include "tools/command_line.h"
 #include "tools/failure.h"
@@ -63,7 +64,7 @@ void CheckJson(const Input& input, const std::string& text) {
 
 Table Open(const Input& input) {
     const std::string text = ReadWhole(input);
-    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    const std::size_t first = text.find_first_not_of(" \t\r\n\xEF\xBB\xBF");
     const bool is_json = first != std::string::npos && (text[first] == '{' || text[first] == '/');
     Table table(is_json ? OpenTableFile(input.Path().c_str()) : OpenTableReadableFile(input.Path().c_str()));
     if (!table) throw Failure(input.Name(), "has a key without a value, an open quote, or a block under a key in use");

@@ -13,7 +13,7 @@ failed=0
 is() {
     local status=0 expected_status=$1 expected=$2 output errors
     shift 2
-    "$command" "$@" <input >out 2>err || status=$?
+    timeout 60 "$command" "$@" <input >out 2>err || status=$?
     output=$(cat out; echo x) errors=$(cat err; echo x)
     output=${output%x} errors=${errors%x}
     [ "$expected_status" -eq 0 ] && [ -n "$errors" ] && output+="and on standard error: $errors"
@@ -128,6 +128,48 @@ touch -d '2001-01-01' tree/b.txt
 [ "$(counts --force)" = '3 files: 2 compiled, 0 unchanged, 1 failed' ] || { echo 'tree, forced'; failed=1; }
 is 0 '' config diff text tree/made/sub/a.txt
 
+# No source is replaced, by whatever way its folder or a file is named; no link leads in circles, or stops the rest.
+mkdir -p same/sub through; printf 'k = 1\nk = 2\n' >$'same/a\e[2J'; cp text same/sub/b
+ln -s nowhere same/loop; ln -s loop same/nowhere; ln -s .. same/sub/up; ln -s ../same/sub through/sub
+is 1 'tessarin: same/sub/..: holds the sources, which would be replaced' config compile --tree --force same same/sub/..
+"$command" config compile --tree same through >out 2>err
+grep -q '^2 files: 1 compiled, 0 unchanged, 1 failed' out && cmp -s text same/sub/b || { cat out; failed=1; }
+grep -qx 'tessarin: same/sub/b: would be replaced by what it gives' err || { cat err; failed=1; }
+grep -qxF 'tessarin: same/a\x1b[2J: warning: has k more than once; the last one counts' err || { cat err; failed=1; }
+
+mkdir many
+for i in {1..500}; do printf 'k = 1' >many/$i; done
+for signal in TERM HUP PIPE; do
+    timeout --foreground -s $signal 0.03 "$command" config compile --tree --force many made >/dev/null
+    [ -z "$(find made -name '.*')" ] || { echo "$signal left a file behind"; failed=1; }
+done
+
+# ---- what is no plain file, and what ends too early
+mkfifo pipe
+printf 'k = 1\n' >pipe & is 0 '1' config get pipe k
+wait $! || { echo 'a pipe was closed before it was read'; failed=1; }
+ln -s new dangling
+long=$(printf 'x%.0s' {1..255})
+is 0 '' config set edited a 1 -o dangling
+is 0 '' config set edited a 1 -o "$long"
+cmp -s new "$long" && [ -L dangling ] || { echo 'a link to a new file is gone'; failed=1; }
+{ echo before; "$command" config text twice /dev/stdout; echo after; } >out
+holds out $'before\nk = "1"\nk = "2"\nafter'
+printf 'k = "%02000d"\n' 0 >large; cp large kept
+(ulimit -f 1; "$command" config set kept k "$(printf '%02000d' 1)" 2>/dev/null) && { echo 'a cut file is no failure'; failed=1; }
+cmp -s large kept || { echo 'a failed write was kept'; failed=1; }
+mkdir temporary
+mkfifo open; exec 3<>open
+TMPDIR=$PWD/temporary "$command" config show - <open & waiting=$!
+for _ in {1..300}; do [ -n "$(ls temporary)" ] && break; sleep 0.1; done
+[ "$(stat -c %a temporary/*)" = 600 ] || { echo 'a copy of standard input is open to others'; failed=1; }
+kill $waiting; wait $waiting 2>/dev/null; exec 3>&-
+rmdir temporary || { echo 'a signal left a file behind'; failed=1; }
+is 2 $'tessarin: AFTER: standard input is the other file already\nTry `tessarin --help`.' config diff - -
+printf 'a\e[2J = 1\n' >input
+is 0 $'standard input  table, 1 entry\n└─ a\\x1b[2j = "1"' config show -
+is 1 'tessarin: a\nb: No such file or directory' config show $'a\nb'
+
 # ---- tables
 printf 'day 1\nhour = 5.75\nname = "A \xff"\nat [1,2.5,3]\nin { a/b = x }\n' >readable
 is 0 'readable  table, 5 entries
@@ -147,6 +189,8 @@ is 0 '412.5' table get --fallback 412.5 game.json start/nowhere
 is 0 '[412.5, 0, -88.25]' table get game.json start/position
 printf '{"a": 1,\n "b": }' >input
 is 1 'tessarin: standard input: is broken JSON at line 2, column 7: Invalid value.' table show -
+printf '\xef\xbb\xbf{"a": 1}' >input
+is 1 'tessarin: standard input: is broken JSON at line 1, column 1: Invalid value.' table show -
 printf 'alone' >input
 is 1 'tessarin: standard input: has a key without a value, an open quote, or a block under a key in use' table show -
 
@@ -170,6 +214,6 @@ deep >deep
 is 0 '' config compile deep deep.bin
 is 0 '' config diff deep deep.bin
 
-left=$(find . -name '*.[0-9]*[0-9]')
+left=$(find . -name '.tessarin*')
 [ -z "$left" ] || { echo "left behind: $left"; failed=1; }
 exit $failed
