@@ -57,7 +57,8 @@ struct IFile {
     /// access   a FileAccess; format  a FileFormat. Other numbers fail, as does editing the binary form
     /// returns  the root, borrowed; null if the file can't be read whole or isn't what `format` says, or when memory
     ///          runs out: the object is then empty. A file that isn't there fails for editing too.
-    ///          After a path too long to be interned, GetRoot answers null and a save false all the same.
+    ///          After a path that can't be interned, too long or for want of memory, GetRoot answers null and a save
+    ///          false all the same.
     virtual ITable* Load(const char* path, std::uint32_t access, std::uint32_t format) = 0;
 
     /// Drops the content. Always true.

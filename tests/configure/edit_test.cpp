@@ -1,8 +1,7 @@
-// Trees that are edited: adds, removals, setters, and that a refused change changes nothing.
+// Trees that are edited: adds, removals, setters.
 
 #include "tests/configure/tree_text.h"
 #include "tests/support/comma_locale.h"
-#include "tests/support/failing_heap.h"
 
 #include <cstdint>
 #include <limits>
@@ -156,48 +155,6 @@ TEST(Edit, SetKeyAsksNothing) {
     EXPECT_TRUE(t->SetKey("u"));
     EXPECT_EQ(root.GetTable("u"), t->GetTable());
     EXPECT_STREQ(t->GetTable()->GetName(), "t");
-}
-
-/// Makes one change, with a text that the string table doesn't hold yet and has no room for. Whether it was done.
-using Change = bool (*)(ITable& root, const char* fresh);
-
-constexpr Change kChanges[] = {
-    [](ITable& root, const char* fresh) { return root.AddString("k", fresh) != nullptr; },
-    [](ITable& root, const char* fresh) { return root.AddString(fresh, "v") != nullptr; },
-    [](ITable& root, const char* fresh) { return root.AddArray(fresh) != nullptr; },
-    [](ITable& root, const char* fresh) { return root.AddTable(fresh) != nullptr; },
-    [](ITable& root, const char* fresh) { return root.GetArray("l")->AddString(0, fresh) != nullptr; },
-    [](ITable& root, const char*) { return root.GetArray("l")->AddArray(0) != nullptr; },
-    [](ITable& root, const char*) { return root.GetArray("l")->AddTable(0) != nullptr; },
-    [](ITable& root, const char* fresh) { return root.Begin()->SetKey(fresh); },
-    [](ITable& root, const char* fresh) { return root.Begin()->SetString(fresh); },
-};
-
-TEST(Edit, AChangeWithoutMemoryIsNone) {
-    // Both lists are as long as their first room, so that the next entry needs more.
-    const std::string text =
-        "a = 1 b = 2 c = 3 d = 4 e = 5 f = 6 g = 7 h = 8 i = 9 j = 10 l = { 1 2 3 4 5 6 7 8 9 10 11 12 }"
-        "_default = { x = 1 }";
-    const std::string before = TextOf(Edited(text).root);
-    int number = 0;
-    for (const Change& change : kChanges) {
-        int refusals = 0;
-        for (bool failed = true; failed; refusals += failed ? 1 : 0) {
-            Edited tree(text);
-            const std::string fresh = std::to_string(++number) + std::string(600 * 1024, 'f');
-            bool done = false;
-            {
-                const FailingHeap heap(static_cast<std::size_t>(refusals));
-                done = change(*tree.root, fresh.c_str());
-                failed = heap.Failed();
-            }
-            EXPECT_EQ(done, !failed) << &change - kChanges;
-            EXPECT_EQ(TextOf(tree.root) == before, failed) << &change - kChanges;
-            // It was for the lack of memory alone.
-            EXPECT_TRUE(done || change(*tree.root, fresh.c_str()));
-        }
-        EXPECT_GT(refusals, 0) << &change - kChanges;
-    }
 }
 
 } // namespace

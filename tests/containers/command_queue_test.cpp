@@ -1,8 +1,6 @@
-/// Command queues, and with them the ring below: its words after each operation, a model at random, memory that runs
-/// out.
+/// Command queues, and with them the ring below: its words after each operation, and a model at random.
 
 #include "containers/command_queue.h"
-#include "tests/support/failing_heap.h"
 #include "tests/support/records.h"
 
 #include <gtest/gtest.h>
@@ -16,8 +14,6 @@
 
 namespace {
 
-using TestSupport::FailEachAllocation;
-using TestSupport::FailingHeap;
 using TestSupport::HoldsRecord;
 using TestSupport::MakeRecord;
 using TestSupport::Record;
@@ -180,39 +176,6 @@ TEST(CommandQueue, SurvivesADamagedSize) {
             cmd_destroy(queue);
         }
     }
-}
-
-/// Without a text of the words, whose memory might be what runs out.
-bool Same(const Tessarin::RecordRing& one, const Tessarin::RecordRing& other) {
-    return std::memcmp(&one, &other, sizeof one) == 0;
-}
-
-TEST(CommandQueue, LosesNothingWhenMemoryRunsOut) {
-    const Record first = MakeRecord(10, 1), second = MakeRecord(12, 2);
-    std::size_t failures = FailEachAllocation([&](FailingHeap& heap) {
-        cmd* queue = cmd_create(16);
-        EXPECT_TRUE(queue != nullptr || heap.Failed());
-        if (queue != nullptr) {
-            cmd_push_element(queue, first.data());
-            const Tessarin::RecordRing before = queue->ring;
-            if (cmd_push(queue, 2000000) == nullptr) {
-                EXPECT_TRUE(heap.Failed());
-                EXPECT_TRUE(Same(queue->ring, before));
-            }
-            std::uint32_t count = cmd_count(queue);
-            cmd_push_element(queue, second.data());
-            EXPECT_TRUE(cmd_count(queue) == count + 1 || heap.Failed());
-            const Tessarin::RecordRing grown = queue->ring;
-            if (cmd_adapt(queue) == 0) {
-                EXPECT_TRUE(heap.Failed());
-                EXPECT_TRUE(Same(queue->ring, grown));
-            }
-            EXPECT_TRUE(HoldsRecord(cmd_front(queue), first));
-        }
-        cmd_destroy(queue);
-        EXPECT_EQ(heap.Outstanding(), 0);
-    });
-    EXPECT_EQ(failures, 4U); // the record, its buffer, the growth, the adapting
 }
 
 } // namespace

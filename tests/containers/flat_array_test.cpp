@@ -1,8 +1,7 @@
-/// Flat arrays: the growth numbers, every operation against a plain vector, refusals, and memory that runs out.
+/// Flat arrays: the growth numbers, every operation against a plain vector, and refusals.
 
 #include "containers/growth.h"
 #include "tessarin/containers.h"
-#include "tests/support/failing_heap.h"
 
 #include <gtest/gtest.h>
 
@@ -14,9 +13,6 @@
 #include <vector>
 
 namespace {
-
-using TestSupport::FailEachAllocation;
-using TestSupport::FailingHeap;
 
 int CompareIntegers(const void* left, const void* right) {
     int a = *static_cast<const int*>(left), b = *static_cast<const int*>(right);
@@ -312,51 +308,6 @@ TEST(FlatArray, LeavesBadHandlesAlone) {
     farr_popback(arr);
     EXPECT_EQ(farr_count(arr), 0U);
     farr_destroy(arr);
-}
-
-TEST(FlatArray, StaysAsItIsWhenMemoryRunsOut) {
-    const std::vector<int> items = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
-    farr* arr = ArrayOf(items); // full
-    void* first = farr_begin(arr);
-    for (int operation = 0; operation < 5; ++operation) {
-        FailingHeap heap(0);
-        switch (operation) {
-        case 0:
-            EXPECT_EQ(farr_push(arr), nullptr);
-            break;
-        case 1:
-            EXPECT_EQ(farr_push_element(arr, first), nullptr);
-            break;
-        case 2:
-            farr_resize(arr, 13, 1);
-            break;
-        case 3:
-            farr_adapt(arr);
-            break;
-        default:
-            EXPECT_EQ(farr_copy(arr), nullptr);
-        }
-        EXPECT_TRUE(heap.Failed());
-        EXPECT_EQ(heap.Outstanding(), 0);
-        EXPECT_EQ(farr_capacity(arr), 48U);
-        EXPECT_EQ(farr_begin(arr), first);
-    }
-    EXPECT_EQ(ItemsOf(arr), items);
-    farr_destroy(arr);
-
-    std::size_t failures = FailEachAllocation([](FailingHeap& heap) {
-        farr* made = farr_create_capacity(4, 0x10000); // of a size that the heap moves
-        farr_resize(made, 0x10000, 0);
-        farr* copy = farr_copy(made);
-        void* start = farr_begin(made);
-        bool pushed = farr_push(made) != nullptr;
-        EXPECT_EQ(made == nullptr || copy == nullptr || !pushed, heap.Failed());
-        EXPECT_TRUE(pushed || (farr_begin(made) == start && farr_count(made) % 0x10000 == 0));
-        farr_destroy(copy);
-        farr_destroy(made);
-        EXPECT_EQ(heap.Outstanding(), 0);
-    });
-    EXPECT_EQ(failures, 5U);
 }
 
 } // namespace

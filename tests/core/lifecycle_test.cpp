@@ -1,17 +1,14 @@
-// How tables come and go: the registry, deep trees, and what each refusal of memory leaves behind.
+// How tables come and go: the registry, deep trees, and what a refusal of memory leaves undone.
 
 #include "core/table.h"
 #include "core/table_lifecycle.h"
-#include "tests/core/library_pools.h"
 #include "tests/core/recorder.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <string>
-#include <vector>
 
 namespace {
 
@@ -109,136 +106,6 @@ TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
         FailingHeap heap;
         round(2 + n % 60);
         ASSERT_EQ(heap.Outstanding(), 0) << n;
-    }
-}
-
-/// Takes every free block out of the library's pools, and keeps it, so that the next one of each has to come from the
-/// heap.
-class DrainedPools {
-public:
-    /// Whether every pool's blocks make up whole chunks, as they do when nobody holds one.
-    bool Drain() {
-        bool whole = true;
-        for (Pool& pool : pools_) {
-            TakeFree(pool);
-            whole = whole && pool.taken % pool.its.per_chunk == 0;
-            // A pool's list of chunks grows at 8, 16 and so on. One more then, so that it doesn't grow under a test.
-            std::size_t chunks = (pool.taken + pool.its.per_chunk - 1) / pool.its.per_chunk;
-            if (!std::has_single_bit(chunks) || pool.its.take() == nullptr) continue;
-            ++pool.taken;
-            TakeFree(pool);
-        }
-        return whole;
-    }
-
-private:
-    struct Pool {
-        AnyPool its;
-        std::size_t taken = 0;
-    };
-
-    static std::vector<Pool> Pools() {
-        std::vector<Pool> pools;
-        for (AnyPool& pool : AllPools(*library_state, *listener_pools)) pools.push_back({std::move(pool)});
-        return pools;
-    }
-
-    static void TakeFree(Pool& pool) {
-        for (;;) {
-            FailingHeap heap(0);
-            if (pool.its.take() == nullptr) return;
-            ++pool.taken;
-        }
-    }
-
-    std::vector<Pool> pools_ = Pools();
-};
-
-using Step = bool (*)(ITable* table);
-
-struct Refusable {
-    const char* name;
-    int entries, listeners; // of the table before the step
-    Step step;
-    int refusals; // how many of the step's allocations its answer depends on
-};
-
-bool NewInteger(ITable* table) { return table->SetInteger("new", 5, 1) == 1; }
-bool NewMatrix(ITable* table) {
-    const Float4x4 matrix{};
-    return table->SetFloat4x4("new", &matrix, 1) == 1;
-}
-bool NewListener(ITable* table) { return table->AddRecordListener() != nullptr; }
-bool NewEntryListener(ITable* table) { return table->AddArgumentListener("key0") != nullptr; }
-bool NewArray(ITable* table) { return table->CreateArray(8) == 1; }
-bool Items(ITable* table) {
-    const std::uint64_t item = 1;
-    if (table->GetArrayItem(0) == nullptr) table->CreateArray(8);
-    return table->SetArrayItem(0, &item, 1) != nullptr && table->SetArrayItem(20, &item, 1) != nullptr;
-}
-
-const Refusable kRefusables[] = {
-    {"root", 0, 0,
-     [](ITable*) {
-         ITable* root = CreateTable();
-         return root != nullptr && CloseTable(root) == 1;
-     },
-     2},
-    {"entry 1", 0, 0, NewInteger, 1},
-    {"entry 4", 3, 0, NewInteger, 1},
-    {"entry 5", 4, 0, NewInteger, 2},
-    {"entry 9", 8, 0, NewInteger, 2},
-    {"entry 17", 16, 0, NewInteger, 2},
-    {"entry 33", 32, 0, NewInteger, 2},
-    {"entry 65", 64, 0, NewInteger, 2},
-    {"entry 129", 128, 0, NewInteger, 2},
-    {"matrix", 1, 0, NewMatrix, 2},
-    {"child", 1, 0, [](ITable* table) { return table->Set("new", 1) != nullptr; }, 3},
-    {"listener 1", 0, 0, NewListener, 2},
-    {"listener 5", 0, 4, NewListener, 1},
-    {"listener 17", 0, 16, NewListener, 1},
-    {"listener 33", 0, 32, NewListener, 1},
-    {"listener 65", 0, 64, NewListener, 1},
-    {"listener 129", 0, 128, NewListener, 1},
-    {"listener of an entry", 1, 0, NewEntryListener, 2},
-    {"array", 0, 0, NewArray, 3},
-    {"items", 0, 0, Items, 4},
-};
-
-/// Runs a step with its n-th allocation refused.
-/// returns  whether there was an n-th one
-bool Attempt(const Refusable& row, std::size_t n, DrainedPools& pools, int& refusals) {
-    TableHolder table = NewTable();
-    for (int i = 0; i < row.entries; ++i) table->SetInteger(("key" + std::to_string(i)).c_str(), i, 0);
-    for (int i = 0; i < row.listeners; ++i) table->AddRecordListener();
-    pools.Drain();
-    bool done = false, failed = false;
-    {
-        FailingHeap heap(n);
-        done = row.step(table.get());
-        failed = heap.Failed();
-    }
-    auto& entries = static_cast<Table*>(table.get())->Entries();
-    EXPECT_TRUE(entries.IsValid());
-    for (int i = 0; i < row.entries; ++i) EXPECT_EQ(table->GetInteger(("key" + std::to_string(i)).c_str()), i);
-    if (!done) {
-        ++refusals;
-        EXPECT_TRUE(failed) << "refused with all the memory it asked for";
-        EXPECT_EQ(table->GetInteger("new"), 0);
-        EXPECT_TRUE(row.step(table.get())) << "the next call is fine";
-        EXPECT_TRUE(entries.IsValid());
-    }
-    return failed;
-}
-
-TEST(OutOfMemory, EveryAllocationOfEveryOperationMayFail) {
-    static DrainedPools pools; // what it has taken stays taken, however often this runs
-    for (const Refusable& row : kRefusables) {
-        SCOPED_TRACE(row.name);
-        int refusals = 0;
-        for (std::size_t n = 0; Attempt(row, n, pools, refusals); ++n) EXPECT_TRUE(pools.Drain()) << "lost a block";
-        EXPECT_TRUE(pools.Drain());
-        EXPECT_EQ(refusals, row.refusals);
     }
 }
 

@@ -1,0 +1,83 @@
+/// A library whose pools and whose arena of strings are empty, so that what an operation needs comes from the heap,
+/// where it can be refused.
+
+#ifndef TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
+#define TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
+
+#include "tests/core/library_pools.h"
+#include "tests/support/failing_heap.h"
+
+#include "tessarin/tables.h"
+
+#include <bit>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TestSupport {
+
+/// Takes every free block out of the library's pools, and keeps it.
+class DrainedPools {
+public:
+    /// Whether every pool's blocks make up whole chunks, as they do when nobody holds one.
+    bool Drain() {
+        bool whole = true;
+        for (Pool& pool : pools_) {
+            TakeFree(pool);
+            whole = whole && pool.taken % pool.its.per_chunk == 0;
+            // A pool's list of chunks grows at 8, 16 and so on. One more then, so that it doesn't grow under a test.
+            const std::size_t chunks = (pool.taken + pool.its.per_chunk - 1) / pool.its.per_chunk;
+            if (!std::has_single_bit(chunks) || pool.its.take() == nullptr) continue;
+            ++pool.taken;
+            TakeFree(pool);
+        }
+        return whole;
+    }
+
+private:
+    struct Pool {
+        AnyPool its;
+        std::size_t taken = 0;
+    };
+
+    static std::vector<Pool> Pools() {
+        std::vector<Pool> pools;
+        for (AnyPool& pool : AllPools(*Tessarin::library_state, *Tessarin::listener_pools)) {
+            pools.push_back({std::move(pool)});
+        }
+        return pools;
+    }
+
+    static void TakeFree(Pool& pool) {
+        for (;;) {
+            const FailingHeap heap(0);
+            if (pool.its.take() == nullptr) return;
+            ++pool.taken;
+        }
+    }
+
+    std::vector<Pool> pools_ = Pools();
+};
+
+/// A text that isn't interned, longer than what FillArena leaves.
+inline std::string FreshText() {
+    static int number = 0;
+    return "fresh" + std::to_string(1000000 + ++number) + std::string(64, '_');
+}
+
+/// Interns until the arena has no room for a text like FreshText's.
+inline void FillArena() {
+    static int number = 0;
+    for (std::size_t size = 0x80000; size >= 32; size /= 2) {
+        for (bool took = true; took;) {
+            std::string text = std::to_string(++number);
+            text.resize(size, '-');
+            const FailingHeap heap(0);
+            took = cstr_string(text.c_str()) != nullptr;
+        }
+    }
+}
+
+} // namespace TestSupport
+
+#endif
