@@ -1,15 +1,14 @@
 // The object behind a file: what loads in which way, what a save writes, and how all of it fails.
 
 #include "tests/configure/tree_text.h"
+#include "tests/support/at_once.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
 #include "tests/support/temporary_folder.h"
 
-#include <barrier>
 #include <cstdint>
 #include <string>
 #include <string_view>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -317,20 +316,6 @@ TEST(FileOfTheLibrary, LoadsAndSavesOnDisk) {
         if (made != nullptr) made->Release();
         EXPECT_EQ(heap.Outstanding(), 0);
     });
-}
-
-constexpr int kThreads = 4;
-
-template <class Work>
-void AtOnce(Work work) {
-    std::barrier<> start(kThreads);
-    std::vector<std::jthread> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([&start, work, thread] {
-            start.arrive_and_wait();
-            work(thread);
-        });
-    }
 }
 
 TEST(ConfigureThreads, ReadOneTreeByEveryKindOfKey) {

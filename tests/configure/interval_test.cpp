@@ -2,8 +2,9 @@
 
 #include "tessarin/interval.h"
 
+#include "tests/support/at_once.h"
+
 #include <array>
-#include <barrier>
 #include <cfenv>
 #include <cmath>
 #include <cstddef>
@@ -11,7 +12,6 @@
 #include <limits>
 #include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -194,20 +194,13 @@ TEST(Interval, DrawsFollowTheGenerator) {
 
 // A number that two threads drew at once would leave another of the four remainders short.
 TEST(Interval, ThreadsDrawNumbersOfTheirOwn) {
-    constexpr std::size_t kThreads = 4;
     constexpr int kDraws = 400000;
     const Interval hundred = Of("[0,100]");
-    std::array<std::array<int, 4>, kThreads> counts{};
-    std::barrier<> start(kThreads);
-    std::vector<std::thread> threads;
-    threads.reserve(kThreads);
-    for (auto& its : counts) {
-        threads.emplace_back([&hundred, &its, &start] {
-            start.arrive_and_wait();
-            for (int draw = 0; draw < kDraws; ++draw) ++its[static_cast<std::size_t>(Step(hundred)) % 4];
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    std::array<std::array<int, 4>, TestSupport::kThreads> counts{};
+    TestSupport::AtOnce([&](int thread) {
+        auto& its = counts[static_cast<std::size_t>(thread)];
+        for (int draw = 0; draw < kDraws; ++draw) ++its[static_cast<std::size_t>(Step(hundred)) % 4];
+    });
     for (std::size_t rest = 0; rest < 4; ++rest) {
         int sum = 0;
         for (const auto& its : counts) sum += its[rest];

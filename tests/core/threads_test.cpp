@@ -1,6 +1,7 @@
 // What may happen on several threads at once. Meant to run under a thread sanitizer as well.
 
 #include "tests/core/recorder.h"
+#include "tests/support/at_once.h"
 #include "tests/support/table_text.h"
 #include "tests/support/temporary_folder.h"
 
@@ -9,29 +10,12 @@
 #include <gtest/gtest.h>
 
 #include <array>
-#include <barrier>
 #include <string>
-#include <thread>
 #include <vector>
 
 namespace {
 
 using namespace TestSupport;
-
-constexpr int kThreads = 4;
-
-/// Runs `work` with the numbers 0 to 3, all at once.
-template <class Work>
-void AtOnce(Work work) {
-    std::barrier<> start(kThreads);
-    std::vector<std::jthread> threads;
-    for (int thread = 0; thread < kThreads; ++thread) {
-        threads.emplace_back([&start, work, thread] {
-            start.arrive_and_wait();
-            work(thread);
-        });
-    }
-}
 
 TEST(Threads, OneTextIsOneAddressWhoeverInternsIt) {
     constexpr std::size_t kTexts = 5000;
