@@ -158,7 +158,7 @@ TEST(CommandQueue, RefusesBadHandlesAndSizes) {
 /// Straight and wrapped; the sanitizers see a read outside the buffer.
 TEST(CommandQueue, SurvivesADamagedSize) {
     for (bool wrapped : {false, true}) {
-        for (std::uint32_t damaged : {0U, 5U, 9U, 16U, 17U, 4000U, UINT32_MAX}) {
+        for (std::uint32_t damaged : {0U, 5U, 9U, 14U, 16U, 17U, 22U, 4000U, UINT32_MAX}) {
             cmd* queue = cmd_create(24);
             for (int i = 0; i < 3; ++i) PushRecord(queue, MakeRecord(8));
             if (wrapped) {

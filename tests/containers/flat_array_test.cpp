@@ -258,6 +258,18 @@ TEST(FlatArray, SortsARange) {
     }
 }
 
+TEST(FlatArray, GivesBackWhatALargeBufferHasTooMuch) {
+    farr* arr = farr_create(4);
+    farr_resize(arr, 100000, 1);
+    const int value = 7;
+    std::memcpy(farr_at(arr, 9), &value, sizeof value);
+    farr_resize(arr, 10, 0);
+    farr_adapt(arr);
+    EXPECT_EQ(farr_capacity(arr), 40U);
+    EXPECT_EQ(ItemsOf(arr).back(), 7);
+    farr_destroy(arr);
+}
+
 TEST(FlatArray, WorksWithoutBytes) {
     farr* arr = farr_create(4);
     farr_adapt(arr);

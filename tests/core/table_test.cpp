@@ -387,9 +387,12 @@ TEST(Pair, DirectSettersReleaseWhatTheEntryOwned) {
     EXPECT_EQ(pair->SetHandle(nullptr) + pair->SetFloat2(nullptr) + pair->SetFloat3(nullptr), 0U);
     EXPECT_EQ(pair->SetFloat4(nullptr) + pair->SetFloat4x4(nullptr), 0U);
     EXPECT_EQ(pair->Set(CreateTable()), 1U);
+    EXPECT_EQ(pair->Set(CreateTable()), 1U) << "in the place of another";
     EXPECT_EQ(pair->SetExternalTable(pair->GetTable()) + pair->SetReferenceTable(pair->GetTable()), 0U)
         << "what it owns it can't borrow";
     EXPECT_EQ(pair->GetType(), VALUE_TABLE);
+    EXPECT_EQ(pair->SetExternalTable(nullptr), 1U);
+    EXPECT_EQ(pair->GetTable(), nullptr);
     EXPECT_EQ(pair->SetPath(cstr_string("As/It/Is")), 1U);
     pair->Unassigned();
     EXPECT_STREQ(pair->GetString(), "As/It/Is");

@@ -49,6 +49,7 @@ constexpr Case kCases[] = {
     {kValid, R"([])", kRefused, kRoots},
     {kValid, R"([{"a":1}])", kRefused, kRoots},
     {kValid, R"("a")", kRefused, kRoots},
+    {kValid, "7.5", kRefused, kRoots},
     {kValid, "7", kRefused, kRoots},
     {kValid, "true", kRefused, kRoots},
     {kValid, "null", kRefused, kRoots},

@@ -174,6 +174,8 @@ TEST(Json, SavesEveryKind) {
     }
     std::uint32_t size = 0;
     EXPECT_EQ(table->SaveBuffer(nullptr, &size), 0U);
+    void* unsized = nullptr;
+    EXPECT_EQ(table->SaveBuffer(&unsized, nullptr), 0U);
     CloseTable(table);
     CloseTable(other);
 }

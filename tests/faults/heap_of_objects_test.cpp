@@ -36,17 +36,19 @@ const char kEditable[] = R"(a = 1 b = 2 c = 3 d = 4 e = 5 f = 6 g = 7 h = 8 i = 
 
 /// A text file, and the binary form of the same but for the value that is fresh.
 void PrepareFiles(World& world) {
-    const std::string text = std::string(kEditable) + " open = { { { { v = ";
+    const auto text_with = [](const std::string& fresh) { // early, and in what is open at the end
+        return "early = " + fresh + ' ' + kEditable + " open = { { { { v = " + fresh;
+    };
     const std::string other = FreshText();
-    world.files["text"] = text + other;
+    world.files["text"] = text_with(other);
     world.file.reset(CreateRLFile(&world.files));
     world.file->Load("text", ACCESS_EDIT, FORMAT_TEXT);
     EXPECT_TRUE(world.file->SaveAs("binary", FORMAT_BINARY));
     world.file->Reset();
     std::string& binary = world.files["binary"];
     binary.replace(binary.find(other), other.size(), world.fresh);
-    world.files["text"] = text + world.fresh;
-    world.files[world.fresh] = text;
+    world.files["text"] = text_with(world.fresh);
+    world.files[world.fresh] = kEditable;
 }
 
 template <Configure::FileAccess Access, Configure::FileFormat Format>

@@ -149,6 +149,18 @@ TEST(HeapFaults, EveryStepOfATablesGrowth) {
                              {"larger items", [](World& w) { return w.table->CreateArray(512) == 1; }}});
 }
 
+// The others try again; here the table ends with what it got.
+TEST(HeapFaults, AnArrayPartThatWasRefusedEndsWithItsTable) {
+    for (std::size_t n = 0; n < 3; ++n) {
+        const Owned<ITable> table(CreateTable());
+        {
+            const FailingHeap heap(n);
+            EXPECT_EQ(table->CreateArray(8), 0U);
+        }
+        EXPECT_EQ(table->SetArrayItem(0, &n, 1), nullptr);
+    }
+}
+
 // ----------------------------------------------------------------------------------------------------------- documents
 
 struct LoadCase {
@@ -192,11 +204,15 @@ bool LoadWithout(const LoadCase& c, std::size_t n, std::multiset<std::string>& w
 
 TEST(HeapFaults, EveryLoadOfATable) {
     std::string readable = "a = 1 * = \"*\" v = [1,2] deep = { x = { y = { z = 2.5 s = \"s*\" } } }";
-    std::string json = R"({"a":1,"*":"*","b":true,"m":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16],"d":{"e":{"f":"s*"}})";
+    std::string json =
+        R"({"text":"*","again":1,"again":true,"again":2,"none":[1],"none":[1,2],"b\s":1,"a":1,"*":"*","b":true,"m":[1,2,3,4,5,6,7,8,9,10,11,12,13,14,15,16],"d":{"e":{"f":"s*"}})";
     for (int i = 0; i < 70; ++i) {
         const std::string number = std::to_string(i);
         readable.append(" fill").append(number).append(" = ").append(number);
         json.append(",\"fill").append(number).append("\":").append(number);
+        // More children than a chunk of the pool has, so that there is none for one of them.
+        readable.append(" b").append(number).append(" { }");
+        json.append(",\"b").append(number).append("\":{}");
     }
     json += '}';
     const LoadCase cases[] = {
