@@ -6,8 +6,8 @@
 
 #include "core/string_forms.h"
 #include "documents/stream.h"
-#include "platform/host_path.h"
 #include "platform/host_file.h"
+#include "platform/host_path.h"
 
 #include <cstdlib>
 
