@@ -114,6 +114,9 @@ TEST(Json, MembersThatShareAKey) {
         {R"({"a":true,"a":null})", R"({"a":0})"},
         {R"({"a":5,"a":true})", R"({"a":1})"},
         {R"({"a":5,"a":null,"a":true,"a":7})", R"({"a":5})"}, // the number fetched is the first member's
+        {R"({"a":5,"a":true,"a":[1,2]})", R"({"a":1})"},
+        {R"({"a":5,"a":true,"a":{}})", R"({"a":1})"},
+        {R"({"a":1,"a":[1]})", R"({"a":1})"},
         {R"({"a":true,"a":false,"a":7})", R"({"a":1})"},
         {R"({"a":1.5,"a":true,"a":2})", R"({"a":1.5})"},
         {R"({"a":{"x":1},"a":{"y":2}})", R"({"a":{"x":1}})"},

@@ -25,11 +25,13 @@ public:
         for (Pool& pool : pools_) {
             TakeFree(pool);
             whole = whole && pool.taken % pool.its.per_chunk == 0;
-            // A pool's list of chunks grows at 8, 16 and so on. One more then, so that it doesn't grow under a test.
-            const std::size_t chunks = (pool.taken + pool.its.per_chunk - 1) / pool.its.per_chunk;
-            if (!std::has_single_bit(chunks) || pool.its.take() == nullptr) continue;
-            ++pool.taken;
-            TakeFree(pool);
+            // A pool's list of chunks grows at 8, 16 and so on, and a chunk that it has no room for is never released.
+            // So it grows here, until two more chunks find their room.
+            while (std::has_single_bit(pool.Chunks()) || std::has_single_bit(pool.Chunks() + 1)) {
+                if (pool.its.take() == nullptr) break;
+                ++pool.taken;
+                TakeFree(pool);
+            }
         }
         return whole;
     }
@@ -38,6 +40,8 @@ private:
     struct Pool {
         AnyPool its;
         std::size_t taken = 0;
+
+        [[nodiscard]] std::size_t Chunks() const { return (taken + its.per_chunk - 1) / its.per_chunk; }
     };
 
     static std::vector<Pool> Pools() {
