@@ -5,6 +5,7 @@
 
 #include "platform/spin_lock.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
@@ -25,23 +26,21 @@ public:
     void unlock() { taken_.store(0, std::memory_order_release); }
 
 private:
-    // Where a nap is counted in milliseconds, a shorter one is none.
-#if defined(_WIN32)
-    static constexpr std::chrono::microseconds kNap{1000};
-#else
-    static constexpr std::chrono::microseconds kNap{50};
-#endif
+    // Naps double: waking costs time too, and where they are counted in milliseconds a shorter one is none.
+    static constexpr std::chrono::microseconds kFirstNap{50}, kLongestNap{1600};
 
     bool TryLock() {
         return taken_.load(std::memory_order_relaxed) == 0 && taken_.exchange(1, std::memory_order_acquire) == 0;
     }
 
     [[gnu::noinline, gnu::cold]] void Wait() {
+        std::chrono::microseconds nap = kFirstNap;
         for (int round = 0; !TryLock(); ++round) {
             if (round < kSpinCount) {
                 SpinPause();
             } else {
-                std::this_thread::sleep_for(kNap);
+                std::this_thread::sleep_for(nap);
+                nap = std::min(nap * 2, kLongestNap);
             }
         }
     }
