@@ -1,7 +1,7 @@
 // A host's whole way with configuration files: it loads one, finds everything in it by every kind of key, compiles it
 // into the binary form, edits it, saves it as text, and reads both back to see whether anything was lost.
 //
-//   configure_road FOLDER FILE...
+//   configure_tour FOLDER FILE...
 //
 // Each FILE is one in text form; what is made of it goes into FOLDER, compiled under its name with `.bin` behind it and
 // edited under its own, so FOLDER isn't where the files are. Exit status: 0 if nothing was lost, 1 if something was, 2
@@ -298,7 +298,7 @@ IIterator* FindUnit(Container* container, Test test) {
 // Changes what is there, whatever the file holds. A root of tables alone has nothing to remove and keeps all.
 bool ChangeEntries(ITable* root) {
     IIterator* text = FindUnit(root, [](IIterator* unit) { return unit->IsString(); });
-    if (text && !text->SetString("changed on the road")) return false;
+    if (text && !text->SetString("changed on the tour")) return false;
     IIterator* interval = FindUnit(root, [](IIterator* unit) { return unit->IsInterval(); });
     if (interval && !interval->SetString("[-2.5,7)")) return false;
     IIterator* array = FindUnit(root, [](IIterator* unit) { return unit->IsArray(); });
@@ -328,8 +328,8 @@ bool AddInteger(ITable* table, const char* key, std::int32_t value) {
     return unit && unit->SetInteger(value);
 }
 
-bool AddCourse(ITable* road) {
-    IIterator* unit = road->AddArray("course");
+bool AddCourse(ITable* tour) {
+    IIterator* unit = tour->AddArray("course");
     if (!unit) return false;
     IArray* course = unit->GetArray();
     IIterator* depth = course->AddString(0, "");
@@ -341,16 +341,16 @@ bool AddCourse(ITable* road) {
 // The host's own table. A `_default` that is added serves from the next load on. Composite keys are added in both
 // spellings, since the file is going to be read in both forms.
 bool AddRoad(ITable* root) {
-    ITable* road = AddTable(root, "road");
-    ITable* defaults = road ? AddTable(road, "_default") : nullptr;
-    ITable* lantern = AddTable(road, "Lantern");
-    if (!defaults || !lantern || !AddTable(road, "buoy")) return false;
+    ITable* tour = AddTable(root, "tour");
+    ITable* defaults = tour ? AddTable(tour, "_default") : nullptr;
+    ITable* lantern = AddTable(tour, "Lantern");
+    if (!defaults || !lantern || !AddTable(tour, "buoy")) return false;
     const bool shared = AddInteger(defaults, "oil", 40) && defaults->AddString("reach", "(0,12.5]") &&
                         defaults->AddString("lit", "0") && AddInteger(lantern, "oil", 12);
-    const bool marked = road->AddString("1", "tarn quay") && road->AddString("charts\\north.map", "old") &&
-                        road->AddString("mark:7", "a wreck") && road->AddString("mark:7:", "a wreck");
-    IIterator* renamed = road->AddString("beacon", "Gull Point");
-    return shared && marked && renamed && renamed->SetKey("lamp") && AddCourse(road);
+    const bool marked = tour->AddString("1", "tarn quay") && tour->AddString("charts\\north.map", "old") &&
+                        tour->AddString("mark:7", "a wreck") && tour->AddString("mark:7:", "a wreck");
+    IIterator* renamed = tour->AddString("beacon", "Gull Point");
+    return shared && marked && renamed && renamed->SetKey("lamp") && AddCourse(tour);
 }
 
 // What the host's table answers once it has been read back, and what it should.
@@ -361,10 +361,10 @@ struct Answer {
 
 bool Same(cstr text, const char* expected) { return text && std::strcmp(text, expected) == 0; }
 
-std::vector<Answer> Answers(ITable* road) {
-    ITable* lantern = road->GetTable("LANTERN");
-    ITable* buoy = road->GetTable("buoy");
-    IArray* course = road->GetArray("course");
+std::vector<Answer> Answers(ITable* tour) {
+    ITable* lantern = tour->GetTable("LANTERN");
+    ITable* buoy = tour->GetTable("buoy");
+    IArray* course = tour->GetArray("course");
     if (!lantern || !buoy || !course || course->GetCount() != 3 || !course->GetTable(1)) return {{"its tables", false}};
     return {
         {"lantern's own oil", lantern->GetInteger("oil", 1) == 12},
@@ -374,11 +374,11 @@ std::vector<Answer> Answers(ITable* road) {
         {"reach takes in 12.25", buoy->GetInterval("reach").Hit(12.25F) == 1},
         {"reach leaves out 0", buoy->GetInterval("reach").Hit(0) == 0},
         {"lit is 0, so false", !buoy->GetBool("lit")},
-        {"by number", Same(road->GetString(1U), "tarn quay")},
-        {"by path", road->FindPath("Charts/NORTH.map") != nullptr},
-        {"by pieces", Same(road->GetStringFormat("si", "Mark", 7), "a wreck")},
-        {"by pieces, no such", road->GetIntegerFormat(-1, "si", "mark", 8) == -1},
-        {"renamed", Same(road->GetString("lamp"), "Gull Point") && !road->Find("beacon")},
+        {"by number", Same(tour->GetString(1U), "tarn quay")},
+        {"by path", tour->FindPath("Charts/NORTH.map") != nullptr},
+        {"by pieces", Same(tour->GetStringFormat("si", "Mark", 7), "a wreck")},
+        {"by pieces, no such", tour->GetIntegerFormat(-1, "si", "mark", 8) == -1},
+        {"renamed", Same(tour->GetString("lamp"), "Gull Point") && !tour->Find("beacon")},
         {"402.5 as a number", course->GetFloat(0, 0.0F) == 402.5F},
         {"False is false", !course->GetTable(1)->GetBool("lit")},
         {"an interval in an array", course->At(2)->GetInterval().Clamp(3.0F) == 2.0F},
@@ -386,10 +386,10 @@ std::vector<Answer> Answers(ITable* road) {
 }
 
 bool AskRoad(ITable* root, const char* what) {
-    ITable* road = root->GetTable("road");
-    if (!road) return false;
+    ITable* tour = root->GetTable("tour");
+    if (!tour) return false;
     int right = 0;
-    const std::vector<Answer> answers = Answers(road);
+    const std::vector<Answer> answers = Answers(tour);
     for (const Answer& answer : answers) {
         right += answer.is_right ? 1 : 0;
         if (!answer.is_right) std::printf("  the added table, %s, answers wrong: %s\n", what, answer.asked);
@@ -398,7 +398,7 @@ bool AskRoad(ITable* root, const char* what) {
     return right == static_cast<int>(answers.size());
 }
 
-// ------------------------------------------------------------------------------------------------------------ the road
+// ------------------------------------------------------------------------------------------------------------ the tour
 
 // The statuses of the steps: the worst of them is the exit status.
 constexpr int kKept = 0;
@@ -421,7 +421,7 @@ int EditRoad(const std::string& path, const std::string& copy) {
     const File edited = Open(path, Configure::ACCESS_EDIT);
     if (!edited) return kStopped;
     if (!ChangeEntries(edited->GetRoot()) || !AddRoad(edited->GetRoot())) {
-        std::fprintf(stderr, "%s: can't be edited, or has a table `road` already\n", path.c_str());
+        std::fprintf(stderr, "%s: can't be edited, or has a table `tour` already\n", path.c_str());
         return kStopped;
     }
     if (!Save(edited, copy, Configure::FORMAT_TEXT)) return kStopped;
@@ -449,7 +449,7 @@ int GoRoad(const std::string& path, const std::string& folder) {
 
 int main(int count, char** arguments) {
     if (count < 3) {
-        std::fprintf(stderr, "usage: configure_road FOLDER FILE...\n");
+        std::fprintf(stderr, "usage: configure_tour FOLDER FILE...\n");
         return kStopped;
     }
     int status = kKept;

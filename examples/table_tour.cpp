@@ -1,7 +1,7 @@
 // A host's whole way with tables: it opens a document of each form, prints both as trees, listens to a table while it
 // is changed, saves JSON, and loads that again to see whether anything was lost.
 //
-//   table_road GAME SETTINGS FOLDER
+//   table_tour GAME SETTINGS FOLDER
 //
 // GAME is a document in the readable text form, SETTINGS one in JSON; game.json and settings.json are written into
 // FOLDER. Exit status: 0 if nothing was lost, 1 if something was, 2 if a step could not be taken.
@@ -417,6 +417,6 @@ int Run(const char* game_path, const char* settings_path, const std::string& fol
 
 int main(int count, char** arguments) {
     if (count == 4) return Run(arguments[1], arguments[2], arguments[3]);
-    std::fprintf(stderr, "usage: table_road GAME SETTINGS FOLDER\n");
+    std::fprintf(stderr, "usage: table_tour GAME SETTINGS FOLDER\n");
     return 2;
 }

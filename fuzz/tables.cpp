@@ -74,7 +74,7 @@ struct Model {
     }
 
     /// Beyond eight entries the order is that of the keys' addresses.
-    void Settle() {
+    void FinishBulkLoad() {
         if (entries.size() <= 8) return;
         std::sort(entries.begin(), entries.end(), [](const Held& a, const Held& b) {
             return std::less<>()(cstr_find(a.key.c_str()), cstr_find(b.key.c_str()));
@@ -177,13 +177,13 @@ private:
     }
 
     /// After the table has done what the model has: a new entry has its address, and its place.
-    void Settle() {
+    void FinishBulkLoad() {
         for (Held& held : at_->entries) {
             IIterator* found = at_->table->Find(held.key.c_str());
             Require(found != nullptr && (held.address == nullptr || held.address == found), "an entry has moved");
             held.address = found;
         }
-        at_->Settle();
+        at_->FinishBulkLoad();
     }
 
     void CheckTable();
@@ -273,7 +273,7 @@ void Program::SetScalar(std::uint32_t kind) {
                                : SetVector<Float4x4>(table, key, words, notify, &ITable::SetFloat4x4);
     Require((taken != 0) == answer, "a setter answers otherwise");
     if (held != nullptr) held->words = std::move(words);
-    Settle();
+    FinishBulkLoad();
 }
 
 void Program::SetText(bool as_path) {
@@ -288,7 +288,7 @@ void Program::SetText(bool as_path) {
                                         : at_->table->SetString(key.c_str(), its_text, notify);
     Require((taken != 0) == answer, "a setter of text answers otherwise");
     if (held != nullptr) held->text = stored;
-    Settle();
+    FinishBulkLoad();
 }
 
 /// A child that Set makes, or one of a factory that is handed over.
@@ -310,7 +310,7 @@ void Program::SetChild(bool hands_over) {
         held->child->parent = at_;
         held->child->validity = hands_over ? 1 : 2;
     }
-    Settle();
+    FinishBulkLoad();
 }
 
 /// A pointer or a table of somebody else's, or null.
@@ -326,7 +326,7 @@ void Program::SetBorrowed(std::uint32_t kind) {
                                     : at_->table->SetReferenceTable(key.c_str(), pointer, notify);
     Require((taken != 0) == answer, "a setter of a pointer answers otherwise");
     if (held != nullptr) held->pointer = pointer;
-    Settle();
+    FinishBulkLoad();
 }
 
 void Program::Rename() {
@@ -343,7 +343,7 @@ void Program::Rename() {
     held->key = new_key;
     std::rotate(at_->entries.begin() + (held - at_->entries.data()),
                 at_->entries.begin() + (held - at_->entries.data()) + 1, at_->entries.end());
-    Settle();
+    FinishBulkLoad();
 }
 
 void Program::Remove() {

@@ -1,26 +1,27 @@
-// The library's only objects of static storage duration. They stand in one file so that their order is that of the
-// lines below: the loader runs the constructors when the library comes, and TearDown when it goes.
+// The objects that live as long as the library is loaded. They stand in one file so that their order is that of the
+// lines below: the loader runs the constructors when the library is loaded, and TearDown when it is unloaded.
+//
+// No table is destroyed then: the memory of those that are still alive goes with the pools, and every cstr with the
+// strings.
 
-#include "core/library_state.h"
-
-#include "core/pair.h"
-#include "core/table.h"
+#include "strings/string_table.h"
+#include "tables/table_pools.h"
+#include "tables/table_registry.h"
 
 namespace Tessarin {
 
-// Blocks are as large as the objects that they hold; where pointers have 32 bits these are the sizes.
-static_assert(sizeof(void*) != 4 || (sizeof(Table) == 32 && sizeof(Pair) == 40 && sizeof(ListenerSet) == 36));
-
-LibraryState::LibraryState() : tables(sizeof(Table), 64), pairs(sizeof(Pair), 256), matrices(sizeof(Float4x4), 64) {}
-
 UntilUnload<ListenerPools> listener_pools;
-UntilUnload<LibraryState> library_state;
+UntilUnload<StringTable> string_table;
+UntilUnload<TablePools> table_pools;
+UntilUnload<TableRegistry> table_registry;
 
 namespace {
 
 /// Run by the loader, behind every destructor that the process or the library has registered.
 [[gnu::destructor]] void TearDown() {
-    library_state.TearDown();
+    table_registry.TearDown();
+    table_pools.TearDown();
+    string_table.TearDown();
     listener_pools.TearDown();
 }
 

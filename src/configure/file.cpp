@@ -1,14 +1,14 @@
 #include "configure/file.h"
 
-#include "configure/binary_format.h"
-#include "configure/binary_loader.h"
-#include "configure/binary_writer.h"
-#include "configure/text_edit_loader.h"
-#include "configure/text_read_loader.h"
-#include "configure/text_writer.h"
-#include "core/library_state.h"
-#include "core/string_forms.h"
-#include "documents/file_io.h"
+#include "configure/binary/format.h"
+#include "configure/binary/loader.h"
+#include "configure/binary/writer.h"
+#include "configure/text/edit_loader.h"
+#include "configure/text/read_loader.h"
+#include "configure/text/writer.h"
+#include "files/file_io.h"
+#include "strings/normal_forms.h"
+#include "strings/string_table.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -77,7 +77,7 @@ ITable* File::Load(const char* its_path, std::uint32_t its_access, std::uint32_t
         Reset();
         return nullptr;
     }
-    const cstr interned = Tessarin::library_state->strings.Intern(its_path);
+    const cstr interned = Tessarin::string_table->Intern(its_path);
     if (interned != nullptr) {
         path_ = interned;
         access_ = its_access;

@@ -3,9 +3,9 @@
 #ifndef TESSARIN_CONFIGURE_FILE_H
 #define TESSARIN_CONFIGURE_FILE_H
 
-#include "configure/binary_accessors.h"
-#include "configure/text_readers.h"
-#include "configure/text_writers.h"
+#include "configure/tree/binary_read_tree.h"
+#include "configure/tree/edit_tree.h"
+#include "configure/tree/text_read_tree.h"
 #include "tessarin/configure.h"
 
 #include <cstdint>

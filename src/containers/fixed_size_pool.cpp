@@ -7,7 +7,7 @@
 /// 2. Every chunk is in `chunks`, but for one that may wait in `unlisted`. While it waits no further chunk is made, so
 ///    one place is enough, and no chunk is ever leaked.
 
-#include "containers/object_pool.h"
+#include "containers/fixed_size_pool.h"
 
 #include "containers/growth.h"
 

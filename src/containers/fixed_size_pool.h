@@ -1,8 +1,8 @@
 /// Blocks of one fixed size, dealt out last-in, first-out: the record behind the omem_ functions, for the library's own
 /// use without their guard. Threads: one at a time per pool.
 
-#ifndef TESSARIN_CONTAINERS_OBJECT_POOL_H
-#define TESSARIN_CONTAINERS_OBJECT_POOL_H
+#ifndef TESSARIN_CONTAINERS_FIXED_SIZE_POOL_H
+#define TESSARIN_CONTAINERS_FIXED_SIZE_POOL_H
 
 #include "containers/flat_array.h"
 

@@ -4,7 +4,7 @@
 #ifndef TESSARIN_CONTAINERS_HASH_MAP_H
 #define TESSARIN_CONTAINERS_HASH_MAP_H
 
-#include "containers/object_pool.h"
+#include "containers/fixed_size_pool.h"
 
 #include <cstdint>
 

@@ -9,13 +9,13 @@
 // Those two are remembered in a map that an object gets when it first needs one.
 
 #include "containers/hash_map.h"
-#include "core/library_state.h"
-#include "core/list.h"
-#include "core/table.h"
-#include "core/table_lifecycle.h"
 #include "documents/json_raw_strings.h"
-#include "documents/whole_file.h"
+#include "files/whole_file.h"
+#include "memory/list.h"
 #include "platform/nearest_rounding.h"
+#include "strings/string_table.h"
+#include "tables/table.h"
+#include "tables/table_factory.h"
 #include "tessarin/documents.h"
 
 #include <cstring>
@@ -180,13 +180,13 @@ bool JsonFiller::String(const char* text, Length length, bool) {
     if (!IsMember(0.0F)) return true;
     Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_STRING)) return true;
-    cstr interned = library_state->strings.Intern(text, length);
+    cstr interned = string_table->Intern(text, length);
     if (interned != nullptr) pair->SetString(interned);
     return true;
 }
 
 bool JsonFiller::Key(const char* text, Length length, bool) {
-    if (ignored_ == 0) key_ = length == 0 ? nullptr : library_state->strings.Intern(text, length);
+    if (ignored_ == 0) key_ = length == 0 ? nullptr : string_table->Intern(text, length);
     return true;
 }
 
@@ -218,7 +218,7 @@ bool JsonFiller::EndObject(Length) {
         return true;
     }
     DropFirsts();
-    open_.Top().table->Entries().Settle();
+    open_.Top().table->Entries().FinishBulkLoad();
     open_.Pop();
     return true;
 }

@@ -10,15 +10,15 @@
 //   }                    closes the block, dropping it      before it: skipped; ends a bare one
 //   [ ( "                part of it                         [ ( are the value; " is if nothing stood before
 
-#include "documents/readable_reader.h"
+#include "documents/readable_load.h"
 
-#include "core/library_state.h"
-#include "core/list.h"
-#include "core/table.h"
-#include "core/table_lifecycle.h"
-#include "documents/whole_file.h"
+#include "files/whole_file.h"
+#include "memory/list.h"
 #include "platform/nearest_rounding.h"
 #include "platform/number_text.h"
+#include "strings/string_table.h"
+#include "tables/table.h"
+#include "tables/table_factory.h"
 #include "tessarin/documents.h"
 
 #include <array>
@@ -42,7 +42,7 @@ struct Run {
 /// Interns a value; a comment that was blanked inside a quoted text ends it, as any NUL ends a text.
 cstr Interned(Run run) {
     const char* end = run.Find('\0');
-    return library_state->strings.Intern(run.first, end == nullptr ? run.Length() : Run{run.first, end}.Length());
+    return string_table->Intern(run.first, end == nullptr ? run.Length() : Run{run.first, end}.Length());
 }
 
 enum Delimiter : unsigned char { kOfKey = 1, kOfValue = 2 };
@@ -125,7 +125,7 @@ bool ReadableReader::ReadBlocks() {
             if (open_.IsEmpty()) return true; // a brace too many ends the document
             continue;
         }
-        cstr name = library_state->strings.Intern(key.first, key.Length());
+        cstr name = string_table->Intern(key.first, key.Length());
         if (!ScanValue(value) || !StoreValue(name, value)) return false;
     }
 }
@@ -200,7 +200,7 @@ bool ReadableReader::OpenBlock(cstr key) {
 }
 
 void ReadableReader::CloseBlock() {
-    open_.Top()->Entries().Settle();
+    open_.Top()->Entries().FinishBulkLoad();
     open_.Pop();
 }
 

@@ -1,7 +1,7 @@
 /// The readable text form: keys, values and nested blocks as people write them.
 
-#ifndef TESSARIN_DOCUMENTS_READABLE_READER_H
-#define TESSARIN_DOCUMENTS_READABLE_READER_H
+#ifndef TESSARIN_DOCUMENTS_READABLE_LOAD_H
+#define TESSARIN_DOCUMENTS_READABLE_LOAD_H
 
 #include <cstdint>
 

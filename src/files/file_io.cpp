@@ -2,12 +2,12 @@
 // are searched only for paths that lead nowhere else. Writing has no second try: a file to be created has no name to
 // match yet.
 
-#include "documents/file_io.h"
+#include "files/file_io.h"
 
-#include "core/string_forms.h"
-#include "documents/stream.h"
+#include "files/stream.h"
 #include "platform/host_file.h"
 #include "platform/host_path.h"
+#include "strings/normal_forms.h"
 
 #include <cstdlib>
 

@@ -1,7 +1,7 @@
 /// The file service of the library's own: what configuration and tab files use when the host gives them none.
 
-#ifndef TESSARIN_DOCUMENTS_FILE_IO_H
-#define TESSARIN_DOCUMENTS_FILE_IO_H
+#ifndef TESSARIN_FILES_FILE_IO_H
+#define TESSARIN_FILES_FILE_IO_H
 
 #include "tessarin/documents.h"
 

@@ -1,9 +1,9 @@
 // An object is made before its file is opened: a file that is opened for writing is truncated by that, which must not
 // happen for a caller who then gets no object. Release alone closes the stream; the destructor has nothing to do.
 
-#include "documents/file_objects.h"
+#include "files/file_objects.h"
 
-#include "documents/stream.h"
+#include "files/stream.h"
 #include "platform/host_file.h"
 
 #include <new>

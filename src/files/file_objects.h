@@ -4,8 +4,8 @@
 /// functions of its own under. The classes aren't called Read and Write after their interfaces, since a class can't
 /// have an operation of its own name.
 
-#ifndef TESSARIN_DOCUMENTS_FILE_OBJECTS_H
-#define TESSARIN_DOCUMENTS_FILE_OBJECTS_H
+#ifndef TESSARIN_FILES_FILE_OBJECTS_H
+#define TESSARIN_FILES_FILE_OBJECTS_H
 
 #include "tessarin/documents.h"
 

@@ -1,7 +1,7 @@
 /// What the file objects and the file service do alike on a stream of the runtime library.
 
-#ifndef TESSARIN_DOCUMENTS_STREAM_H
-#define TESSARIN_DOCUMENTS_STREAM_H
+#ifndef TESSARIN_FILES_STREAM_H
+#define TESSARIN_FILES_STREAM_H
 
 #include "platform/host_file.h"
 

@@ -1,9 +1,9 @@
 // The size is asked for once, and the file must give exactly that many bytes: one that shrinks meanwhile fails, and of
 // one that grows the first bytes are taken.
 
-#include "documents/whole_file.h"
+#include "files/whole_file.h"
 
-#include "documents/file_objects.h"
+#include "files/file_objects.h"
 
 #include <cstdlib>
 #include <cstring>

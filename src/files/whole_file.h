@@ -1,7 +1,7 @@
 /// A file read whole, for the loaders that edit its text in place.
 
-#ifndef TESSARIN_DOCUMENTS_WHOLE_FILE_H
-#define TESSARIN_DOCUMENTS_WHOLE_FILE_H
+#ifndef TESSARIN_FILES_WHOLE_FILE_H
+#define TESSARIN_FILES_WHOLE_FILE_H
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "core/block_pool.h"
+#include "memory/block_pool.h"
 
 #include <mutex>
 

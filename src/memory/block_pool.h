@@ -1,10 +1,10 @@
 /// The allocator behind tables, entries, matrices and listener lists: blocks of one fixed size from chunks that are
 /// never given back before the end. Safe from any thread.
 
-#ifndef TESSARIN_CORE_BLOCK_POOL_H
-#define TESSARIN_CORE_BLOCK_POOL_H
+#ifndef TESSARIN_MEMORY_BLOCK_POOL_H
+#define TESSARIN_MEMORY_BLOCK_POOL_H
 
-#include "core/raw_vector.h"
+#include "memory/raw_vector.h"
 #include "platform/critical_section.h"
 
 #include <cstdint>

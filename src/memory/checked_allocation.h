@@ -1,7 +1,7 @@
 /// Memory for counted elements, with the product checked.
 
-#ifndef TESSARIN_CORE_HEAP_ARRAY_H
-#define TESSARIN_CORE_HEAP_ARRAY_H
+#ifndef TESSARIN_MEMORY_CHECKED_ALLOCATION_H
+#define TESSARIN_MEMORY_CHECKED_ALLOCATION_H
 
 #include <cstddef>
 #include <cstdint>

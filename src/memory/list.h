@@ -1,9 +1,9 @@
 /// A growable list of small values, on the heap: the queues and stacks of the walks, none of which recurses.
 
-#ifndef TESSARIN_CORE_LIST_H
-#define TESSARIN_CORE_LIST_H
+#ifndef TESSARIN_MEMORY_LIST_H
+#define TESSARIN_MEMORY_LIST_H
 
-#include "core/raw_vector.h"
+#include "memory/raw_vector.h"
 
 #include <cstdint>
 #include <type_traits>

@@ -1,9 +1,9 @@
 /// Objects side by side in one block, as many as are needed: made once, never resized.
 
-#ifndef TESSARIN_CONFIGURE_OBJECT_ARRAY_H
-#define TESSARIN_CONFIGURE_OBJECT_ARRAY_H
+#ifndef TESSARIN_MEMORY_OBJECT_ARRAY_H
+#define TESSARIN_MEMORY_OBJECT_ARRAY_H
 
-#include "core/heap_array.h"
+#include "memory/checked_allocation.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 /// The way from a key to its entry in a table of more than 8.
 
-#ifndef TESSARIN_CORE_ENTRY_INDEX_H
-#define TESSARIN_CORE_ENTRY_INDEX_H
+#ifndef TESSARIN_MEMORY_POINTER_INDEX_H
+#define TESSARIN_MEMORY_POINTER_INDEX_H
 
-#include "core/pair.h"
+#include "tables/pair.h"
 
 #include <algorithm>
 #include <bit>

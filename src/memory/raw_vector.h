@@ -1,10 +1,10 @@
 /// A growable array of elements of one fixed size, raw bytes to it: the bookkeeping of the block pools and the items of
 /// a table's array part.
 
-#ifndef TESSARIN_CORE_RAW_VECTOR_H
-#define TESSARIN_CORE_RAW_VECTOR_H
+#ifndef TESSARIN_MEMORY_RAW_VECTOR_H
+#define TESSARIN_MEMORY_RAW_VECTOR_H
 
-#include "core/heap_array.h"
+#include "memory/checked_allocation.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -1,32 +1,16 @@
-/// All that the library keeps for the whole process.
+/// What lives as long as the library is loaded: the type of every process-wide object.
 
-#ifndef TESSARIN_CORE_LIBRARY_STATE_H
-#define TESSARIN_CORE_LIBRARY_STATE_H
-
-#include "core/block_pool.h"
-#include "core/pool_sets.h"
-#include "core/string_table.h"
-#include "core/table_registry.h"
+#ifndef TESSARIN_MEMORY_UNTIL_UNLOAD_H
+#define TESSARIN_MEMORY_UNTIL_UNLOAD_H
 
 #include <memory>
 
 namespace Tessarin {
 
-/// Built in the order of its members when the library is loaded, torn down in reverse when it is unloaded. No table is
-/// destroyed then: the memory of those that still live goes with the pools, and every cstr with the strings.
-struct LibraryState {
-    LibraryState();
-
-    StringTable strings;
-    ObjectPool tables;
-    KeyPools keys;
-    ObjectPool pairs;
-    ObjectPool matrices;
-    TableRegistry registry;
-};
-
 /// An object of static storage duration that ordinary destruction leaves alone. At the end of a process that would come
 /// too soon: a host that has loaded the library by hand may have objects of its own that are destroyed later.
+///
+/// Each layer declares its own; library_lifetime.cpp defines all of them, in the order in which they come up.
 template <class T>
 class UntilUnload {
 public:
@@ -44,10 +28,6 @@ private:
         T object_;
     };
 };
-
-// Listener pools come up first and go last.
-extern UntilUnload<ListenerPools> listener_pools;
-extern UntilUnload<LibraryState> library_state;
 
 } // namespace Tessarin
 

@@ -1,7 +1,7 @@
 // Event lists: what the ring leaves open is that an event has 8 bytes or more, and that the buffer comes with the
 // first.
 
-#include "auxiliary/event_list.h"
+#include "services/event_list.h"
 
 #include <cstdlib>
 

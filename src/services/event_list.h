@@ -1,7 +1,7 @@
 /// The list behind Tessarin::EventList: the virtual face of a ring. Threads: one at a time per list.
 
-#ifndef TESSARIN_AUXILIARY_EVENT_LIST_H
-#define TESSARIN_AUXILIARY_EVENT_LIST_H
+#ifndef TESSARIN_SERVICES_EVENT_LIST_H
+#define TESSARIN_SERVICES_EVENT_LIST_H
 
 #include "containers/record_ring.h"
 #include "tessarin/events.h"

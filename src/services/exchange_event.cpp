@@ -9,7 +9,7 @@
 // The lock naps after having spun in vain. Producers that spin alone stand still, all of them, for a whole turn of the
 // system's whenever the holder is put off its processor, as happens where there are more threads than processors.
 
-#include "auxiliary/exchange_event.h"
+#include "services/exchange_event.h"
 
 #include <mutex>
 #include <new>

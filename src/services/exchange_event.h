@@ -1,10 +1,10 @@
 /// The two lists behind Tessarin::IExchangeEvent, and the lock of the one that is being written.
 
-#ifndef TESSARIN_AUXILIARY_EXCHANGE_EVENT_H
-#define TESSARIN_AUXILIARY_EXCHANGE_EVENT_H
+#ifndef TESSARIN_SERVICES_EXCHANGE_EVENT_H
+#define TESSARIN_SERVICES_EXCHANGE_EVENT_H
 
-#include "auxiliary/event_list.h"
 #include "platform/critical_section.h"
+#include "services/event_list.h"
 #include "tessarin/events.h"
 
 #include <cstdint>

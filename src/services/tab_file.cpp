@@ -9,12 +9,12 @@
 // The counts don't decide where the text is cut, as a 0xFF counts as a line end but is none; each store is checked
 // against them.
 
-#include "auxiliary/tab_file.h"
+#include "services/tab_file.h"
 
-#include "core/library_state.h"
-#include "core/string_forms.h"
-#include "documents/file_io.h"
+#include "files/file_io.h"
 #include "platform/number_text.h"
+#include "strings/normal_forms.h"
+#include "strings/string_table.h"
 
 #include <algorithm>
 #include <bit>
@@ -161,7 +161,7 @@ bool TabFile::Open(const char* path, std::uint32_t flags) {
     Clear();
     if (IsEmpty(path) || file_io_ == nullptr) return false;
     flags_ = flags;
-    path_ = library_state->strings.InternPath(path);
+    path_ = string_table->InternPath(path);
     if (path_ == nullptr) return false;
     void* handle = file_io_->Open(path_, 0);
     if (handle == nullptr) return false;

@@ -1,7 +1,7 @@
 /// The object behind ITabFile.
 
-#ifndef TESSARIN_AUXILIARY_TAB_FILE_H
-#define TESSARIN_AUXILIARY_TAB_FILE_H
+#ifndef TESSARIN_SERVICES_TAB_FILE_H
+#define TESSARIN_SERVICES_TAB_FILE_H
 
 #include "tessarin/tab_files.h"
 

@@ -1,18 +1,18 @@
 /// Texts that are interned in groups, as a loader comes by them.
 
-#ifndef TESSARIN_CORE_TEXT_BATCH_H
-#define TESSARIN_CORE_TEXT_BATCH_H
+#ifndef TESSARIN_STRINGS_INTERN_BATCH_H
+#define TESSARIN_STRINGS_INTERN_BATCH_H
 
-#include "core/string_table.h"
+#include "strings/string_table.h"
 
 #include <cstdint>
 
 namespace Tessarin {
 
 /// The texts and the places that their cstrs go to must stay until they are interned.
-class TextBatch {
+class InternBatch {
 public:
-    explicit TextBatch(StringTable& strings) : strings_(strings) {}
+    explicit InternBatch(StringTable& strings) : strings_(strings) {}
 
     /// False if texts had to be interned to make room and couldn't be.
     [[nodiscard]] bool Add(const PendingText& text) {

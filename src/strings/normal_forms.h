@@ -1,7 +1,7 @@
 /// The two normal forms of a text beside the plain one.
 
-#ifndef TESSARIN_CORE_STRING_FORMS_H
-#define TESSARIN_CORE_STRING_FORMS_H
+#ifndef TESSARIN_STRINGS_NORMAL_FORMS_H
+#define TESSARIN_STRINGS_NORMAL_FORMS_H
 
 #include <cstddef>
 

@@ -1,9 +1,9 @@
 /// Texts taken eight bytes at a time: what interning does with every key of every lookup.
 
-#ifndef TESSARIN_CORE_TEXT_WORDS_H
-#define TESSARIN_CORE_TEXT_WORDS_H
+#ifndef TESSARIN_STRINGS_STRING_HASH_H
+#define TESSARIN_STRINGS_STRING_HASH_H
 
-#include "core/string_forms.h"
+#include "strings/normal_forms.h"
 
 #include <bit>
 #include <cstddef>

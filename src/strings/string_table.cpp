@@ -8,9 +8,9 @@
 //
 // The forms (as it is, lower case) fold in hash, comparison and copy as they go; nothing needs a scratch buffer.
 
-#include "core/string_table.h"
+#include "strings/string_table.h"
 
-#include "core/text_words.h"
+#include "strings/string_hash.h"
 
 #include <cstdlib>
 #include <mutex>
@@ -82,8 +82,8 @@ bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
     Position positions[kMostPending];
     for (std::uint32_t i = 0; i < count; ++i) {
         const PendingText& text = texts[i];
-        positions[i] = text.lower_case ? PositionOf<InLowerCase>(text.text, text.length)
-                                       : PositionOf<AsItIs>(text.text, text.length);
+        positions[i] = text.form == TextForm::kLowerCase ? PositionOf<InLowerCase>(text.text, text.length)
+                                                         : PositionOf<AsItIs>(text.text, text.length);
         __builtin_prefetch(&buckets_[positions[i].bucket]);
     }
     for (std::uint32_t i = 0; i < count; ++i) {
@@ -95,9 +95,10 @@ bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
     for (std::uint32_t i = 0; i < count; ++i) {
         const PendingText& text = texts[i];
         if (text.length > kLongestText) return false;
-        *text.place = text.lower_case ? InternAt(Sought<InLowerCase>{text.text, text.length, positions[i]})
-                                      : InternAt(Sought<AsItIs>{text.text, text.length, positions[i]});
-        if (*text.place == nullptr) return false;
+        *text.result = text.form == TextForm::kLowerCase
+                           ? InternAt(Sought<InLowerCase>{text.text, text.length, positions[i]})
+                           : InternAt(Sought<AsItIs>{text.text, text.length, positions[i]});
+        if (*text.result == nullptr) return false;
     }
     return true;
 }

@@ -1,8 +1,9 @@
 /// The process-wide table of interned strings.
 
-#ifndef TESSARIN_CORE_STRING_TABLE_H
-#define TESSARIN_CORE_STRING_TABLE_H
+#ifndef TESSARIN_STRINGS_STRING_TABLE_H
+#define TESSARIN_STRINGS_STRING_TABLE_H
 
+#include "memory/until_unload.h"
 #include "platform/spin_lock.h"
 #include "tessarin/types.h"
 
@@ -20,12 +21,15 @@ inline std::uint32_t CstrLength(cstr text) {
     return length;
 }
 
+/// Which normal form of a text is interned.
+enum class TextForm { kAsIs, kLowerCase };
+
 /// A text that is interned together with others.
 struct PendingText {
     const char* text; // without a NUL among its bytes
     std::uint32_t length;
-    bool lower_case; // which form is interned
-    cstr* place;     // where its cstr goes
+    TextForm form;
+    cstr* result; // where its cstr goes
 };
 
 /// Safe from any thread. The texts live until the table is destroyed.
@@ -120,6 +124,9 @@ private:
     BlockChunk* chunks_ = nullptr;
     SpinLock lock_; // guards all that adds
 };
+
+/// The strings of the process.
+extern UntilUnload<StringTable> string_table;
 
 } // namespace Tessarin
 

@@ -1,9 +1,9 @@
 /// The array part of a table: a dense row of equal items of the host's making, raw bytes to the library.
 
-#ifndef TESSARIN_CORE_ARRAY_PART_H
-#define TESSARIN_CORE_ARRAY_PART_H
+#ifndef TESSARIN_TABLES_ARRAY_PART_H
+#define TESSARIN_TABLES_ARRAY_PART_H
 
-#include "core/raw_vector.h"
+#include "memory/raw_vector.h"
 
 #include <cstdint>
 #include <cstdlib>

@@ -5,9 +5,9 @@
 //     them. With 8 or fewer the order is as history left it, and the index, if the array has one, is stale.
 //  3. The array never shrinks: a table that falls back to 8 keeps its sorted order and goes on from it.
 
-#include "core/entry_store.h"
+#include "tables/entry_store.h"
 
-#include "core/library_state.h"
+#include "tables/table_pools.h"
 
 #include <algorithm>
 #include <functional>
@@ -21,7 +21,7 @@ bool KeyBelow(const Pair* left, const Pair* right) { return std::less<>()(left->
 } // namespace
 
 bool EntryStore::AcquireFirst() {
-    entries_ = library_state->keys.Acquire(KeyPools::kSmallestCapacity, capacity_);
+    entries_ = table_pools->keys.Acquire(KeyPools::kSmallestCapacity, capacity_);
     if (entries_ == nullptr) capacity_ = 0;
     return entries_ != nullptr;
 }
@@ -72,14 +72,14 @@ Pair* EntryStore::FindOrAppend(cstr key, bool& existed) {
     return pair;
 }
 
-void EntryStore::Settle() {
+void EntryStore::FinishBulkLoad() {
     if (Indexed() && !std::is_sorted(entries_, entries_ + count_, KeyBelow)) Sort();
 }
 
 /// An entry that is in no array yet, for which the array has room.
 Pair* EntryStore::NewPair(cstr key) {
     if (count_ == capacity_ && !Grow()) return nullptr;
-    void* block = library_state->pairs.Alloc();
+    void* block = table_pools->pairs.Alloc();
     return block == nullptr ? nullptr : new (block) Pair(key);
 }
 
@@ -128,10 +128,10 @@ bool EntryStore::Grow() {
         return true;
     }
     std::uint32_t new_capacity = 0;
-    Pair** grown = library_state->keys.Acquire(wanted, new_capacity);
+    Pair** grown = table_pools->keys.Acquire(wanted, new_capacity);
     if (grown == nullptr) return false;
     if (count_ != 0) std::copy_n(entries_, count_, grown);
-    library_state->keys.Release(entries_, capacity_);
+    table_pools->keys.Release(entries_, capacity_);
     entries_ = grown;
     capacity_ = new_capacity;
     if (Indexed()) Index().Rebuild(entries_, count_);
@@ -166,7 +166,7 @@ Pair* EntryStore::TakeAll(Pair* behind) {
 }
 
 void EntryStore::ReleaseArray() {
-    library_state->keys.Release(entries_, capacity_);
+    table_pools->keys.Release(entries_, capacity_);
     entries_ = nullptr;
     capacity_ = 0;
 }

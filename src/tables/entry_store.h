@@ -1,11 +1,11 @@
 /// The named entries of a table.
 
-#ifndef TESSARIN_CORE_ENTRY_STORE_H
-#define TESSARIN_CORE_ENTRY_STORE_H
+#ifndef TESSARIN_TABLES_ENTRY_STORE_H
+#define TESSARIN_TABLES_ENTRY_STORE_H
 
-#include "core/entry_index.h"
-#include "core/pair.h"
-#include "core/pool_sets.h"
+#include "memory/pointer_index.h"
+#include "tables/pair.h"
+#include "tables/table_pools.h"
 #include "tessarin/types.h"
 
 #include <cstdint>
@@ -33,11 +33,11 @@ public:
     Pair* FindOrAdd(cstr key, bool& existed);
 
     /// The same for a table in the filling: new entries go to the end even where the order asks for another place,
-    /// until Settle. In between only Find, FindOrAppend and Settle may be called.
+    /// until FinishBulkLoad. In between only Find, FindOrAppend and FinishBulkLoad may be called.
     Pair* FindOrAppend(cstr key, bool& existed);
 
     /// Puts a filled table into its order.
-    void Settle();
+    void FinishBulkLoad();
 
     /// Takes an entry out without ending it; null if there is none.
     Pair* Take(cstr key);

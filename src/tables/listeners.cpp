@@ -1,8 +1,8 @@
-#include "core/listeners.h"
+#include "tables/listeners.h"
 
-#include "core/heap_array.h"
-#include "core/library_state.h"
-#include "core/table.h"
+#include "memory/checked_allocation.h"
+#include "tables/table.h"
+#include "tables/table_pools.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 /// Who hears of a table's changes, and how they are told.
 
-#ifndef TESSARIN_CORE_LISTENERS_H
-#define TESSARIN_CORE_LISTENERS_H
+#ifndef TESSARIN_TABLES_LISTENERS_H
+#define TESSARIN_TABLES_LISTENERS_H
 
-#include "core/entry_store.h"
+#include "tables/entry_store.h"
 #include "tessarin/table_interface.h"
 
 #include <cstdint>

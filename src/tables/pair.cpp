@@ -1,9 +1,9 @@
-#include "core/pair.h"
+#include "tables/pair.h"
 
-#include "core/library_state.h"
-#include "core/listeners.h"
-#include "core/table.h"
-#include "core/table_lifecycle.h"
+#include "tables/listeners.h"
+#include "tables/table.h"
+#include "tables/table_factory.h"
+#include "tables/table_pools.h"
 
 namespace Tessarin {
 
@@ -16,7 +16,7 @@ std::uint32_t Pair::GetFloat4x4(Float4x4* out) {
 std::uint32_t Pair::SetFloat4x4(const Float4x4* matrix) {
     if (matrix == nullptr) return 0;
     if (kind == VALUE_EMPTY) {
-        void* block = library_state->matrices.Alloc();
+        void* block = table_pools->matrices.Alloc();
         if (block == nullptr) return 0;
         value.Put(block);
         kind = VALUE_FLOAT4X4;
@@ -37,12 +37,12 @@ Table* Pair::OwnedTable() const { return kind == VALUE_TABLE ? static_cast<Table
 
 void Pair::ReleaseBlocks() {
     if (listeners != nullptr) ReleaseListenerSet(listeners);
-    if (kind == VALUE_FLOAT4X4) library_state->matrices.Free(value.As<void*>());
+    if (kind == VALUE_FLOAT4X4) table_pools->matrices.Free(value.As<void*>());
 }
 
 void Pair::ReleaseOwned() {
     if (Table* child = OwnedTable()) DestroyRegistered(child);
-    if (kind == VALUE_FLOAT4X4) library_state->matrices.Free(value.As<void*>());
+    if (kind == VALUE_FLOAT4X4) table_pools->matrices.Free(value.As<void*>());
 }
 
 } // namespace Tessarin

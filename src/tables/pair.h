@@ -1,9 +1,9 @@
 /// An entry of a table, and what a host walks with.
 
-#ifndef TESSARIN_CORE_PAIR_H
-#define TESSARIN_CORE_PAIR_H
+#ifndef TESSARIN_TABLES_PAIR_H
+#define TESSARIN_TABLES_PAIR_H
 
-#include "core/value.h"
+#include "tables/value.h"
 #include "tessarin/table_interface.h"
 
 namespace Tessarin {

@@ -4,16 +4,16 @@
 //
 // SaveFile and SaveBuffer stand with the document form that they write.
 
-#include "core/table.h"
+#include "tables/table.h"
 
-#include "core/library_state.h"
-#include "core/table_lifecycle.h"
+#include "strings/string_table.h"
+#include "tables/table_factory.h"
 
 namespace Tessarin {
 namespace {
 
-cstr Interned(const char* text) { return library_state->strings.Intern(text); }
-cstr InternedPath(const char* path) { return library_state->strings.InternPath(path); }
+cstr Interned(const char* text) { return string_table->Intern(text); }
+cstr InternedPath(const char* path) { return string_table->InternPath(path); }
 
 /// The code before a change, from the code after it.
 constexpr std::uint32_t Before(std::uint32_t after) { return after + (EVENT_ADDING - EVENT_ADDED); }

@@ -1,11 +1,11 @@
 /// The one implementation of a table: the interface on top of the entries, the listeners and the array part.
 
-#ifndef TESSARIN_CORE_TABLE_H
-#define TESSARIN_CORE_TABLE_H
+#ifndef TESSARIN_TABLES_TABLE_H
+#define TESSARIN_TABLES_TABLE_H
 
-#include "core/array_part.h"
-#include "core/entry_store.h"
-#include "core/listeners.h"
+#include "tables/array_part.h"
+#include "tables/entry_store.h"
+#include "tables/listeners.h"
 #include "tessarin/table_interface.h"
 
 namespace Tessarin {

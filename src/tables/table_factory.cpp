@@ -2,10 +2,11 @@
 // instead of recursing, an entry with a child puts the child's entries into the chain that it is being ended from, by
 // the links that they have already.
 
-#include "core/table_lifecycle.h"
+#include "tables/table_factory.h"
 
-#include "core/library_state.h"
-#include "core/table.h"
+#include "tables/table.h"
+#include "tables/table_pools.h"
+#include "tables/table_registry.h"
 #include "tessarin/tables.h"
 
 #include <new>
@@ -20,14 +21,14 @@ constexpr std::uint32_t kChildTable = 2;
 /// Ends the table itself and hands its entries on.
 Pair* EndTable(Table* table, Pair* behind) {
     Pair* chain = table->Dismantle(behind);
-    library_state->tables.Free(table);
+    table_pools->tables.Free(table);
     return chain;
 }
 
 } // namespace
 
 Table* MakeTable() {
-    void* block = library_state->tables.Alloc();
+    void* block = table_pools->tables.Alloc();
     return block == nullptr ? nullptr : new (block) Table;
 }
 
@@ -40,14 +41,14 @@ Table* MakeTableWithRoom() {
 
 Table* MakeChild() {
     Table* child = MakeTableWithRoom();
-    if (child != nullptr) library_state->registry.Set(child, kChildTable);
+    if (child != nullptr) table_registry->Set(child, kChildTable);
     return child;
 }
 
 void DestroyTable(Table* table) { DestroyEntries(EndTable(table, nullptr)); }
 
 void DestroyRegistered(Table* table) {
-    library_state->registry.Erase(table);
+    table_registry->Erase(table);
     DestroyTable(table);
 }
 
@@ -56,18 +57,18 @@ void DestroyEntries(Pair* chain) {
         Pair* pair = chain;
         chain = pair->next;
         if (Table* child = pair->OwnedTable()) {
-            library_state->registry.Erase(child);
+            table_registry->Erase(child);
             chain = EndTable(child, chain);
         }
         pair->ReleaseBlocks();
-        library_state->pairs.Free(pair);
+        table_pools->pairs.Free(pair);
     }
 }
 
 Table* FinishRoot(Table* table, bool filled) {
     if (table == nullptr) return nullptr;
     if (filled) {
-        library_state->registry.Set(table, kRootTable);
+        table_registry->Set(table, kRootTable);
         return table;
     }
     DestroyTable(table);
@@ -83,4 +84,4 @@ std::uint32_t CloseTable(Tessarin::ITable* table) {
     return 1;
 }
 
-std::uint32_t ValidateTable(Tessarin::ITable* table) { return Tessarin::library_state->registry.Get(table); }
+std::uint32_t ValidateTable(Tessarin::ITable* table) { return Tessarin::table_registry->Get(table); }

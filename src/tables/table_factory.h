@@ -1,7 +1,7 @@
 /// How tables, and the entries with them, come and go.
 
-#ifndef TESSARIN_CORE_TABLE_LIFECYCLE_H
-#define TESSARIN_CORE_TABLE_LIFECYCLE_H
+#ifndef TESSARIN_TABLES_TABLE_FACTORY_H
+#define TESSARIN_TABLES_TABLE_FACTORY_H
 
 #include <cstdint>
 

@@ -1,7 +1,7 @@
 // Tables without virtual calls. Each function tests for a null table and forwards to the operation of its name, the
 // changing ones with the listeners told.
 
-#include "core/table.h"
+#include "tables/table.h"
 #include "tessarin/tables.h"
 
 namespace {

@@ -1,11 +1,17 @@
-#include "core/pool_sets.h"
+#include "tables/table_pools.h"
 
-#include "core/heap_array.h"
-#include "core/listeners.h"
+#include "memory/checked_allocation.h"
+#include "tables/listeners.h"
+#include "tables/table.h"
 
 #include <cstdlib>
 
 namespace Tessarin {
+
+// Blocks are as large as the objects that they hold; where pointers have 32 bits these are the sizes.
+static_assert(sizeof(void*) != 4 || (sizeof(Table) == 32 && sizeof(Pair) == 40 && sizeof(ListenerSet) == 36));
+
+TablePools::TablePools() : tables(sizeof(Table), 64), pairs(sizeof(Pair), 256), matrices(sizeof(Float4x4), 64) {}
 
 KeyPools::KeyPools() { // GCOVR_EXCL_LINE: the way out of an exception, which nothing throws
     constexpr std::uint32_t kBlocksPerChunk[kClasses] = {128, 32, 32, 8, 8};

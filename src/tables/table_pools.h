@@ -1,9 +1,10 @@
 /// The rows of block pools through which growing arrays move.
 
-#ifndef TESSARIN_CORE_POOL_SETS_H
-#define TESSARIN_CORE_POOL_SETS_H
+#ifndef TESSARIN_TABLES_TABLE_POOLS_H
+#define TESSARIN_TABLES_TABLE_POOLS_H
 
-#include "core/block_pool.h"
+#include "memory/block_pool.h"
+#include "memory/until_unload.h"
 
 #include <bit>
 #include <cstddef>
@@ -71,6 +72,19 @@ private:
 
     ObjectPool vectors_[kKinds][kClasses];
 };
+
+/// What tables and their entries are made of, one pool an object type.
+struct TablePools {
+    TablePools();
+
+    ObjectPool tables;
+    KeyPools keys;
+    ObjectPool pairs;
+    ObjectPool matrices;
+};
+
+extern UntilUnload<ListenerPools> listener_pools;
+extern UntilUnload<TablePools> table_pools;
 
 } // namespace Tessarin
 

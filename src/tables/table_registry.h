@@ -1,9 +1,10 @@
 /// Which addresses are live tables, and how they came to be. Nothing reaches a table through it.
 
-#ifndef TESSARIN_CORE_TABLE_REGISTRY_H
-#define TESSARIN_CORE_TABLE_REGISTRY_H
+#ifndef TESSARIN_TABLES_TABLE_REGISTRY_H
+#define TESSARIN_TABLES_TABLE_REGISTRY_H
 
 #include "containers/hash_map.h"
+#include "memory/until_unload.h"
 #include "platform/critical_section.h"
 
 #include <cstdint>
@@ -45,6 +46,8 @@ private:
     CriticalSection lock_;
     hm* map_;
 };
+
+extern UntilUnload<TableRegistry> table_registry;
 
 } // namespace Tessarin
 

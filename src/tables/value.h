@@ -1,7 +1,7 @@
 /// The value of an entry: 16 bytes whose meaning the entry's kind gives.
 
-#ifndef TESSARIN_CORE_VALUE_H
-#define TESSARIN_CORE_VALUE_H
+#ifndef TESSARIN_TABLES_VALUE_H
+#define TESSARIN_TABLES_VALUE_H
 
 #include <cstring>
 #include <type_traits>

@@ -3,12 +3,12 @@
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
 
-#include "configure/binary_format.h"
-#include "configure/binary_loader.h"
-#include "configure/binary_writer.h"
-#include "configure/text_read_loader.h"
-#include "configure/trie_builder.h"
-#include "core/library_state.h"
+#include "configure/binary/format.h"
+#include "configure/binary/loader.h"
+#include "configure/binary/trie.h"
+#include "configure/binary/writer.h"
+#include "configure/text/read_loader.h"
+#include "strings/string_table.h"
 
 #include <algorithm>
 #include <cstring>
@@ -247,7 +247,7 @@ TEST(BinaryForm, TrieBuilderAgreesWithATrie) {
             std::string key = start;
             for (auto length = random() % (round % 2 == 0 ? 4 : 30); length != 0; --length)
                 key += "ab\x7F\x80\xFF"[random() % 5];
-            ASSERT_TRUE(trie.Add(Tessarin::library_state->strings.Intern(key.c_str()), true));
+            ASSERT_TRUE(trie.Add(Tessarin::string_table->Intern(key.c_str()), true));
             Model* node = &root;
             for (char byte : key) node = &node->children[static_cast<unsigned char>(byte)];
             node->entry = entry;

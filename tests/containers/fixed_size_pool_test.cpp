@@ -1,6 +1,6 @@
 /// Object pools: the order in which blocks are dealt out, the count at the end, and memory that runs out.
 
-#include "containers/object_pool.h"
+#include "containers/fixed_size_pool.h"
 #include "tessarin/containers.h"
 #include "tests/support/failing_heap.h"
 

@@ -5,8 +5,8 @@
 #include "tests/support/table_text.h"
 #include "tests/support/temporary_folder.h"
 
-#include "core/table.h"
 #include "documents/json_raw_strings.h"
+#include "tables/table.h"
 #include "tessarin/documents.h"
 
 #include <chrono>

@@ -5,7 +5,7 @@
 #include "tests/support/table_text.h"
 #include "tests/support/temporary_folder.h"
 
-#include "core/table.h"
+#include "tables/table.h"
 #include "tessarin/documents.h"
 
 #include <string>

@@ -1,6 +1,6 @@
 #!/bin/sh
-# table_road over the samples loses nothing, and it isn't blind: a document that JSON can't carry is told from one that
-# it can.  check_table_road.sh PROGRAM SAMPLES FOLDER
+# table_tour over the samples loses nothing, and it isn't blind: a document that JSON can't carry is told from one that
+# it can.  check_table_tour.sh PROGRAM SAMPLES FOLDER
 set -eu
 program=$1
 samples=$2
@@ -10,7 +10,7 @@ mkdir -p "$folder"
 output=$folder/output.txt
 
 # Runs the program over a game document and compares its exit status.
-road() {
+tour() {
     expected=$1
     status=0
     "$program" "$2" "$samples/settings.json" "$folder" >"$output" 2>&1 || status=$?
@@ -22,7 +22,7 @@ says() {
     sed -E 's/ +/ /g; s/^ //' "$output" | grep -qxF -- "$1" || { cat "$output"; echo "missing: $1"; exit 1; }
 }
 
-road 0 "$samples/saltmarch.table"
+tour 0 "$samples/saltmarch.table"
 says "Nothing was lost."
 says "origin float3 [-2048, -64, -2048]"           # no blanks behind the commas
 says "build real 2024.3"                           # a comment behind the value
@@ -35,9 +35,9 @@ grep -q '"greeting":"Ahoj — γειά σου — 海へようこそ ⚓"' "$fol
 
 # A save doubles backslashes, and a load takes them as they are.
 printf 'path = data\\ships\n' >"$folder/backslash.table"
-road 1 "$folder/backslash.table"
+tour 1 "$folder/backslash.table"
 says 'path: was "data\ships", came back as "data\\ships"'
 says "Not all of it came back."
 
 printf 'key_alone\n' >"$folder/broken.table"
-road 2 "$folder/broken.table"
+tour 2 "$folder/broken.table"

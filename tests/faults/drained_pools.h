@@ -4,8 +4,8 @@
 #ifndef TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
 #define TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
 
-#include "tests/core/library_pools.h"
 #include "tests/support/failing_heap.h"
+#include "tests/support/library_pools.h"
 
 #include "tessarin/tables.h"
 
@@ -46,7 +46,7 @@ private:
 
     static std::vector<Pool> Pools() {
         std::vector<Pool> pools;
-        for (AnyPool& pool : AllPools(*Tessarin::library_state, *Tessarin::listener_pools)) {
+        for (AnyPool& pool : AllPools(*Tessarin::table_pools, *Tessarin::listener_pools)) {
             pools.push_back({std::move(pool)});
         }
         return pools;

@@ -2,7 +2,7 @@
 
 #include "tests/faults/heap_rows.h"
 
-#include "core/table.h"
+#include "tables/table.h"
 #include "tests/support/temporary_folder.h"
 
 #include <algorithm>

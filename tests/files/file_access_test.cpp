@@ -1,7 +1,7 @@
 #include "tessarin/documents.h"
 
-#include "documents/file_io.h"
-#include "documents/whole_file.h"
+#include "files/file_io.h"
+#include "files/whole_file.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/temporary_folder.h"
 

@@ -1,7 +1,7 @@
 // Files as Linux has them: names with a case, pipes, and files of the kernel's.
 
-#include "documents/file_io.h"
-#include "documents/whole_file.h"
+#include "files/file_io.h"
+#include "files/whole_file.h"
 #include "tests/support/temporary_folder.h"
 
 #include <cstring>

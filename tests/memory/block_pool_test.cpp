@@ -1,9 +1,11 @@
 // The block pools: which block comes next, when the heap is reached, what its refusal leaves, and the size classes.
 
-#include "core/block_pool.h"
-#include "core/library_state.h"
-#include "tests/core/library_pools.h"
+#include "memory/block_pool.h"
+#include "strings/string_table.h"
+#include "tables/table_pools.h"
+#include "tables/table_registry.h"
 #include "tests/support/failing_heap.h"
+#include "tests/support/library_pools.h"
 
 #include <gtest/gtest.h>
 
@@ -130,10 +132,10 @@ TEST(KeyPools, RoundsUpToItsClasses) {
     EXPECT_EQ(keys.Acquire(UINT32_MAX, capacity), nullptr);
 }
 
-TEST(LibraryState, HoldsOneChunkOfEveryPoolAndGivesAllBack) {
+TEST(TablePools, HoldOneChunkOfEveryPoolAndGiveAllBack) {
     FailingHeap heap;
     {
-        auto state = std::make_unique<LibraryState>();
+        auto state = std::make_unique<TablePools>();
         auto listeners = std::make_unique<ListenerPools>();
         for (const auto& pool : TestSupport::AllPools(*state, *listeners)) {
             std::size_t before = heap.Allocations();
@@ -151,22 +153,29 @@ TEST(LibraryState, HoldsOneChunkOfEveryPoolAndGivesAllBack) {
     EXPECT_EQ(heap.Outstanding(), 0);
 }
 
-TEST(LibraryState, ComesUpWithoutMemoryAndServesLater) {
-    alignas(LibraryState) static unsigned char room[sizeof(LibraryState)]; // what fails is to fail inside the state
+/// One of each object that lives until the library is unloaded.
+struct Library {
+    StringTable strings;
+    TablePools pools;
+    TableRegistry registry;
+};
+
+TEST(Library, ComesUpWithoutMemoryAndServesLater) {
+    alignas(Library) static unsigned char room[sizeof(Library)]; // what fails is to fail inside the library
     TestSupport::FailEachAllocation([](FailingHeap& heap) {
-        auto* state = new (room) LibraryState;
+        auto* library = new (room) Library;
         for (int n = 0; n < 6; ++n) { // one of each class, down to the heap
             std::uint32_t capacity = 0;
-            Pair** entries = state->keys.Acquire(4U << n, capacity);
+            Pair** entries = library->pools.keys.Acquire(4U << n, capacity);
             EXPECT_TRUE(entries != nullptr || heap.Failed());
-            state->keys.Release(entries, capacity);
-            EXPECT_TRUE(state->tables.Alloc() != nullptr || state->tables.Alloc() != nullptr);
-            EXPECT_TRUE(state->pairs.Alloc() != nullptr || state->pairs.Alloc() != nullptr);
+            library->pools.keys.Release(entries, capacity);
+            EXPECT_TRUE(library->pools.tables.Alloc() != nullptr || library->pools.tables.Alloc() != nullptr);
+            EXPECT_TRUE(library->pools.pairs.Alloc() != nullptr || library->pools.pairs.Alloc() != nullptr);
         }
-        state->strings.Intern("text"); // null for good if its buckets are what is missing
-        state->registry.Set(room, 1);
-        EXPECT_LE(state->registry.Get(room), 1U);
-        state->~LibraryState();
+        library->strings.Intern("text"); // null for good if its buckets are what is missing
+        library->registry.Set(room, 1);
+        EXPECT_LE(library->registry.Get(room), 1U);
+        library->~Library();
         EXPECT_EQ(heap.Outstanding(), 0);
     });
 }

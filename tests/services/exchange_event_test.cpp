@@ -1,6 +1,6 @@
 /// Exchange events and their lists: sizes, the two lists in turn, memory that runs out, producers on several threads.
 
-#include "auxiliary/event_list.h"
+#include "services/event_list.h"
 #include "tessarin/events.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/records.h"

@@ -1,7 +1,7 @@
 // Interned strings: what each form makes of a text, that equal texts are one address, and what memory and limits do.
 
-#include "core/string_table.h"
-#include "core/text_words.h"
+#include "strings/string_hash.h"
+#include "strings/string_table.h"
 #include "tessarin/interned_strings.h"
 #include "tests/support/failing_heap.h"
 

@@ -1,9 +1,9 @@
 /// Every block pool of the library, for tests that count blocks.
 
-#ifndef TESSARIN_TESTS_CORE_LIBRARY_POOLS_H
-#define TESSARIN_TESTS_CORE_LIBRARY_POOLS_H
+#ifndef TESSARIN_TESTS_SUPPORT_LIBRARY_POOLS_H
+#define TESSARIN_TESTS_SUPPORT_LIBRARY_POOLS_H
 
-#include "core/library_state.h"
+#include "tables/table_pools.h"
 
 #include <functional>
 #include <utility>
@@ -17,7 +17,7 @@ struct AnyPool {
     std::function<void*()> take;
 };
 
-inline std::vector<AnyPool> AllPools(Tessarin::LibraryState& state, Tessarin::ListenerPools& listeners) {
+inline std::vector<AnyPool> AllPools(Tessarin::TablePools& state, Tessarin::ListenerPools& listeners) {
     using Classes = std::pair<std::uint32_t, std::size_t>[]; // capacities and blocks per chunk
     std::vector<AnyPool> pools = {{"tables", 64, [&] { return state.tables.Alloc(); }},
                                   {"pairs", 256, [&] { return state.pairs.Alloc(); }},

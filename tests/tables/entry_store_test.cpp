@@ -1,8 +1,8 @@
 // The entry store against a model that follows the rules of order and growth literally.
 
-#include "core/entry_store.h"
-#include "core/library_state.h"
-#include "core/table_lifecycle.h"
+#include "strings/string_table.h"
+#include "tables/entry_store.h"
+#include "tables/table_factory.h"
 
 #include <gtest/gtest.h>
 
@@ -21,8 +21,7 @@ using namespace Tessarin;
 const std::vector<cstr>& Keys() {
     static const std::vector<cstr> keys = [] {
         std::vector<cstr> made;
-        for (int n = 0; n < 900; ++n)
-            made.push_back(library_state->strings.Intern(("key" + std::to_string(n)).c_str()));
+        for (int n = 0; n < 900; ++n) made.push_back(string_table->Intern(("key" + std::to_string(n)).c_str()));
         std::sort(made.begin(), made.end(), std::less<>());
         return made;
     }();
@@ -183,7 +182,7 @@ TEST_F(EntryStoreModel, AFillingEndsInTheSameOrder) {
             }
             model.Add(key);
         }
-        store.Settle();
+        store.FinishBulkLoad();
         Compare();
         if (size != 0) Rename(keys[0], Keys().back());
         Clear();
@@ -195,9 +194,9 @@ TEST_F(EntryStoreModel, NullIsNoKeyAndAnEmptyTextIsOne) {
     EXPECT_EQ(store.FindOrAdd(nullptr, existed), nullptr);
     EXPECT_EQ(store.Find(nullptr), nullptr);
     EXPECT_EQ(store.Capacity(), 0U) << "nothing is taken for it";
-    Add(library_state->strings.Intern(""));
+    Add(string_table->Intern(""));
     EXPECT_EQ(store.Capacity(), 4U);
-    EXPECT_FALSE(store.Rename(library_state->strings.Intern(""), nullptr));
+    EXPECT_FALSE(store.Rename(string_table->Intern(""), nullptr));
     EXPECT_FALSE(store.Rename(nullptr, Keys()[0]));
     EXPECT_EQ(store.Take(nullptr), nullptr);
     Compare();

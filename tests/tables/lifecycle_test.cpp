@@ -1,10 +1,10 @@
 // How tables come and go: the registry, deep trees, and what a refusal of memory leaves undone.
 
-#include "core/table.h"
-#include "core/table_lifecycle.h"
-#include "tests/core/recorder.h"
+#include "tables/table.h"
+#include "tables/table_factory.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
+#include "tests/tables/recorder.h"
 
 #include <gtest/gtest.h>
 

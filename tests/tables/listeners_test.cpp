@@ -1,8 +1,8 @@
 // Who is told of what, in which order, and what listeners may do to the table that tells them.
 
-#include "core/listeners.h"
-#include "core/table.h"
-#include "tests/core/recorder.h"
+#include "tables/listeners.h"
+#include "tables/table.h"
+#include "tests/tables/recorder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,7 +1,7 @@
 /// Tables that close themselves, and listeners that write down what they hear.
 
-#ifndef TESSARIN_TESTS_CORE_RECORDER_H
-#define TESSARIN_TESTS_CORE_RECORDER_H
+#ifndef TESSARIN_TESTS_TABLES_RECORDER_H
+#define TESSARIN_TESTS_TABLES_RECORDER_H
 
 #include "tessarin/tables.h"
 

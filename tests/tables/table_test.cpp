@@ -1,8 +1,8 @@
 // The operations of a table: kinds, sameness, getters, the array part, the walk, and the flat functions over them.
 
-#include "core/table.h"
-#include "tests/core/recorder.h"
+#include "tables/table.h"
 #include "tests/support/failing_heap.h"
+#include "tests/tables/recorder.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
 // What may happen on several threads at once. Meant to run under a thread sanitizer as well.
 
-#include "tests/core/recorder.h"
 #include "tests/support/at_once.h"
 #include "tests/support/table_text.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/tables/recorder.h"
 
 #include "tessarin/documents.h"
 

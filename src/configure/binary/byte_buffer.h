@@ -1,9 +1,9 @@
 /// Bytes that are made one behind the other, as many as a file may have.
 
-#ifndef TESSARIN_CONFIGURE_BYTE_BUFFER_H
-#define TESSARIN_CONFIGURE_BYTE_BUFFER_H
+#ifndef TESSARIN_CONFIGURE_BINARY_BYTE_BUFFER_H
+#define TESSARIN_CONFIGURE_BINARY_BYTE_BUFFER_H
 
-#include "configure/binary_format.h"
+#include "configure/binary/format.h"
 
 #include <cstddef>
 #include <cstdint>

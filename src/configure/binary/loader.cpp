@@ -11,11 +11,11 @@
 //     array but the root has one parent that comes before it: the result is a tree, however deep.
 //  6. All that was announced must have turned up at the end.
 
-#include "configure/binary_loader.h"
+#include "configure/binary/loader.h"
 
-#include "configure/default_tables.h"
-#include "configure/string_pool.h"
-#include "core/string_table.h"
+#include "configure/binary/string_pool.h"
+#include "configure/tree/default_tables.h"
+#include "strings/string_table.h"
 
 #include <algorithm>
 

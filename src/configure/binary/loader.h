@@ -3,7 +3,7 @@
 #ifndef TESSARIN_CONFIGURE_BINARY_LOADER_H
 #define TESSARIN_CONFIGURE_BINARY_LOADER_H
 
-#include "configure/binary_accessors.h"
+#include "configure/tree/binary_read_tree.h"
 
 #include <cstdint>
 

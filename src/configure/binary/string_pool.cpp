@@ -4,10 +4,10 @@
 // Writing. An index from addresses to offsets. Addresses of interned texts rise by few bytes from one to the next; the
 // multiplication spreads them over the index, whose slots a text takes from its own place on.
 
-#include "configure/string_pool.h"
+#include "configure/binary/string_pool.h"
 
-#include "core/library_state.h"
-#include "core/text_batch.h"
+#include "strings/intern_batch.h"
+#include "strings/string_table.h"
 
 #include <cstdlib>
 #include <cstring>
@@ -32,11 +32,13 @@ std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::u
 bool StringPool::Read(const unsigned char* bytes, std::uint32_t size) {
     size_ = size;
     if (!stretches_.Make(size / kStretch + 1) || !FindStarts(bytes)) return false;
-    Tessarin::TextBatch batch(Tessarin::library_state->strings);
+    Tessarin::InternBatch batch(*Tessarin::string_table);
     std::uint32_t start = 0;
     for (cstr& text : texts_) {
         const std::uint32_t next = NextStart(bytes, start, size);
-        if (!batch.Add({reinterpret_cast<const char*>(bytes + start), next - start - 1, false, &text})) return false;
+        if (!batch.Add(
+                {reinterpret_cast<const char*>(bytes + start), next - start - 1, Tessarin::TextForm::kAsIs, &text}))
+            return false;
         start = next;
     }
     return batch.InternAll();
@@ -59,7 +61,7 @@ bool StringPool::FindStarts(const unsigned char* bytes) {
 
 /// The index has room before it is searched: the slot found free is then the text's own.
 std::uint32_t PoolBuilder::OffsetOf(cstr text) {
-    if (text == nullptr) text = Tessarin::library_state->strings.Intern("");
+    if (text == nullptr) text = Tessarin::string_table->Intern("");
     if (text == nullptr) return kNoOffset;
     if (slot_bits_ == 0 || count_ >> (slot_bits_ - 1) != 0) {
         if (!Grow()) return kNoOffset;

@@ -1,10 +1,10 @@
 /// The pool of texts in a binary form, from both sides.
 
-#ifndef TESSARIN_CONFIGURE_STRING_POOL_H
-#define TESSARIN_CONFIGURE_STRING_POOL_H
+#ifndef TESSARIN_CONFIGURE_BINARY_STRING_POOL_H
+#define TESSARIN_CONFIGURE_BINARY_STRING_POOL_H
 
-#include "configure/byte_buffer.h"
-#include "configure/object_array.h"
+#include "configure/binary/byte_buffer.h"
+#include "memory/object_array.h"
 #include "tessarin/types.h"
 
 #include <bit>

@@ -6,10 +6,10 @@
 // is seen on the way: `shared` says it, and then ranges are parted without a look at the texts. Cost: the bytes of all
 // keys, and for n keys n log n comparisons of numbers for each eight bytes that they have in common.
 
-#include "configure/trie_builder.h"
+#include "configure/binary/trie.h"
 
-#include "configure/binary_format.h"
-#include "core/string_table.h"
+#include "configure/binary/format.h"
+#include "strings/string_table.h"
 
 #include <algorithm>
 #include <bit>

@@ -1,9 +1,9 @@
 /// The trie of one table's keys, as the binary form stores it.
 
-#ifndef TESSARIN_CONFIGURE_TRIE_BUILDER_H
-#define TESSARIN_CONFIGURE_TRIE_BUILDER_H
+#ifndef TESSARIN_CONFIGURE_BINARY_TRIE_H
+#define TESSARIN_CONFIGURE_BINARY_TRIE_H
 
-#include "core/list.h"
+#include "memory/list.h"
 #include "tessarin/types.h"
 
 #include <cstdint>

@@ -4,13 +4,13 @@
 //
 // The tree is seen through its interfaces alone, and only forwards: an edited array may be slow to find a position in.
 
-#include "configure/binary_writer.h"
+#include "configure/binary/writer.h"
 
-#include "configure/binary_format.h"
-#include "configure/byte_buffer.h"
-#include "configure/string_pool.h"
-#include "configure/trie_builder.h"
-#include "core/list.h"
+#include "configure/binary/byte_buffer.h"
+#include "configure/binary/format.h"
+#include "configure/binary/string_pool.h"
+#include "configure/binary/trie.h"
+#include "memory/list.h"
 
 namespace Configure {
 namespace {

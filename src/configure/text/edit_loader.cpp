@@ -1,10 +1,10 @@
 // One walk. Containers are made when their block is found, and the chains keep them in that order, which is the order
 // in which their bodies are walked: the next table to fill is the one behind the last that was filled.
 
-#include "configure/text_edit_loader.h"
+#include "configure/text/edit_loader.h"
 
-#include "configure/default_tables.h"
-#include "configure/text_scanner.h"
+#include "configure/text/parser.h"
+#include "configure/tree/default_tables.h"
 
 namespace Configure {
 namespace {

@@ -3,7 +3,7 @@
 #ifndef TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
 #define TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
 
-#include "configure/text_writers.h"
+#include "configure/tree/edit_tree.h"
 
 #include <cstdint>
 

@@ -10,9 +10,9 @@
 //
 // A NUL has no meaning for the scans, but ends the text that is interned.
 
-#include "configure/text_scanner.h"
+#include "configure/text/parser.h"
 
-#include "configure/key_spelling.h"
+#include "configure/tree/composite_key.h"
 
 #include <algorithm>
 #include <array>
@@ -109,7 +109,7 @@ public:
     [[nodiscard]] bool Intern(cstr* place) {
         if (!fits_) return false;
         text_[length_] = '\0';
-        Tessarin::StringTable& strings = Tessarin::library_state->strings;
+        Tessarin::StringTable& strings = *Tessarin::string_table;
         const bool is_path =
             std::memchr(text_, '\\', length_) != nullptr || std::memchr(text_, '/', length_) != nullptr;
         *place = is_path ? strings.InternPath(text_) : strings.InternLowerCase(text_);
@@ -317,7 +317,7 @@ bool TextScanner::IsPlainKey(Range key) const {
 }
 
 bool TextScanner::TakePlainKey(Range key, cstr* place) {
-    return texts_.Add({text_ + key.first, key.last - key.first, true, place});
+    return texts_.Add({text_ + key.first, key.last - key.first, Tessarin::TextForm::kLowerCase, place});
 }
 
 /// What stands in quotes, or the first line less white space and then commas at its end.
@@ -348,7 +348,7 @@ bool TextScanner::TakeText(Range range, cstr* place) {
     const void* nul = std::memchr(text, '\0', room);
     const std::uint32_t length =
         nul == nullptr ? room : static_cast<std::uint32_t>(static_cast<const char*>(nul) - text);
-    return texts_.Add({text, length, false, place});
+    return texts_.Add({text, length, Tessarin::TextForm::kAsIs, place});
 }
 
 } // namespace Configure

@@ -16,12 +16,12 @@
 ///
 /// The others answer whether to go on.
 
-#ifndef TESSARIN_CONFIGURE_TEXT_SCANNER_H
-#define TESSARIN_CONFIGURE_TEXT_SCANNER_H
+#ifndef TESSARIN_CONFIGURE_TEXT_PARSER_H
+#define TESSARIN_CONFIGURE_TEXT_PARSER_H
 
-#include "core/library_state.h"
-#include "core/list.h"
-#include "core/text_batch.h"
+#include "memory/list.h"
+#include "strings/intern_batch.h"
+#include "strings/string_table.h"
 #include "tessarin/types.h"
 
 #include <cstdint>
@@ -109,7 +109,7 @@ private:
     std::uint32_t size_ = 0;               // less the comments
     Tessarin::List<Stop> stops_;           // by ascending position
     Tessarin::List<std::uint32_t> blocks_; // of a walk: the blocks that it has met, as stops
-    Tessarin::TextBatch texts_{Tessarin::library_state->strings};
+    Tessarin::InternBatch texts_{*Tessarin::string_table};
 };
 
 template <class Receiver>

@@ -2,10 +2,10 @@
 // object when it is found, and is filled when its body is walked; both go in the order of the walk, so each is a
 // running index. A body is walked in one go, hence its Units are a run.
 
-#include "configure/text_read_loader.h"
+#include "configure/text/read_loader.h"
 
-#include "configure/default_tables.h"
-#include "configure/text_scanner.h"
+#include "configure/text/parser.h"
+#include "configure/tree/default_tables.h"
 
 namespace Configure {
 namespace {

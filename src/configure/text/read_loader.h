@@ -3,7 +3,7 @@
 #ifndef TESSARIN_CONFIGURE_TEXT_READ_LOADER_H
 #define TESSARIN_CONFIGURE_TEXT_READ_LOADER_H
 
-#include "configure/text_readers.h"
+#include "configure/tree/text_read_tree.h"
 
 #include <cstdint>
 

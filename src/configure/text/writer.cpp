@@ -5,10 +5,10 @@
 // A frame's `width` is where what it holds begins, before rounding up to a tab. Under a key that is 4 columns behind
 // the key; the opening brace is then at width - 1, and so is the closing one.
 
-#include "configure/text_writer.h"
+#include "configure/text/writer.h"
 
-#include "core/list.h"
-#include "core/string_table.h"
+#include "memory/list.h"
+#include "strings/string_table.h"
 
 #include <algorithm>
 #include <cstdint>

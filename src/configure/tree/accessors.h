@@ -10,13 +10,13 @@
 ///
 /// Whatever changes a tree is refused here, and overridden by the one family that can be changed.
 
-#ifndef TESSARIN_CONFIGURE_GETTER_CONTRACT_H
-#define TESSARIN_CONFIGURE_GETTER_CONTRACT_H
+#ifndef TESSARIN_CONFIGURE_TREE_ACCESSORS_H
+#define TESSARIN_CONFIGURE_TREE_ACCESSORS_H
 
-#include "configure/conversions.h"
-#include "configure/key_spelling.h"
-#include "core/library_state.h"
-#include "core/string_forms.h"
+#include "configure/tree/composite_key.h"
+#include "configure/tree/conversions.h"
+#include "strings/normal_forms.h"
+#include "strings/string_table.h"
 #include "tessarin/configure_interface.h"
 
 #include <cstdarg>
@@ -102,7 +102,7 @@ public:
     IIterator* Find(const char* key) final { return Own(TextKey(key)); }
     IIterator* Find(std::uint32_t key) final { return Own(Self::KeyOf(Tessarin::IntegerToText(key).text)); }
     IIterator* FindPath(const char* path) final {
-        return Own(Tessarin::IsEmpty(path) ? nullptr : Tessarin::library_state->strings.InternPath(path));
+        return Own(Tessarin::IsEmpty(path) ? nullptr : Tessarin::string_table->InternPath(path));
     }
 
     std::int32_t GetInteger(const char* key, std::int32_t fallback) final { return ReadInteger(Seek(key), fallback); }

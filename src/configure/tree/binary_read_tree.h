@@ -1,10 +1,10 @@
 /// The family of the binary form, which is only read. A lookup by text interns nothing, takes no lock and allocates
 /// nothing.
 
-#ifndef TESSARIN_CONFIGURE_BINARY_ACCESSORS_H
-#define TESSARIN_CONFIGURE_BINARY_ACCESSORS_H
+#ifndef TESSARIN_CONFIGURE_TREE_BINARY_READ_TREE_H
+#define TESSARIN_CONFIGURE_TREE_BINARY_READ_TREE_H
 
-#include "configure/unit_runs.h"
+#include "configure/tree/read_tree.h"
 
 #include <cstring>
 

@@ -1,6 +1,6 @@
-#include "configure/key_spelling.h"
+#include "configure/tree/composite_key.h"
 
-#include "core/library_state.h"
+#include "strings/string_table.h"
 
 #include <cstring>
 
@@ -20,7 +20,7 @@ CompositeKey::CompositeKey(const char* format, std::va_list arguments, bool keep
             piece = va_arg(arguments, const char*);
             break;
         case 'p':
-            piece = Tessarin::library_state->strings.InternPath(va_arg(arguments, const char*));
+            piece = Tessarin::string_table->InternPath(va_arg(arguments, const char*));
             break;
         default:
             break;

@@ -1,9 +1,8 @@
 /// Keys that aren't given as text, spelled on the caller's stack.
 
-#ifndef TESSARIN_CONFIGURE_KEY_SPELLING_H
-#define TESSARIN_CONFIGURE_KEY_SPELLING_H
+#ifndef TESSARIN_CONFIGURE_TREE_COMPOSITE_KEY_H
+#define TESSARIN_CONFIGURE_TREE_COMPOSITE_KEY_H
 
-#include "core/format_key.h"
 #include "platform/number_text.h"
 
 #include <cstdarg>
@@ -13,7 +12,7 @@
 namespace Configure {
 
 /// Room for a key with its terminator.
-inline constexpr std::size_t kKeyRoom = Tessarin::kFormatKeyRoom;
+inline constexpr std::size_t kKeyRoom = 1024;
 
 /// A composite key: a piece for each letter of the format, each with a `:` behind it.
 class CompositeKey {

@@ -1,8 +1,8 @@
-#include "configure/conversions.h"
+#include "configure/tree/conversions.h"
 
-#include "core/string_forms.h"
-#include "core/string_table.h"
 #include "platform/number_text.h"
+#include "strings/normal_forms.h"
+#include "strings/string_table.h"
 
 namespace Configure {
 namespace {

@@ -1,7 +1,7 @@
 /// What the text of a value reads as. A null text reads as the zero of each.
 
-#ifndef TESSARIN_CONFIGURE_CONVERSIONS_H
-#define TESSARIN_CONFIGURE_CONVERSIONS_H
+#ifndef TESSARIN_CONFIGURE_TREE_CONVERSIONS_H
+#define TESSARIN_CONFIGURE_TREE_CONVERSIONS_H
 
 #include "tessarin/interval.h"
 #include "tessarin/types.h"

@@ -1,9 +1,9 @@
 /// The wiring of `_default`, the last step of a load, one for all families.
 
-#ifndef TESSARIN_CONFIGURE_DEFAULT_TABLES_H
-#define TESSARIN_CONFIGURE_DEFAULT_TABLES_H
+#ifndef TESSARIN_CONFIGURE_TREE_DEFAULT_TABLES_H
+#define TESSARIN_CONFIGURE_TREE_DEFAULT_TABLES_H
 
-#include "core/library_state.h"
+#include "strings/string_table.h"
 #include "tessarin/configure_interface.h"
 
 namespace Configure {
@@ -43,7 +43,7 @@ private:
 
 /// Whether the lookups of the wiring can't fail any more, in families whose lookups intern the key: a table must not
 /// stay without its default for want of memory.
-[[nodiscard]] inline bool ReadyToWire() { return Tessarin::library_state->strings.Intern("_default") != nullptr; }
+[[nodiscard]] inline bool ReadyToWire() { return Tessarin::string_table->Intern("_default") != nullptr; }
 
 } // namespace Configure
 

@@ -1,13 +1,13 @@
-#include "configure/text_writers.h"
+#include "configure/tree/edit_tree.h"
 
-#include "core/string_forms.h"
+#include "strings/normal_forms.h"
 
 namespace Configure {
 namespace {
 
 using Tessarin::IsEmpty;
 
-cstr InternAsItIs(const char* text) { return Tessarin::library_state->strings.Intern(text); }
+cstr InternAsItIs(const char* text) { return Tessarin::string_table->Intern(text); }
 
 } // namespace
 

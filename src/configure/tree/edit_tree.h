@@ -1,9 +1,9 @@
 /// The family of an edited file: single objects on the heap, joined by flat arrays of pointers.
 
-#ifndef TESSARIN_CONFIGURE_TEXT_WRITERS_H
-#define TESSARIN_CONFIGURE_TEXT_WRITERS_H
+#ifndef TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
+#define TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
 
-#include "configure/getter_contract.h"
+#include "configure/tree/accessors.h"
 #include "containers/flat_array.h"
 
 #include <cstdint>
@@ -36,14 +36,12 @@ struct EditedUnit : UnitContract<Self> {
 
     bool SetInteger(std::int32_t number) final { return SetText(Tessarin::IntegerToText(number)); }
     bool SetFloat(float number) final { return SetText(Tessarin::RealToText(number)); }
-    bool SetString(const char* text) final {
-        return kind == KIND_STRING && Take(Tessarin::library_state->strings.Intern(text));
-    }
+    bool SetString(const char* text) final { return kind == KIND_STRING && Take(Tessarin::string_table->Intern(text)); }
 
 private:
     template <class NumberText>
     bool SetText(const NumberText& number) {
-        return kind == KIND_STRING && Take(Tessarin::library_state->strings.Intern(number.text, number.length));
+        return kind == KIND_STRING && Take(Tessarin::string_table->Intern(number.text, number.length));
     }
     bool Take(cstr text) {
         if (text != nullptr) static_cast<Self&>(*this).value.text = text;
@@ -110,7 +108,7 @@ public:
     TxtTableWriter(EditTree& its_tree, cstr its_name);
     ~TxtTableWriter() override;
 
-    static cstr KeyOf(const char* text) { return Tessarin::library_state->strings.InternLowerCase(text); }
+    static cstr KeyOf(const char* text) { return Tessarin::string_table->InternLowerCase(text); }
     [[nodiscard]] Unit* Search(cstr key) const;
 
     IIterator* AddString(const char* key, const char* value) final;

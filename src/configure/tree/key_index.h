@@ -1,10 +1,10 @@
 /// Finds a table's Units by the text of their keys: by open addressing over the hash of the text in lower case.
 
-#ifndef TESSARIN_CONFIGURE_KEY_INDEX_H
-#define TESSARIN_CONFIGURE_KEY_INDEX_H
+#ifndef TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
+#define TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
 
-#include "core/string_table.h"
-#include "core/text_words.h"
+#include "strings/string_hash.h"
+#include "strings/string_table.h"
 
 #include <bit>
 #include <cstddef>

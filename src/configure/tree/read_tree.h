@@ -1,11 +1,11 @@
 /// What the two families have in common that are only read: Units side by side in a block of the file's.
 
-#ifndef TESSARIN_CONFIGURE_UNIT_RUNS_H
-#define TESSARIN_CONFIGURE_UNIT_RUNS_H
+#ifndef TESSARIN_CONFIGURE_TREE_READ_TREE_H
+#define TESSARIN_CONFIGURE_TREE_READ_TREE_H
 
-#include "configure/getter_contract.h"
-#include "configure/key_index.h"
-#include "configure/object_array.h"
+#include "configure/tree/accessors.h"
+#include "configure/tree/key_index.h"
+#include "memory/object_array.h"
 
 #include <cstdint>
 

@@ -1,4 +1,4 @@
-#include "configure/text_readers.h"
+#include "configure/tree/text_read_tree.h"
 
 #include <algorithm>
 #include <cstring>
@@ -9,7 +9,7 @@ namespace Configure {
 TxtTableReader::Unit* TxtTableReader::Search(const char* key) const {
     const std::size_t length = std::strlen(key);
     Unit* unit = index.Find(units, key, length);
-    if (unit == nullptr) static_cast<void>(Tessarin::library_state->strings.InternLowerCase(key, length));
+    if (unit == nullptr) static_cast<void>(Tessarin::string_table->InternLowerCase(key, length));
     return unit;
 }
 

@@ -1,9 +1,9 @@
 /// The family of a text form that is only read.
 
-#ifndef TESSARIN_CONFIGURE_TEXT_READERS_H
-#define TESSARIN_CONFIGURE_TEXT_READERS_H
+#ifndef TESSARIN_CONFIGURE_TREE_TEXT_READ_TREE_H
+#define TESSARIN_CONFIGURE_TREE_TEXT_READ_TREE_H
 
-#include "configure/unit_runs.h"
+#include "configure/tree/read_tree.h"
 
 namespace Configure {
 
