@@ -1,48 +1,120 @@
-/// A growable list of small values, on the heap: the queues and stacks of the walks, none of which recurses.
+// The growable array of the library's inside: queues and stacks of the walks, none of which recurses, buffers that
+// files are built in, and the objects of a loaded tree.
+//
+// Invariants:
+//  1. The first `count_` of `capacity_` items are alive; the storage behind them is raw.
+//  2. No storage is allocated for an empty list until the first item, and Make allocates exactly what it makes.
+//  3. Items are moved as bytes when the list grows, so only trivially copyable ones may be added to a list. Objects of
+//     any other type come by Make and stay where they are until Release.
 
 #ifndef TESSARIN_MEMORY_LIST_H
 #define TESSARIN_MEMORY_LIST_H
 
-#include "memory/raw_vector.h"
+#include "memory/checked_allocation.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 #include <type_traits>
+#include <utility>
 
 namespace Tessarin {
 
 template <class T>
 class List {
 public:
-    static_assert(std::is_trivially_copyable_v<T>);
-
-    List() { items_.element_size = sizeof(T); }
-    ~List() { items_.Release(); }
+    List() = default;
+    ~List() { Release(); }
     List(const List&) = delete;
     List& operator=(const List&) = delete;
 
     /// False if memory runs out, the list unchanged.
     [[nodiscard]] bool Push(T item) {
-        if (items_.count == items_.capacity && !items_.GrowForOne()) [[unlikely]]
+        if (count_ == capacity_ && !Grow(1)) [[unlikely]]
             return false;
-        begin()[items_.count++] = item;
+        items_[count_++] = item;
+        return true;
+    }
+
+    /// Appends `count` items, uninitialised, for the caller to fill.
+    /// returns  the first of them, valid until the next growth; null if memory runs out, the list unchanged
+    /// REQUIRES: `count` isn't 0
+    [[nodiscard]] T* Extend(std::uint32_t count) {
+        if (count > capacity_ - count_ && !Grow(count)) [[unlikely]]
+            return nullptr;
+        T* added = items_ + count_;
+        count_ += count;
+        return added;
+    }
+
+    /// Makes `count` objects at once, in storage of exactly their size: fields as they initialise themselves, numbers 0.
+    /// False if memory runs out, the list then empty. REQUIRES: the list holds no storage
+    [[nodiscard]] bool Make(std::uint32_t count) {
+        if (count == 0) return true;
+        items_ = static_cast<T*>(AllocateArray(count, sizeof(T)));
+        if (items_ == nullptr) return false;
+        count_ = capacity_ = count;
+        std::uninitialized_value_construct_n(items_, count);
         return true;
     }
 
     /// REQUIRES: the list isn't empty
-    T Pop() { return begin()[--items_.count]; }
-    T& Top() { return begin()[items_.count - 1]; }
+    T Pop() { return items_[--count_]; }
+    T& Top() { return items_[count_ - 1]; }
 
-    /// Forgets the items, keeps the room.
-    void Clear() { items_.count = 0; }
+    /// Forgets the items, keeps the storage.
+    void Clear() {
+        static_assert(std::is_trivially_destructible_v<T>);
+        count_ = 0;
+    }
 
-    [[nodiscard]] std::uint32_t Count() const { return items_.count; }
-    [[nodiscard]] bool IsEmpty() const { return items_.count == 0; }
-    T& operator[](std::uint32_t index) { return begin()[index]; }
-    T* begin() { return static_cast<T*>(items_.data); }
-    T* end() { return begin() + items_.count; }
+    /// Destroys the items and frees the storage.
+    void Release() {
+        std::destroy_n(items_, count_);
+        std::free(items_);
+        items_ = nullptr;
+        count_ = capacity_ = 0;
+    }
+
+    void Swap(List& other) {
+        std::swap(items_, other.items_);
+        std::swap(count_, other.count_);
+        std::swap(capacity_, other.capacity_);
+    }
+
+    [[nodiscard]] std::uint32_t Count() const { return count_; }
+    [[nodiscard]] bool IsEmpty() const { return count_ == 0; }
+    T& operator[](std::uint32_t index) { return items_[index]; }
+    const T& operator[](std::uint32_t index) const { return items_[index]; }
+    T* begin() { return items_; } // null while there is no storage
+    T* end() { return items_ + count_; }
+    [[nodiscard]] const T* begin() const { return items_; }
+    [[nodiscard]] const T* end() const { return items_ + count_; }
 
 private:
-    RawVector items_;
+    // A cache line of small items; a few of large ones.
+    static constexpr std::uint32_t kFirstCapacity = std::max<std::uint32_t>(4, 64 / sizeof(T));
+    static constexpr std::uint32_t kLargestCapacity =
+        static_cast<std::uint32_t>(std::min<std::uint64_t>(UINT32_MAX, std::uint64_t{PTRDIFF_MAX} / sizeof(T)));
+
+    /// Gives the list room for `count` items more, and for twice what it has if that is more.
+    [[nodiscard, gnu::noinline]] bool Grow(std::uint32_t count) {
+        static_assert(std::is_trivially_copyable_v<T>, "items are moved as bytes: Make is for all others");
+        if (count > kLargestCapacity - count_) return false;
+        const std::uint64_t doubled = std::max<std::uint64_t>(kFirstCapacity, std::uint64_t{capacity_} * 2);
+        const std::uint64_t wanted = std::clamp<std::uint64_t>(doubled, count_ + count, kLargestCapacity);
+        void* grown = std::realloc(items_, static_cast<std::size_t>(wanted) * sizeof(T));
+        if (grown == nullptr) return false;
+        items_ = static_cast<T*>(grown);
+        capacity_ = static_cast<std::uint32_t>(wanted);
+        return true;
+    }
+
+    T* items_ = nullptr; // from malloc
+    std::uint32_t count_ = 0;
+    std::uint32_t capacity_ = 0;
 };
 
 } // namespace Tessarin

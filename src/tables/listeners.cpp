@@ -1,12 +1,11 @@
 #include "tables/listeners.h"
 
-#include "memory/checked_allocation.h"
 #include "tables/table.h"
 #include "tables/table_pools.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
+#include <new>
 
 namespace Tessarin {
 
@@ -84,21 +83,6 @@ void ReleaseListenerSet(ListenerSet* set) {
     listener_pools->sets.Free(set);
 }
 
-PendingRecord* PendingQueue::Append(std::uint32_t remove, cstr key, const Delegate& delegate) {
-    if (count == capacity) {
-        if (capacity > UINT32_MAX / 2) return nullptr;
-        std::uint32_t grown_capacity = capacity == 0 ? 4 : capacity * 2;
-        auto* grown = static_cast<PendingRecord*>(AllocateArray(grown_capacity, sizeof(PendingRecord)));
-        if (grown == nullptr) return nullptr;
-        std::copy_n(data, count, grown);
-        std::free(data);
-        data = grown;
-        capacity = grown_capacity;
-    }
-    data[count] = {remove, key, delegate};
-    return &data[count++];
-}
-
 Delegate* ListenerHub::Add(EntryStore& entries, ListenerKind kind, cstr key) {
     if (!Dispatching()) return AddNow(entries, kind, key);
     PendingRecord* record = Queue(kind, 0, key, Delegate{});
@@ -114,8 +98,10 @@ void ListenerHub::Remove(EntryStore& entries, ListenerKind kind, cstr key, const
 }
 
 PendingRecord* ListenerHub::Queue(ListenerKind kind, std::uint32_t remove, cstr key, const Delegate& delegate) {
-    if (pending_ == nullptr) pending_ = static_cast<PendingSet*>(std::calloc(1, sizeof(PendingSet)));
-    return pending_ == nullptr ? nullptr : pending_->queues[kind].Append(remove, key, delegate);
+    if (pending_ == nullptr) pending_ = new (std::nothrow) PendingSet;
+    PendingRecord* record = pending_ == nullptr ? nullptr : pending_->queues[kind].Extend(1);
+    if (record != nullptr) *record = {remove, key, delegate};
+    return record;
 }
 
 /// Where the listener set of an entry, or of the table for a null key, hangs; null if there is no such entry.
@@ -213,16 +199,15 @@ void ListenerHub::ApplyPending(EntryStore& entries) {
     if (pending_ == nullptr) return;
     for (std::uint32_t i = 0; i < kListenerKinds; ++i) {
         auto kind = static_cast<ListenerKind>(i);
-        PendingQueue& queue = pending_->queues[kind];
-        for (std::uint32_t n = 0; n < queue.count; ++n) {
-            const PendingRecord& record = queue.data[n];
+        List<PendingRecord>& queue = pending_->queues[kind];
+        for (const PendingRecord& record : queue) {
             if (record.remove != 0) {
                 RemoveNow(entries, kind, record.key, record.delegate);
             } else if (Delegate* slot = AddNow(entries, kind, record.key)) {
                 *slot = record.delegate;
             }
         }
-        queue.count = 0;
+        queue.Clear();
     }
 }
 
@@ -231,11 +216,8 @@ void ListenerHub::Release() {
         each->entry = nullptr;
         each->table_ended = true;
     }
-    if (pending_ != nullptr) {
-        for (PendingQueue& queue : pending_->queues) std::free(queue.data);
-        std::free(pending_);
-        pending_ = nullptr;
-    }
+    delete pending_;
+    pending_ = nullptr;
     if (listeners_ != nullptr) ReleaseListenerSet(listeners_);
     listeners_ = nullptr;
 }

@@ -3,6 +3,7 @@
 #ifndef TESSARIN_TABLES_LISTENERS_H
 #define TESSARIN_TABLES_LISTENERS_H
 
+#include "memory/list.h"
 #include "tables/entry_store.h"
 #include "tessarin/table_interface.h"
 
@@ -44,17 +45,9 @@ struct PendingRecord {
     Delegate delegate;
 };
 
-struct PendingQueue {
-    std::uint32_t count;
-    std::uint32_t capacity; // doubles from 4
-    PendingRecord* data;
-
-    /// A new record at the end, or null if memory ran out.
-    PendingRecord* Append(std::uint32_t remove, cstr key, const Delegate& delegate);
-};
-
+/// Requests in their order, for each kind of listener. Lives on the general heap.
 struct PendingSet {
-    PendingQueue queues[kListenerKinds];
+    List<PendingRecord> queues[kListenerKinds];
 };
 
 /// What the listeners of an entry have left of it.

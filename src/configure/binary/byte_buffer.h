@@ -1,36 +1,27 @@
-/// Bytes that are made one behind the other, as many as a file may have.
+// The bytes of a file that is being made, as many as a file may have.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_BYTE_BUFFER_H
 #define TESSARIN_CONFIGURE_BINARY_BYTE_BUFFER_H
 
 #include "configure/binary/format.h"
+#include "memory/list.h"
 
-#include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-#include <cstring>
 
 namespace Configure {
 
-/// Invariant: size_ <= capacity_ <= kMostFileBytes
+/// Writes bytes and words behind one another. Invariant: Size() <= kMostFileBytes
 class ByteBuffer {
 public:
-    ByteBuffer() = default;
-    ~ByteBuffer() { std::free(bytes_); }
-    ByteBuffer(const ByteBuffer&) = delete;
-    ByteBuffer& operator=(const ByteBuffer&) = delete;
-
     /// Appends `count` bytes for the caller to fill, until the next Take. Null if memory runs out or the bytes would
-    /// pass kMostFileBytes, the buffer then unchanged.
+    /// pass kMostFileBytes, the buffer then unchanged. REQUIRES: `count` isn't 0
     [[nodiscard]] unsigned char* Take(std::uint32_t count) {
-        if (capacity_ - size_ < count && !Grow(count)) [[unlikely]]
+        if (count > kMostFileBytes - bytes_.Count()) [[unlikely]]
             return nullptr;
-        unsigned char* taken = bytes_ + size_;
-        size_ += count;
-        return taken;
+        return bytes_.Extend(count);
     }
 
-    // False as Take answers null.
+    // False where Take returns null.
     [[nodiscard]] bool PutByte(unsigned char byte) {
         unsigned char* taken = Take(1);
         if (taken == nullptr) return false;
@@ -46,30 +37,13 @@ public:
     }
 
     /// REQUIRES: a word has been put there
-    void PatchWord(std::uint32_t place, std::uint32_t word) { StoreWord(bytes_ + place, word); }
+    void PatchWord(std::uint32_t place, std::uint32_t word) { StoreWord(&bytes_[place], word); }
 
-    [[nodiscard]] std::uint32_t Size() const { return size_; }
-    [[nodiscard]] const unsigned char* Bytes() const { return bytes_; } // null while there are none
+    [[nodiscard]] std::uint32_t Size() const { return bytes_.Count(); }
+    [[nodiscard]] const unsigned char* Bytes() const { return bytes_.begin(); } // null while there are none
 
 private:
-    static constexpr std::uint32_t kFirstCapacity = 1024;
-
-    // Room for at least `count` bytes more: twice what there is, as long as that may be.
-    [[nodiscard, gnu::noinline]] bool Grow(std::uint32_t count) {
-        if (count > kMostFileBytes - size_) return false;
-        std::uint64_t wanted = capacity_ == 0 ? kFirstCapacity : std::uint64_t{capacity_} * 2;
-        if (wanted < std::uint64_t{size_} + count) wanted = std::uint64_t{size_} + count;
-        if (wanted > kMostFileBytes) wanted = kMostFileBytes;
-        void* grown = std::realloc(bytes_, static_cast<std::size_t>(wanted));
-        if (grown == nullptr) return false;
-        bytes_ = static_cast<unsigned char*>(grown);
-        capacity_ = static_cast<std::uint32_t>(wanted);
-        return true;
-    }
-
-    unsigned char* bytes_ = nullptr;
-    std::uint32_t size_ = 0;
-    std::uint32_t capacity_ = 0;
+    Tessarin::List<unsigned char> bytes_;
 };
 
 } // namespace Configure

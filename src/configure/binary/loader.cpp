@@ -109,8 +109,8 @@ private:
     std::uint32_t most_nodes_ = 0; // of one table
     std::uint32_t unit_count_ = 0; // of all tables: what the header says may be more
     StringPool strings_;
-    ObjectArray<Step> path_;          // of the table at hand
-    ObjectArray<Kind> kinds_;         // the containers in their order, as they are handed out
+    Tessarin::List<Step> path_;       // of the table at hand
+    Tessarin::List<Kind> kinds_;      // the containers in their order, as they are handed out
     std::uint32_t tables_handed_ = 1; // the root is
     std::uint32_t arrays_handed_ = 0;
     std::uint32_t elements_used_ = 0;

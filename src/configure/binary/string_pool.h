@@ -4,7 +4,7 @@
 #define TESSARIN_CONFIGURE_BINARY_STRING_POOL_H
 
 #include "configure/binary/byte_buffer.h"
-#include "memory/object_array.h"
+#include "memory/list.h"
 #include "tessarin/types.h"
 
 #include <bit>
@@ -41,8 +41,8 @@ private:
     bool FindStarts(const unsigned char* bytes);
 
     std::uint32_t size_ = 0;
-    ObjectArray<Stretch> stretches_;
-    ObjectArray<cstr> texts_;
+    Tessarin::List<Stretch> stretches_;
+    Tessarin::List<cstr> texts_;
 };
 
 /// A pool in the making: each text once, by its first use.

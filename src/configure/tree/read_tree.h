@@ -5,7 +5,7 @@
 
 #include "configure/tree/accessors.h"
 #include "configure/tree/key_index.h"
-#include "memory/object_array.h"
+#include "memory/list.h"
 
 #include <cstdint>
 
@@ -66,11 +66,11 @@ struct TableReader : UnitRun<Self, TableContract<Self>, TableUnit> {
 /// a run of the slots.
 template <class Table>
 struct ReadTree {
-    ObjectArray<Table> tables; // the root first
-    ObjectArray<ArrayReader> arrays;
-    ObjectArray<TableUnit> table_units;
-    ObjectArray<ArrayUnit> array_units;
-    ObjectArray<std::uint32_t> slots;
+    Tessarin::List<Table> tables; // the root first
+    Tessarin::List<ArrayReader> arrays;
+    Tessarin::List<TableUnit> table_units;
+    Tessarin::List<ArrayUnit> array_units;
+    Tessarin::List<std::uint32_t> slots;
 
     /// Makes the tables ready for lookups, once their Units are in their order. False if memory runs out.
     [[nodiscard]] bool IndexKeys() {
@@ -86,11 +86,11 @@ struct ReadTree {
     }
 
     void Clear() {
-        tables.Clear();
-        table_units.Clear();
-        arrays.Clear();
-        array_units.Clear();
-        slots.Clear();
+        tables.Release();
+        table_units.Release();
+        arrays.Release();
+        array_units.Release();
+        slots.Release();
     }
 };
 
