@@ -49,8 +49,8 @@ public:
         return added;
     }
 
-    /// Makes `count` objects at once, in storage of exactly their size: fields as they initialise themselves, numbers 0.
-    /// False if memory runs out, the list then empty. REQUIRES: the list holds no storage
+    /// Makes `count` objects at once, in storage of exactly their size: fields as they initialise themselves, numbers
+    /// 0. False if memory runs out, the list then empty. REQUIRES: the list holds no storage
     [[nodiscard]] bool Make(std::uint32_t count) {
         if (count == 0) return true;
         items_ = static_cast<T*>(AllocateArray(count, sizeof(T)));

@@ -1,9 +1,23 @@
-/// The way from a key to its entry in a table of more than 8.
+// The one index from addresses to what belongs to them: a table's entries by their interned keys, and texts to their
+// offsets in a file. Open addressing with linear probing, over slots that the owner provides.
+//
+//      home(key)              key A, B and C have the same home; D's was taken by C
+//          v
+//    +---+---+---+---+---+---+---+---+
+//    |   | A | B | C | D |   | E |   |      a probe goes right from its home, round the end,
+//    +---+---+---+---+---+---+---+---+      until it meets its key or a free slot
+//
+// Invariants:
+//  1. The number of slots is a power of two, and the owner keeps at least half of them free; so a probe ends, and soon.
+//  2. Between a key's home and its slot no slot is free. Erase closes the gap that it makes to keep it so.
+//
+// What a slot is and how it leads to its key is the owner's: `Access` says it, with
+//
+//    static bool IsFree(const Slot& slot);          // true for a value-initialised slot
+//    static const void* KeyOf(const Slot& slot);    // of a slot that isn't free
 
 #ifndef TESSARIN_MEMORY_POINTER_INDEX_H
 #define TESSARIN_MEMORY_POINTER_INDEX_H
-
-#include "tables/pair.h"
 
 #include <algorithm>
 #include <bit>
@@ -12,56 +26,58 @@
 
 namespace Tessarin {
 
-/// A view of a power of two of slots, open addressing with linear probing over the address of the key; null is a free
-/// slot. At most half the slots are ever taken, so a probe ends soon. Entries keep their address, so that the order of
-/// the table may change without a word to its index.
-class EntryIndex {
-public:
-    EntryIndex(Pair** slots, std::size_t count)
-        : slots_(slots), mask_(count - 1), shift_(static_cast<unsigned>(64 - std::countr_zero(count))) {}
+/// A number from an address, to be used from its highest bit down. Neighbouring addresses differ by few bytes: the
+/// multiplication carries their differences to the top.
+inline std::uint64_t HashOfPointer(const void* pointer) {
+    return std::uint64_t{reinterpret_cast<std::uintptr_t>(pointer)} * 0x9E3779B97F4A7C15U;
+}
 
-    [[nodiscard]] Pair* Find(cstr key) const {
-        for (std::size_t i = Home(key);; i = Next(i)) {
-            if (slots_[i] == nullptr || slots_[i]->key == key) return slots_[i];
-        }
+/// A view of the slots, cheap to make for one operation.
+template <class Slot, class Access>
+class PointerIndex {
+public:
+    /// REQUIRES: `slot_count` is a power of two above 1
+    PointerIndex(Slot* slots, std::size_t slot_count)
+        : slots_(slots), mask_(slot_count - 1), shift_(static_cast<unsigned>(64 - std::countr_zero(slot_count))) {}
+
+    /// The slot of a key, or the free one that it would take. REQUIRES: a slot is free
+    [[nodiscard]] Slot* Find(const void* key) const {
+        std::size_t i = Home(key);
+        while (!Access::IsFree(slots_[i]) && Access::KeyOf(slots_[i]) != key) i = Next(i);
+        return slots_ + i;
     }
 
     /// REQUIRES: the key isn't there yet
-    void Insert(Pair* pair) {
-        std::size_t i = Home(pair->key);
-        while (slots_[i] != nullptr) i = Next(i);
-        slots_[i] = pair;
+    void Insert(const Slot& slot) {
+        std::size_t i = Home(Access::KeyOf(slot));
+        while (!Access::IsFree(slots_[i])) i = Next(i);
+        slots_[i] = slot;
     }
 
-    /// Takes an entry out and closes the gap: what a probe would no longer reach moves back into it.
-    /// REQUIRES: the entry is there
-    void Erase(const Pair* pair) {
-        std::size_t gap = Home(pair->key);
-        while (slots_[gap] != pair) gap = Next(gap);
-        for (std::size_t i = Next(gap); slots_[i] != nullptr; i = Next(i)) {
-            std::size_t from_home = (i - Home(slots_[i]->key)) & mask_;
+    /// Frees the slot of a key and closes the gap: what a probe would no longer reach moves back into it.
+    /// REQUIRES: the key is there
+    void Erase(const void* key) {
+        auto gap = static_cast<std::size_t>(Find(key) - slots_);
+        for (std::size_t i = Next(gap); !Access::IsFree(slots_[i]); i = Next(i)) {
+            const std::size_t from_home = (i - Home(Access::KeyOf(slots_[i]))) & mask_;
             if (from_home >= ((i - gap) & mask_)) {
                 slots_[gap] = slots_[i];
                 gap = i;
             }
         }
-        slots_[gap] = nullptr;
+        slots_[gap] = Slot{};
     }
 
-    void Rebuild(Pair* const* entries, std::size_t count) {
-        std::fill_n(slots_, mask_ + 1, nullptr);
-        for (std::size_t i = 0; i < count; ++i) Insert(entries[i]);
-    }
+    void Clear() { std::fill_n(slots_, mask_ + 1, Slot{}); }
 
 private:
-    [[nodiscard]] std::size_t Home(cstr key) const {
-        std::uint64_t mixed = std::uint64_t{reinterpret_cast<std::uintptr_t>(key)} * 0x9E3779B97F4A7C15U;
-        return static_cast<std::size_t>(mixed >> shift_);
+    [[nodiscard]] std::size_t Home(const void* key) const {
+        return static_cast<std::size_t>(HashOfPointer(key) >> shift_);
     }
 
     [[nodiscard]] std::size_t Next(std::size_t i) const { return (i + 1) & mask_; }
 
-    Pair** slots_;
+    Slot* slots_;
     std::size_t mask_;
     unsigned shift_;
 };

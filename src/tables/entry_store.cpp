@@ -21,12 +21,12 @@ bool KeyBelow(const Pair* left, const Pair* right) { return std::less<>()(left->
 } // namespace
 
 bool EntryStore::AcquireFirst() {
-    entries_ = table_pools->keys.Acquire(KeyPools::kSmallestCapacity, capacity_);
+    entries_ = table_pools->keys.Acquire(EntryArray::kSmallestCapacity, capacity_);
     if (entries_ == nullptr) capacity_ = 0;
     return entries_ != nullptr;
 }
 
-Pair* EntryStore::Find(cstr key) const { return Indexed() ? Index().Find(key) : FindUnsorted(key); }
+Pair* EntryStore::Find(cstr key) const { return Indexed() ? *Index().Find(key) : FindUnsorted(key); }
 
 Pair* EntryStore::FindUnsorted(cstr key) const {
     for (std::uint32_t i = 0; i < count_; ++i) {
@@ -65,7 +65,7 @@ Pair* EntryStore::FindOrAppend(cstr key, bool& existed) {
     if (pair == nullptr) return nullptr;
     Append(pair);
     if (count_ == kLargestUnsorted + 1) {
-        Index().Rebuild(entries_, count_);
+        RebuildIndex();
     } else if (Indexed()) {
         Index().Insert(pair);
     }
@@ -98,7 +98,7 @@ void EntryStore::PutInPlace(Pair* pair) {
     if (count_ == kLargestUnsorted) { // the table crosses into the sorted state
         Append(pair);
         Sort();
-        Index().Rebuild(entries_, count_);
+        RebuildIndex();
         return;
     }
     std::uint32_t place = PlaceOf(pair->key);
@@ -120,11 +120,17 @@ void EntryStore::Relink() {
     if (count_ != 0) entries_[count_ - 1]->next = nullptr;
 }
 
-/// Capacities run 4, 8, 16, 32, 64, 128 and on in steps of 128.
+void EntryStore::RebuildIndex() {
+    EntryIndex index = Index();
+    index.Clear();
+    for (std::uint32_t i = 0; i < count_; ++i) index.Insert(entries_[i]);
+}
+
+/// The array moves only if its storage has no room for the next capacity.
 bool EntryStore::Grow() {
-    std::uint32_t wanted = capacity_ <= 128 ? capacity_ * 2 : capacity_ + 128;
-    if (capacity_ > KeyPools::kLargestClass && KeyPools::Room(wanted) == KeyPools::Room(capacity_)) {
-        capacity_ = wanted; // the storage has room for it already
+    const std::uint32_t wanted = EntryArray::NextCapacity(capacity_);
+    if (EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
+        capacity_ = wanted;
         return true;
     }
     std::uint32_t new_capacity = 0;
@@ -134,7 +140,7 @@ bool EntryStore::Grow() {
     table_pools->keys.Release(entries_, capacity_);
     entries_ = grown;
     capacity_ = new_capacity;
-    if (Indexed()) Index().Rebuild(entries_, count_);
+    if (Indexed()) RebuildIndex();
     return true;
 }
 
@@ -142,7 +148,7 @@ Pair* EntryStore::Take(cstr key) {
     Pair* pair = Find(key);
     if (pair == nullptr) return nullptr;
     std::uint32_t index = IndexOf(pair);
-    if (Indexed()) Index().Erase(pair);
+    if (Indexed()) Index().Erase(pair->key);
     std::copy(entries_ + index + 1, entries_ + count_, entries_ + index);
     --count_;
     if (index != 0) entries_[index - 1]->next = index < count_ ? entries_[index] : nullptr;

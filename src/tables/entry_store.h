@@ -3,9 +3,8 @@
 #ifndef TESSARIN_TABLES_ENTRY_STORE_H
 #define TESSARIN_TABLES_ENTRY_STORE_H
 
-#include "memory/pointer_index.h"
+#include "tables/entry_array.h"
 #include "tables/pair.h"
-#include "tables/table_pools.h"
 #include "tessarin/types.h"
 
 #include <cstdint>
@@ -18,7 +17,7 @@ namespace Tessarin {
 /// Keys are interned and unique. Failures are those of memory, answered by null or false, and change nothing.
 class EntryStore {
 public:
-    static constexpr std::uint32_t kLargestUnsorted = KeyPools::kLargestUnindexed;
+    static constexpr std::uint32_t kLargestUnsorted = EntryArray::kLargestUnindexed;
 
     [[nodiscard]] std::uint32_t Count() const { return count_; }
     [[nodiscard]] std::uint32_t Capacity() const { return capacity_; }
@@ -56,9 +55,8 @@ public:
 
 private:
     [[nodiscard]] bool Indexed() const { return count_ > kLargestUnsorted; }
-    [[nodiscard]] EntryIndex Index() const {
-        return {entries_ + KeyPools::Room(capacity_), KeyPools::IndexSlots(capacity_)};
-    }
+    [[nodiscard]] EntryIndex Index() const { return EntryArray::Index(entries_, capacity_); }
+    void RebuildIndex();
     [[nodiscard]] Pair* FindUnsorted(cstr key) const;
     [[nodiscard]] std::uint32_t PlaceOf(cstr key) const;
     [[nodiscard]] std::uint32_t IndexOf(const Pair* pair) const;

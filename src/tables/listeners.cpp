@@ -1,19 +1,12 @@
 #include "tables/listeners.h"
 
 #include "tables/table.h"
-#include "tables/table_pools.h"
 
-#include <algorithm>
-#include <cstring>
 #include <new>
 
 namespace Tessarin {
 
 namespace {
-
-bool Equal(const Delegate& left, const Delegate& right) {
-    return left.object == right.object && left.function == right.function;
-}
 
 /// Calls the delegates of a vector in turn, each through `call`, for as long as `there` says that the vector's owner
 /// is. Count and data are read anew at each step, as a listener may change them.
@@ -42,46 +35,6 @@ void TellOfKey(const ListenerSet& set, There there, Table& table, std::uint32_t 
 }
 
 } // namespace
-
-Delegate* DelegateVector::Append(ListenerKind kind) {
-    if (count == capacity && !Grow(kind)) return nullptr;
-    data[count] = Delegate{};
-    return &data[count++];
-}
-
-bool DelegateVector::Grow(ListenerKind kind) {
-    constexpr std::uint32_t kFirst = 4, kSecond = 16; // there is no class of 8
-    if (capacity > UINT32_MAX / 2) return false;
-    std::uint32_t grown_capacity = capacity == 0 ? kFirst : std::max(capacity * 2, kSecond);
-    auto* grown = static_cast<Delegate*>(listener_pools->Acquire(kind, grown_capacity));
-    if (grown == nullptr) return false;
-    std::copy_n(data, count, grown);
-    Release(kind);
-    data = grown;
-    capacity = grown_capacity;
-    return true;
-}
-
-void DelegateVector::Remove(const Delegate& delegate) {
-    for (std::uint32_t i = 0; i < count;) {
-        if (Equal(data[i], delegate)) {
-            data[i] = data[--count]; // and the same index is looked at again
-        } else {
-            ++i;
-        }
-    }
-}
-
-void DelegateVector::Release(ListenerKind kind) {
-    if (data != nullptr) listener_pools->Release(kind, data, capacity);
-}
-
-void ReleaseListenerSet(ListenerSet* set) {
-    for (std::uint32_t kind = 0; kind < kListenerKinds; ++kind) {
-        set->vectors[kind].Release(static_cast<ListenerKind>(kind));
-    }
-    listener_pools->sets.Free(set);
-}
 
 Delegate* ListenerHub::Add(EntryStore& entries, ListenerKind kind, cstr key) {
     if (!Dispatching()) return AddNow(entries, kind, key);
@@ -114,12 +67,8 @@ ListenerSet** ListenerHub::SetOf(EntryStore& entries, cstr key) {
 Delegate* ListenerHub::AddNow(EntryStore& entries, ListenerKind kind, cstr key) {
     ListenerSet** set = SetOf(entries, key);
     if (set == nullptr) return nullptr;
-    if (*set == nullptr) {
-        void* block = listener_pools->sets.Alloc();
-        if (block == nullptr) return nullptr;
-        *set = static_cast<ListenerSet*>(std::memset(block, 0, sizeof(ListenerSet)));
-    }
-    return (*set)->vectors[kind].Append(kind);
+    if (*set == nullptr) *set = ListenerSet::Create();
+    return *set == nullptr ? nullptr : (*set)->vectors[kind].Append(kind);
 }
 
 void ListenerHub::RemoveNow(EntryStore& entries, ListenerKind kind, cstr key, const Delegate& delegate) {
@@ -218,7 +167,7 @@ void ListenerHub::Release() {
     }
     delete pending_;
     pending_ = nullptr;
-    if (listeners_ != nullptr) ReleaseListenerSet(listeners_);
+    if (listeners_ != nullptr) ListenerSet::Destroy(listeners_);
     listeners_ = nullptr;
 }
 

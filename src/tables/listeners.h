@@ -5,6 +5,7 @@
 
 #include "memory/list.h"
 #include "tables/entry_store.h"
+#include "tables/listener_set.h"
 #include "tessarin/table_interface.h"
 
 #include <cstdint>
@@ -12,31 +13,6 @@
 namespace Tessarin {
 
 class Table;
-
-enum ListenerKind : std::uint32_t { kRecordListener, kArgumentListener, kArrayListener, kListenerKinds };
-
-/// Delegates of one kind. Storage: 4, 16, 32 or 64 from the kind's pools, above that from the heap, doubling.
-struct DelegateVector {
-    std::uint32_t count;
-    std::uint32_t capacity;
-    Delegate* data; // null until the first
-
-    /// An empty delegate at the end, or null if memory ran out.
-    Delegate* Append(ListenerKind kind);
-    /// Takes out every equal delegate; the last one fills the gap.
-    void Remove(const Delegate& delegate);
-    void Release(ListenerKind kind);
-
-private:
-    bool Grow(ListenerKind kind);
-};
-
-/// The listeners of a table, or of one entry (whose array vector is never used). Lives in a pool block.
-struct ListenerSet {
-    DelegateVector vectors[kListenerKinds];
-};
-
-void ReleaseListenerSet(ListenerSet* set);
 
 /// A request that came while listeners were being told.
 struct PendingRecord {

@@ -1,6 +1,6 @@
 #include "tables/pair.h"
 
-#include "tables/listeners.h"
+#include "tables/listener_set.h"
 #include "tables/table.h"
 #include "tables/table_factory.h"
 #include "tables/table_pools.h"
@@ -36,7 +36,7 @@ std::uint32_t Pair::StoreTable(ValueKind its_kind, ITable* table) {
 Table* Pair::OwnedTable() const { return kind == VALUE_TABLE ? static_cast<Table*>(value.As<ITable*>()) : nullptr; }
 
 void Pair::ReleaseBlocks() {
-    if (listeners != nullptr) ReleaseListenerSet(listeners);
+    if (listeners != nullptr) ListenerSet::Destroy(listeners);
     if (kind == VALUE_FLOAT4X4) table_pools->matrices.Free(value.As<void*>());
 }
 

@@ -145,10 +145,10 @@ TEST(TablePools, HoldOneChunkOfEveryPoolAndGiveAllBack) {
             EXPECT_GT(heap.Allocations(), before) << pool.name << ' ' << pool.per_chunk;
         }
         // One of the 13 listener pools never serves another: a block given back to one kind stays with it.
-        void* block = listeners->Acquire(0, 4);
-        listeners->Release(0, block, 4);
-        EXPECT_NE(listeners->Acquire(1, 4), block);
-        EXPECT_EQ(listeners->Acquire(0, 4), block);
+        void* block = listeners->delegates[0].Acquire(1);
+        listeners->delegates[0].Release(block, 1);
+        EXPECT_NE(listeners->delegates[1].Acquire(1), block);
+        EXPECT_EQ(listeners->delegates[0].Acquire(1), block);
     }
     EXPECT_EQ(heap.Outstanding(), 0);
 }

@@ -31,7 +31,9 @@ inline std::vector<AnyPool> AllPools(Tessarin::TablePools& state, Tessarin::List
     }
     for (std::size_t kind = 0; kind < 3; ++kind) {
         for (auto [capacity, per_chunk] : Classes{{4, 128}, {16, 32}, {32, 8}, {64, 8}}) {
-            auto take = [&listeners, kind, wanted = capacity] { return listeners.Acquire(kind, wanted); };
+            auto take = [&row = listeners.delegates[kind], bytes = capacity * sizeof(Delegate)] {
+                return row.Acquire(bytes);
+            };
             pools.push_back({"delegates", per_chunk, take});
         }
     }

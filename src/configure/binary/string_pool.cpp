@@ -1,23 +1,19 @@
 // Reading. A bitmap of the pool has the places at which a text starts, with the number of texts before each word of it:
 // so an offset leads to its text in constant time, and one that points elsewhere is told apart.
 //
-// Writing. An index from addresses to offsets. Addresses of interned texts rise by few bytes from one to the next; the
-// multiplication spreads them over the index, whose slots a text takes from its own place on.
+// Writing. An index leads from a text's address to its offset, for a text that is in the pool already.
 
 #include "configure/binary/string_pool.h"
 
 #include "strings/intern_batch.h"
 #include "strings/string_table.h"
 
-#include <cstdlib>
 #include <cstring>
 
 namespace Configure {
 namespace {
 
-constexpr std::uint32_t kFirstSlotBits = 6;
-constexpr std::uint32_t kMostSlotBits = 31;
-constexpr std::uint64_t kSpread = 0x9E3779B97F4A7C15;
+constexpr std::uint32_t kFirstSlots = 64;
 
 /// Behind the NUL of the text at `offset`; 0 if none follows.
 std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::uint32_t size) {
@@ -63,10 +59,8 @@ bool StringPool::FindStarts(const unsigned char* bytes) {
 std::uint32_t PoolBuilder::OffsetOf(cstr text) {
     if (text == nullptr) text = Tessarin::string_table->Intern("");
     if (text == nullptr) return kNoOffset;
-    if (slot_bits_ == 0 || count_ >> (slot_bits_ - 1) != 0) {
-        if (!Grow()) return kNoOffset;
-    }
-    Slot* slot = Find(text);
+    if (count_ >= slots_.Count() / 2 && !GrowIndex()) return kNoOffset;
+    Slot* slot = Index(slots_.begin(), slots_.Count()).Find(text);
     if (slot->text != nullptr) return slot->offset;
 
     const std::uint32_t offset = bytes_.Size();
@@ -79,29 +73,16 @@ std::uint32_t PoolBuilder::OffsetOf(cstr text) {
     return offset;
 }
 
-/// The slot of a text, or the free one that it would take.
-PoolBuilder::Slot* PoolBuilder::Find(cstr text) const {
-    const std::uint64_t spread = std::uint64_t{reinterpret_cast<std::uintptr_t>(text)} * kSpread;
-    const std::uint32_t mask = (std::uint32_t{1} << slot_bits_) - 1;
-    auto index = static_cast<std::uint32_t>(spread >> (64 - slot_bits_));
-    while (slots_[index].text != nullptr && slots_[index].text != text) index = (index + 1) & mask;
-    return &slots_[index];
-}
-
 /// Doubles the index, or makes the first one.
-bool PoolBuilder::Grow() {
-    const std::uint32_t bits = slot_bits_ == 0 ? kFirstSlotBits : slot_bits_ + 1;
-    if (bits > kMostSlotBits) return false;
-    auto* slots = static_cast<Slot*>(std::calloc(std::size_t{1} << bits, sizeof(Slot)));
-    if (slots == nullptr) return false;
-    Slot* old_slots = slots_;
-    const std::size_t old_count = slot_bits_ == 0 ? 0 : std::size_t{1} << slot_bits_;
-    slots_ = slots;
-    slot_bits_ = bits;
-    for (const Slot* slot = old_slots; slot != old_slots + old_count; ++slot) {
-        if (slot->text != nullptr) *Find(slot->text) = *slot;
+bool PoolBuilder::GrowIndex() {
+    if (slots_.Count() > UINT32_MAX / 2) return false;
+    Tessarin::List<Slot> grown;
+    if (!grown.Make(slots_.IsEmpty() ? kFirstSlots : slots_.Count() * 2)) return false;
+    Index index(grown.begin(), grown.Count());
+    for (const Slot& slot : slots_) {
+        if (slot.text != nullptr) index.Insert(slot);
     }
-    std::free(old_slots);
+    slots_.Swap(grown);
     return true;
 }
 

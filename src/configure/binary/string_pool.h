@@ -5,6 +5,7 @@
 
 #include "configure/binary/byte_buffer.h"
 #include "memory/list.h"
+#include "memory/pointer_index.h"
 #include "tessarin/types.h"
 
 #include <bit>
@@ -50,11 +51,6 @@ class PoolBuilder {
 public:
     static constexpr std::uint32_t kNoOffset = UINT32_MAX;
 
-    PoolBuilder() = default;
-    ~PoolBuilder() { std::free(slots_); }
-    PoolBuilder(const PoolBuilder&) = delete;
-    PoolBuilder& operator=(const PoolBuilder&) = delete;
-
     /// The offset of a text, added if need be. Equal texts have equal addresses, so only addresses are compared. A null
     /// text counts as an empty one. kNoOffset if memory runs out or the pool would be too large.
     /// REQUIRES: the text is interned
@@ -64,19 +60,21 @@ public:
     [[nodiscard]] const unsigned char* Bytes() const { return bytes_.Bytes(); }
 
 private:
-    // The index, by open addressing, at most half full; a null text is a free slot.
     struct Slot {
-        cstr text;
+        cstr text; // null in a free slot
         std::uint32_t offset;
     };
+    struct SlotAccess {
+        static bool IsFree(const Slot& slot) { return slot.text == nullptr; }
+        static const void* KeyOf(const Slot& slot) { return slot.text; }
+    };
+    using Index = Tessarin::PointerIndex<Slot, SlotAccess>;
 
-    [[nodiscard]] Slot* Find(cstr text) const;
-    bool Grow();
+    bool GrowIndex();
 
     ByteBuffer bytes_;
-    Slot* slots_ = nullptr;
-    std::uint32_t slot_bits_ = 0; // 2^slot_bits_ slots, none for 0
-    std::uint32_t count_ = 0;
+    Tessarin::List<Slot> slots_; // of the index: a power of two, none before the first text
+    std::uint32_t count_ = 0;    // texts
 };
 
 } // namespace Configure

@@ -1,0 +1,70 @@
+// A row of block pools with ascending block sizes, through which a growing array moves as it grows.
+//
+//    bytes wanted      0 .. a     a+1 .. b    b+1 .. c      more
+//                        |           |           |           |
+//                    +-------+   +-------+   +-------+   +--------+
+//                    | pool  |   | pool  |   | pool  |   | malloc |
+//                    | of a  |   | of b  |   | of c  |   |        |
+//                    +-------+   +-------+   +-------+   +--------+
+//
+// A block has no header: its size alone says where it came from, and the owner must remember it.
+
+#ifndef TESSARIN_MEMORY_SIZE_CLASS_POOLS_H
+#define TESSARIN_MEMORY_SIZE_CLASS_POOLS_H
+
+#include "memory/block_pool.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <iterator>
+
+namespace Tessarin {
+
+struct SizeClass {
+    std::uint32_t block_size; // bytes
+    std::uint32_t blocks_per_chunk;
+};
+
+/// kClasses  an array of SizeClass, ascending by block size
+/// Safe from any thread.
+template <const auto& kClasses>
+class SizeClassPools {
+public:
+    /// Each pool has its first chunk from the start, or tries again at its first block if memory ran out.
+    SizeClassPools() { // GCOVR_EXCL_LINE: the way out of an exception, which nothing throws
+        for (std::size_t i = 0; i < std::size(kClasses); ++i) {
+            pools_[i].Init(kClasses[i].block_size, kClasses[i].blocks_per_chunk);
+        }
+    }
+
+    /// A block of at least that many bytes, uninitialised; null if memory ran out or can't hold so many.
+    void* Acquire(std::uint64_t bytes) {
+        if (ObjectPool* pool = PoolFor(bytes)) return pool->Alloc();
+        return bytes > std::uint64_t{PTRDIFF_MAX} ? nullptr : std::malloc(static_cast<std::size_t>(bytes));
+    }
+
+    /// Takes a block back; null is ignored. REQUIRES: `bytes` is what it was acquired with
+    void Release(void* block, std::uint64_t bytes) {
+        if (ObjectPool* pool = PoolFor(bytes)) {
+            pool->Free(block);
+        } else {
+            std::free(block);
+        }
+    }
+
+private:
+    /// The pool of the smallest class that holds so many bytes; null if none does.
+    ObjectPool* PoolFor(std::uint64_t bytes) {
+        for (std::size_t i = 0; i < std::size(kClasses); ++i) {
+            if (bytes <= kClasses[i].block_size) return &pools_[i];
+        }
+        return nullptr;
+    }
+
+    ObjectPool pools_[std::size(kClasses)];
+};
+
+} // namespace Tessarin
+
+#endif

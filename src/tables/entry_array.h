@@ -1,0 +1,79 @@
+// The storage of a table's entries: pointers to them, and behind those the index that leads from a key to its entry.
+//
+//    capacity up to 8           capacity above 8
+//
+//    +---------+--------+       +---------+----------------+---------------------------------------+
+//    | entries | unused |       | entries |     unused     |  index: 2 * Room(capacity) slots      |
+//    +---------+--------+       +---------+----------------+---------------------------------------+
+//    0       count   capacity   0       count    Room(capacity)                      3 * Room(capacity)
+//
+// Up to 64 a capacity is a power of two, above that any number. The storage has room for the next power of two, so that
+// the index has at least twice as many slots as the array has entries, and a capacity that rises in steps of 128
+// seldom moves the array. All of that follows from the capacity alone, which the owner must remember.
+
+#ifndef TESSARIN_TABLES_ENTRY_ARRAY_H
+#define TESSARIN_TABLES_ENTRY_ARRAY_H
+
+#include "memory/pointer_index.h"
+#include "memory/size_class_pools.h"
+#include "tables/pair.h"
+
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+
+namespace Tessarin {
+
+/// How a slot of the index, which is a pointer to an entry, leads to its key. Entries keep their address, so the array
+/// may change its order without touching the index.
+struct EntrySlotAccess {
+    static bool IsFree(const Pair* pair) { return pair == nullptr; }
+    static const void* KeyOf(const Pair* pair) { return pair->key; }
+};
+
+using EntryIndex = PointerIndex<Pair*, EntrySlotAccess>;
+
+/// The layout of an entry array, from its capacity.
+struct EntryArray {
+    static constexpr std::uint32_t kSmallestCapacity = 4;
+    static constexpr std::uint32_t kLargestUnindexed = 8;
+    static constexpr std::uint32_t kLargestPooled = 64;
+    static constexpr std::uint32_t kLargestCapacity = UINT32_MAX / 64; // its bytes fit wherever pointers do
+
+    /// The capacity of an array for `wanted` entries; 0 is legal.
+    static constexpr std::uint32_t CapacityFor(std::uint32_t wanted) {
+        return wanted > kLargestPooled ? wanted : std::bit_ceil(std::max(wanted, kSmallestCapacity));
+    }
+
+    /// The capacity to grow to: 4, 8, 16, 32, 64, 128, 256, and on in steps of 128.
+    static constexpr std::uint32_t NextCapacity(std::uint32_t capacity) {
+        return CapacityFor(capacity <= 128 ? capacity * 2 : capacity + 128);
+    }
+
+    /// Entries that the storage has room for.
+    static constexpr std::size_t Room(std::uint32_t capacity) { return std::bit_ceil(std::size_t{capacity}); }
+
+    static constexpr std::size_t IndexSlots(std::uint32_t capacity) {
+        return capacity <= kLargestUnindexed ? 0 : 2 * Room(capacity);
+    }
+
+    static constexpr std::uint32_t Bytes(std::uint32_t capacity) {
+        return static_cast<std::uint32_t>((Room(capacity) + IndexSlots(capacity)) * sizeof(Pair*));
+    }
+
+    /// REQUIRES: the capacity has an index
+    static EntryIndex Index(Pair** entries, std::uint32_t capacity) {
+        return {entries + Room(capacity), IndexSlots(capacity)};
+    }
+};
+
+inline constexpr SizeClass kEntryArrayClasses[] = {{EntryArray::Bytes(4), 128},
+                                                   {EntryArray::Bytes(8), 32},
+                                                   {EntryArray::Bytes(16), 32},
+                                                   {EntryArray::Bytes(32), 8},
+                                                   {EntryArray::Bytes(64), 8}};
+
+} // namespace Tessarin
+
+#endif

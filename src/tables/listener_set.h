@@ -1,0 +1,54 @@
+// The storage of listeners: three vectors of delegates, one for each kind of listener, in a set that hangs on a table
+// or on an entry.
+//
+// A vector grows through the classes below and then by doubling; it never shrinks. A class of 8 doesn't exist. Each
+// kind has pools of its own.
+
+#ifndef TESSARIN_TABLES_LISTENER_SET_H
+#define TESSARIN_TABLES_LISTENER_SET_H
+
+#include "memory/size_class_pools.h"
+#include "tessarin/table_interface.h"
+
+#include <cstdint>
+
+namespace Tessarin {
+
+enum ListenerKind : std::uint32_t { kRecordListener, kArgumentListener, kArrayListener, kListenerKinds };
+
+inline constexpr SizeClass kDelegateClasses[] = {
+    {4 * sizeof(Delegate), 128}, {16 * sizeof(Delegate), 32}, {32 * sizeof(Delegate), 8}, {64 * sizeof(Delegate), 8}};
+
+/// Delegates of one kind.
+struct DelegateVector {
+    std::uint32_t count;
+    std::uint32_t capacity;
+    Delegate* data; // null until the first
+
+    /// An empty delegate at the end, or null if memory ran out.
+    Delegate* Append(ListenerKind kind);
+
+    /// Takes out every equal delegate; the last one fills the gap.
+    void Remove(const Delegate& delegate);
+
+    /// Gives the storage back. The vector isn't usable any more.
+    void Release(ListenerKind kind);
+
+private:
+    bool Grow(ListenerKind kind);
+};
+
+/// The listeners of a table, or of one entry, whose array vector is never used. Lives in a pool block.
+struct ListenerSet {
+    DelegateVector vectors[kListenerKinds];
+
+    /// An empty set; null if memory ran out.
+    static ListenerSet* Create();
+
+    /// Gives back the set with its vectors. Nobody is notified.
+    static void Destroy(ListenerSet* set);
+};
+
+} // namespace Tessarin
+
+#endif
