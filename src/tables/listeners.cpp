@@ -1,37 +1,43 @@
-#include "tables/listeners.h"
+// The three notifications are one pattern: begin, dispatch to the sets that concern them, and, unless a listener has
+// ended the table, end and carry out what is pending.
 
-#include "tables/table.h"
+#include "tables/listeners.h"
 
 #include <new>
 
 namespace Tessarin {
-
 namespace {
 
-/// Calls the delegates of a vector in turn, each through `call`, for as long as `there` says that the vector's owner
-/// is. Count and data are read anew at each step, as a listener may change them.
-template <class There, class Call>
-void Tell(const DelegateVector& vector, There there, Call call) {
-    for (std::uint32_t i = 0; there() && i < vector.count; ++i) {
-        Delegate delegate = vector.data[i];
-        if (delegate.function != nullptr) call(delegate);
+/// What a listener set hangs on.
+enum class Owner { kTable, kEntry };
+
+bool IsThere(const Notification& notification, Owner owner) {
+    return owner == Owner::kTable ? !notification.table_ended : notification.entry != nullptr;
+}
+
+void Call(const Delegate& delegate, ListenerKind kind, const Notification& notification) {
+    using RecordFunction = void (*)(void*, TableEvent*);
+    using ArgumentFunction = void (*)(void*, std::uint32_t, ITable*, cstr);
+    using ArrayFunction = void (*)(void*, std::uint32_t, ITable*, std::uint32_t);
+    ITable* const table = notification.table;
+    const std::uint32_t code = notification.code;
+    if (kind == kRecordListener) {
+        TableEvent event{code, table, notification.key};
+        reinterpret_cast<RecordFunction>(delegate.function)(delegate.object, &event);
+    } else if (kind == kArgumentListener) {
+        reinterpret_cast<ArgumentFunction>(delegate.function)(delegate.object, code, table, notification.key);
+    } else {
+        reinterpret_cast<ArrayFunction>(delegate.function)(delegate.object, code, table, notification.index);
     }
 }
 
-/// Record listeners first, then argument listeners.
-template <class There>
-void TellOfKey(const ListenerSet& set, There there, Table& table, std::uint32_t code,
-               const Notification& notification) {
-    using RecordFunction = void (*)(void*, TableEvent*);
-    using ArgumentFunction = void (*)(void*, std::uint32_t, ITable*, cstr);
-    Tell(set.vectors[kRecordListener], there, [&](const Delegate& delegate) {
-        TableEvent event{code, &table, notification.key};
-        reinterpret_cast<RecordFunction>(delegate.function)(delegate.object, &event);
-    });
-    if (!there()) return;
-    Tell(set.vectors[kArgumentListener], there, [&](const Delegate& delegate) {
-        reinterpret_cast<ArgumentFunction>(delegate.function)(delegate.object, code, &table, notification.key);
-    });
+/// Calls the listeners of one kind in turn, for as long as the owner of their set is there: without it there is no set
+/// to look at. Count and data are read anew at each step, as a listener may change them.
+void Dispatch(const ListenerSet& set, ListenerKind kind, Owner owner, const Notification& notification) {
+    for (std::uint32_t i = 0; IsThere(notification, owner) && i < set.vectors[kind].count; ++i) {
+        const Delegate delegate = set.vectors[kind].data[i];
+        if (delegate.function != nullptr) Call(delegate, kind, notification);
+    }
 }
 
 } // namespace
@@ -76,92 +82,93 @@ void ListenerHub::RemoveNow(EntryStore& entries, ListenerKind kind, cstr key, co
     if (set != nullptr && *set != nullptr) (*set)->vectors[kind].Remove(delegate);
 }
 
-void ListenerHub::Begin(Notification& notification) {
-    notification.outer = Innermost();
-    SetUnderWay(&notification, kDispatching);
+/// Not inlined: g++ would warn that a hub may keep the address of its caller's variable. Only one whose table has ended
+/// does, and that one is gone.
+[[gnu::noinline]] void ListenerHub::Begin(Notification& notification) {
+    notification.outer = innermost_;
+    innermost_ = &notification;
 }
 
-/// Carries out what was asked for meanwhile; false if the table is gone and its hub with it.
-bool ListenerHub::End(const Notification& notification, EntryStore& entries) {
-    if (notification.table_ended) return false;
-    SetUnderWay(notification.outer, kDispatching);
+/// REQUIRES: the table is there, and the hub with it
+void ListenerHub::End(const Notification& notification, EntryStore& entries) {
+    innermost_ = notification.outer;
+    if (innermost_ != nullptr) innermost_->dispatching = false;
     ApplyPending(entries);
+}
+
+bool ListenerHub::NotifyKey(ITable& table, EntryStore& entries, std::uint32_t code, cstr key) {
+    if (listeners_ == nullptr) return true;
+    const ListenerSet& set = *listeners_;
+    Notification notification{&table, code, key, 0, nullptr};
+    Begin(notification);
+    Dispatch(set, kRecordListener, Owner::kTable, notification);
+    Dispatch(set, kArgumentListener, Owner::kTable, notification);
+    if (notification.table_ended) return false;
+    End(notification, entries);
     return true;
 }
 
-bool ListenerHub::NotifyKey(Table& table, std::uint32_t code, cstr key) {
-    if (listeners_ == nullptr) return true;
-    Notification notification{nullptr, key};
+/// The sets are looked up as late as possible: a listener may give the table or the entry its first one.
+DispatchResult ListenerHub::DispatchEntry(ITable& table, EntryStore& entries, std::uint32_t code, Pair& pair) {
+    Notification notification{&table, code, pair.key, 0, &pair};
     Begin(notification);
-    TellOfKey(
-        *listeners_, [&] { return !notification.table_ended; }, table, code, notification);
-    return End(notification, table.Entries());
+    if (const ListenerSet* set = listeners_) {
+        Dispatch(*set, kRecordListener, Owner::kTable, notification);
+        Dispatch(*set, kArgumentListener, Owner::kTable, notification);
+    }
+    if (const ListenerSet* set = notification.entry == nullptr ? nullptr : pair.listeners) {
+        Dispatch(*set, kRecordListener, Owner::kEntry, notification);
+        Dispatch(*set, kArgumentListener, Owner::kEntry, notification);
+    }
+    if (notification.table_ended) return DispatchResult::kTableGone;
+    End(notification, entries);
+    return notification.entry == nullptr ? DispatchResult::kEntryGone : DispatchResult::kAllThere;
 }
 
-Told ListenerHub::TellOfEntry(Table& table, std::uint32_t code, Pair& pair) {
-    Notification notification{&pair, pair.key};
-    Begin(notification);
-    if (listeners_ != nullptr) {
-        TellOfKey(
-            *listeners_, [&] { return !notification.table_ended; }, table, code, notification);
-    }
-    if (notification.entry != nullptr && pair.listeners != nullptr) {
-        TellOfKey(
-            *pair.listeners, [&] { return notification.entry != nullptr; }, table, code, notification);
-    }
-    if (!End(notification, table.Entries())) return Told::kTableGone;
-    return notification.entry == nullptr ? Told::kEntryGone : Told::kAllThere;
-}
-
-bool ListenerHub::NotifyIndex(Table& table, std::uint32_t code, std::uint32_t index) {
-    using ArrayFunction = void (*)(void*, std::uint32_t, ITable*, std::uint32_t);
+bool ListenerHub::NotifyIndex(ITable& table, EntryStore& entries, std::uint32_t code, std::uint32_t index) {
     if (listeners_ == nullptr) return true;
-    Notification notification{nullptr, nullptr};
+    Notification notification{&table, code, nullptr, index, nullptr};
     Begin(notification);
-    Tell(
-        listeners_->vectors[kArrayListener], [&] { return !notification.table_ended; },
-        [&](const Delegate& delegate) {
-            reinterpret_cast<ArrayFunction>(delegate.function)(delegate.object, code, &table, index);
-        });
-    return End(notification, table.Entries());
+    Dispatch(*listeners_, kArrayListener, Owner::kTable, notification);
+    if (notification.table_ended) return false;
+    End(notification, entries);
+    return true;
 }
 
 void ListenerHub::EntryEnded(const Pair& pair) {
-    for (Notification* each = Innermost(); each != nullptr; each = each->outer) {
+    for (Notification* each = innermost_; each != nullptr; each = each->outer) {
         if (each->entry == &pair) each->entry = nullptr;
     }
 }
 
 void ListenerHub::EntryRenamed(const Pair& pair) {
-    for (Notification* each = Innermost(); each != nullptr; each = each->outer) {
+    for (Notification* each = innermost_; each != nullptr; each = each->outer) {
         if (each->entry == &pair) each->key = pair.key;
     }
 }
 
 void ListenerHub::AllEntriesEnded() {
-    for (Notification* each = Innermost(); each != nullptr; each = each->outer) each->entry = nullptr;
+    for (Notification* each = innermost_; each != nullptr; each = each->outer) each->entry = nullptr;
 }
 
-/// Ends every notification. A record whose entry is gone, or for which there is no memory, is dropped.
+/// A record whose entry is gone, or for which there is no memory, is dropped.
 void ListenerHub::ApplyPending(EntryStore& entries) {
-    SetUnderWay(Innermost(), 0);
     if (pending_ == nullptr) return;
     for (std::uint32_t i = 0; i < kListenerKinds; ++i) {
-        auto kind = static_cast<ListenerKind>(i);
-        List<PendingRecord>& queue = pending_->queues[kind];
-        for (const PendingRecord& record : queue) {
+        const auto kind = static_cast<ListenerKind>(i);
+        for (const PendingRecord& record : pending_->queues[kind]) {
             if (record.remove != 0) {
                 RemoveNow(entries, kind, record.key, record.delegate);
             } else if (Delegate* slot = AddNow(entries, kind, record.key)) {
                 *slot = record.delegate;
             }
         }
-        queue.Clear();
+        pending_->queues[kind].Clear();
     }
 }
 
 void ListenerHub::Release() {
-    for (Notification* each = Innermost(); each != nullptr; each = each->outer) {
+    for (Notification* each = innermost_; each != nullptr; each = each->outer) {
         each->entry = nullptr;
         each->table_ended = true;
     }

@@ -100,11 +100,13 @@ Table::Target Table::TargetFor(const char* key, ValueKind kind) {
 template <class Store>
 Table::Outcome Table::Commit(Target target, ValueKind kind, std::uint32_t notify, Store store) {
     std::uint32_t code = target.existed ? EVENT_CHANGED : EVENT_ADDED;
-    if (notify != 0 && listeners_.NotifyEntry(*this, Before(code), *target.pair) != Told::kAllThere) {
+    if (notify != 0 &&
+        listeners_.NotifyEntry(*this, entries_, Before(code), *target.pair) != DispatchResult::kAllThere) {
         return Outcome::kRefused;
     }
     if (!target.Takes(kind) || store(*target.pair) == 0) return Outcome::kRefused;
-    bool stayed = notify == 0 || listeners_.NotifyEntry(*this, code, *target.pair) == Told::kAllThere;
+    bool stayed =
+        notify == 0 || listeners_.NotifyEntry(*this, entries_, code, *target.pair) == DispatchResult::kAllThere;
     return stayed ? Outcome::kStored : Outcome::kStoredAndEnded;
 }
 
@@ -228,11 +230,13 @@ std::uint32_t Table::Rename(const char* old_key, const char* new_key, std::uint3
     cstr new_name = Interned(new_key);
     if (notify != 0) {
         Pair* pair = entries_.Find(old_name);
-        if (pair == nullptr || listeners_.NotifyEntry(*this, EVENT_RENAMING, *pair) == Told::kTableGone) return 0;
+        if (pair == nullptr ||
+            listeners_.NotifyEntry(*this, entries_, EVENT_RENAMING, *pair) == DispatchResult::kTableGone)
+            return 0;
     }
     if (!entries_.Rename(old_name, new_name)) return 0;
     listeners_.EntryRenamed(*entries_.Find(new_name));
-    if (notify != 0) listeners_.NotifyKey(*this, EVENT_RENAMED, new_name);
+    if (notify != 0) listeners_.NotifyKey(*this, entries_, EVENT_RENAMED, new_name);
     return 1;
 }
 
@@ -240,51 +244,53 @@ std::uint32_t Table::Remove(const char* key, std::uint32_t notify) {
     cstr name = Interned(key);
     if (notify != 0) {
         Pair* pair = entries_.Find(name);
-        if (pair == nullptr || listeners_.NotifyEntry(*this, EVENT_REMOVING, *pair) == Told::kTableGone) return 0;
+        if (pair == nullptr ||
+            listeners_.NotifyEntry(*this, entries_, EVENT_REMOVING, *pair) == DispatchResult::kTableGone)
+            return 0;
     }
     Pair* pair = entries_.Take(name);
     if (pair == nullptr) return 0;
     listeners_.EntryEnded(*pair);
     pair->next = nullptr;
     DestroyEntries(pair);
-    if (notify != 0) listeners_.NotifyKey(*this, EVENT_REMOVED, name);
+    if (notify != 0) listeners_.NotifyKey(*this, entries_, EVENT_REMOVED, name);
     return 1;
 }
 
 std::uint32_t Table::Clear(std::uint32_t notify) {
-    if (notify != 0 && !listeners_.NotifyKey(*this, EVENT_CLEARING, nullptr)) return 1;
+    if (notify != 0 && !listeners_.NotifyKey(*this, entries_, EVENT_CLEARING, nullptr)) return 1;
     listeners_.AllEntriesEnded();
     DestroyEntries(entries_.TakeAll(nullptr));
-    if (notify != 0) listeners_.NotifyKey(*this, EVENT_CLEARED, nullptr);
+    if (notify != 0) listeners_.NotifyKey(*this, entries_, EVENT_CLEARED, nullptr);
     return 1;
 }
 
 // ------------------------------------------------------------------------------------------------------- array part
 
 std::uint32_t Table::CreateArray(std::uint32_t item_size) {
-    if (!listeners_.NotifyIndex(*this, EVENT_ARRAY_CREATING, 0)) return 0;
+    if (!listeners_.NotifyIndex(*this, entries_, EVENT_ARRAY_CREATING, 0)) return 0;
     if (array_ == nullptr) array_ = TableArray::Create();
     if (array_ == nullptr || !array_->Reset(item_size)) return 0;
-    listeners_.NotifyIndex(*this, EVENT_ARRAY_CREATED, 0);
+    listeners_.NotifyIndex(*this, entries_, EVENT_ARRAY_CREATED, 0);
     return 1;
 }
 
 std::uint32_t Table::DestroyArray() {
-    if (!listeners_.NotifyIndex(*this, EVENT_ARRAY_DESTROYING, 0)) return 1;
+    if (!listeners_.NotifyIndex(*this, entries_, EVENT_ARRAY_DESTROYING, 0)) return 1;
     TableArray::Destroy(array_);
     array_ = nullptr;
-    listeners_.NotifyIndex(*this, EVENT_ARRAY_DESTROYED, 0);
+    listeners_.NotifyIndex(*this, entries_, EVENT_ARRAY_DESTROYED, 0);
     return 1;
 }
 
 void* Table::SetArrayItem(std::uint32_t index, const void* data, std::uint32_t notify) {
     if (array_ == nullptr) return nullptr;
     std::uint32_t item_size = array_->item_size;
-    if (notify != 0 && !listeners_.NotifyIndex(*this, EVENT_ITEM_SETTING, index)) return nullptr;
+    if (notify != 0 && !listeners_.NotifyIndex(*this, entries_, EVENT_ITEM_SETTING, index)) return nullptr;
     // A listener may have removed the array, or made it anew for items of which `data` isn't one.
     bool same_array = array_ != nullptr && array_->item_size == item_size;
     bool stored = same_array && array_->SetItem(index, data) != nullptr;
-    if (notify != 0 && !listeners_.NotifyIndex(*this, EVENT_ITEM_SET, index)) return nullptr;
+    if (notify != 0 && !listeners_.NotifyIndex(*this, entries_, EVENT_ITEM_SET, index)) return nullptr;
     return stored ? GetArrayItem(index) : nullptr;
 }
 

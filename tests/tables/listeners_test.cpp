@@ -15,14 +15,14 @@ using namespace TestSupport;
 
 /// A table with the entries k = 1 and m = 2, and listeners that share a log: T and A (record, argument) on the table,
 /// R and E on the entry k, I on the array part.
-struct Told : testing::Test {
+struct Listeners : testing::Test {
     TableHolder holder;
     ITable* table = nullptr;
     std::string log;
     std::array<Listener, 5> listeners{{{"T", &log}, {"A", &log}, {"R", &log}, {"E", &log}, {"I", &log}}};
     Listener extra{"X", &log};
 
-    Told() { Renew(); }
+    Listeners() { Renew(); }
 
     void Renew() {
         holder = NewTable();
@@ -41,7 +41,7 @@ struct Told : testing::Test {
     }
 };
 
-TEST_F(Told, OfEveryChangeWithItsCodesAndKeys) {
+TEST_F(Listeners, OfEveryChangeWithItsCodesAndKeys) {
     const struct {
         std::uint32_t (*change)(ITable*, std::uint32_t notify);
         std::uint32_t answer;
@@ -71,7 +71,7 @@ TEST_F(Told, OfEveryChangeWithItsCodesAndKeys) {
     }
 }
 
-TEST_F(Told, OfTheArrayPartByItsOwnListenersAlone) {
+TEST_F(Listeners, OfTheArrayPartByItsOwnListenersAlone) {
     ListenAll();
     int item = 7;
     EXPECT_EQ(table->SetArrayItem(1, &item, 1), nullptr);
@@ -85,7 +85,7 @@ TEST_F(Told, OfTheArrayPartByItsOwnListenersAlone) {
     EXPECT_EQ(Heard(log), "I14:0 I5:0 I16:4 I7:4 I16:4294967295 I7:4294967295 I15:0 I6:0 I15:0 I6:0 ");
 }
 
-TEST_F(Told, WithTheEntryAsItIsAtThatMoment) {
+TEST_F(Listeners, WithTheEntryAsItIsAtThatMoment) {
     std::string seen;
     extra.act = [&seen](std::uint32_t code, ITable* t, cstr key) {
         IIterator* pair = t->Find(key);
@@ -101,7 +101,7 @@ TEST_F(Told, WithTheEntryAsItIsAtThatMoment) {
     EXPECT_EQ(seen, "9=0/0 0=5/3 10=5/3 1=5/4 13=5/4 4=5/4 11=5/4 2=gone ");
 }
 
-TEST_F(Told, ListenersOfAnEntryLastAsLongAsTheEntry) {
+TEST_F(Listeners, ListenersOfAnEntryLastAsLongAsTheEntry) {
     EXPECT_EQ(table->AddRecordListener("x"), nullptr);
     EXPECT_EQ(table->AddArgumentListener(nullptr), nullptr) << "no key is not the whole table";
     *table->AddRecordListener("k") = extra.Record();
@@ -137,7 +137,7 @@ TEST(DelegateVector, GrowsByItsClassesAndKeepsItsDelegates) {
     }
 }
 
-TEST_F(Told, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
+TEST_F(Listeners, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
     auto change = [this] {
         table->SetInteger("k", table->GetInteger("k") + 1, 1);
         return Heard(log);
@@ -180,7 +180,7 @@ TEST_F(Told, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
 // ---------------------------------------------------------------------------------------------------- while
 // dispatching
 
-TEST_F(Told, RequestsWaitForTheEndOfTheirNotification) {
+TEST_F(Listeners, RequestsWaitForTheEndOfTheirNotification) {
     Delegate leaver = listeners[1].Record();
     listeners[0].act = [&](std::uint32_t code, ITable* t, cstr) {
         if (code != EVENT_CHANGING) return;
@@ -204,7 +204,7 @@ TEST_F(Told, RequestsWaitForTheEndOfTheirNotification) {
 
 // The inner notification ends with the flag down and the queue applied, also where nobody hears it; what comes after is
 // at once, and the outer walk, which reads count and data at each step, goes on over it.
-TEST_F(Told, AnInnerNotificationEndsTheWaitingOfTheOuterOne) {
+TEST_F(Listeners, AnInnerNotificationEndsTheWaitingOfTheOuterOne) {
     for (bool on_entry : {false, true}) {
         Renew();
         Delegate actor = listeners[0].Record();
@@ -266,7 +266,7 @@ const Operation kOperations[] = {
     {"clear", EVENT_CLEARING, EVENT_CLEARED, [](ITable* t) { return t->Clear(1); }, 1, 1},
 };
 
-TEST_F(Told, EndingTheEntryOrTheTableIsSafe) {
+TEST_F(Listeners, EndingTheEntryOrTheTableIsSafe) {
     for (const Operation& operation : kOperations) {
         for (Blow blow : {kRemove, kClear, kClose}) {
             for (unsigned round = 0; round < 4; ++round) {
@@ -301,7 +301,7 @@ TEST_F(Told, EndingTheEntryOrTheTableIsSafe) {
     }
 }
 
-TEST_F(Told, AListenersOwnChangeOfTheEntryHolds) {
+TEST_F(Listeners, AListenersOwnChangeOfTheEntryHolds) {
     ITable* child = nullptr;
     extra.act = [&](std::uint32_t code, ITable* t, cstr key) {
         if (code == EVENT_ADDING) child = t->Set(key, 0);
@@ -339,7 +339,7 @@ TEST_F(Told, AListenersOwnChangeOfTheEntryHolds) {
     EXPECT_EQ(Heard(log), "X10:m A10:m X1:m A1:m ");
 }
 
-TEST_F(Told, AnArrayPartThatIsMadeAnewTakesNoItemOfTheOldSize) {
+TEST_F(Listeners, AnArrayPartThatIsMadeAnewTakesNoItemOfTheOldSize) {
     extra.act = [](std::uint32_t code, ITable* t, cstr) {
         if (code == EVENT_ITEM_SETTING) t->CreateArray(2);
     };
@@ -351,7 +351,7 @@ TEST_F(Told, AnArrayPartThatIsMadeAnewTakesNoItemOfTheOldSize) {
     EXPECT_NE(table->SetArrayItem(3, &item, 0), nullptr);
 }
 
-TEST_F(Told, EndingTheArrayPartOrItsTableIsSafe) {
+TEST_F(Listeners, EndingTheArrayPartOrItsTableIsSafe) {
     const struct {
         std::uint32_t code;
         bool answer_closed, answer_destroyed;
