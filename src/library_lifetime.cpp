@@ -1,8 +1,9 @@
-// The objects that live as long as the library is loaded. They stand in one file so that their order is that of the
-// lines below: the loader runs the constructors when the library is loaded, and TearDown when it is unloaded.
+// The objects that live as long as the library is loaded. They are defined in one file so that their order is that of
+// the lines below: the loader runs the constructors when the library is loaded, and TearDown when it is unloaded, which
+// takes them in reverse.
 //
-// No table is destroyed then: the memory of those that are still alive goes with the pools, and every cstr with the
-// strings.
+// TearDown destroys no table: the memory of those that are still alive goes with the pools, and every cstr with the
+// string table.
 
 #include "strings/string_table.h"
 #include "tables/table_pools.h"
@@ -17,7 +18,7 @@ UntilUnload<TableRegistry> table_registry;
 
 namespace {
 
-/// Run by the loader, behind every destructor that the process or the library has registered.
+/// Run by the loader, after every destructor that the process or the library has registered.
 [[gnu::destructor]] void TearDown() {
     table_registry.TearDown();
     table_pools.TearDown();

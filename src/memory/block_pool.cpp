@@ -1,3 +1,6 @@
+// Chunks and free blocks are two vectors under one lock. A chunk pushes its blocks in ascending order, so the first one
+// handed out is its last.
+
 #include "memory/block_pool.h"
 
 #include <mutex>
@@ -13,8 +16,9 @@ ObjectPool::~ObjectPool() {
 bool ObjectPool::Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     block_size_ = block_size;
     blocks_per_chunk_ = blocks_per_chunk;
-    bool chunks_ready = chunks_.Reset(sizeof(void*));
-    bool stack_ready = free_blocks_.Reset(sizeof(void*)); // even without the other: both must know their element's size
+    const bool chunks_ready = chunks_.Reset(sizeof(void*));
+    const bool stack_ready =
+        free_blocks_.Reset(sizeof(void*)); // also if the first failed: both need their element size
     return chunks_ready && stack_ready && FillChunk();
 }
 
@@ -36,7 +40,7 @@ void ObjectPool::ReleaseChunks() {
     free_blocks_.count = 0;
 }
 
-/// The caller holds the lock, or the pool isn't in use yet. A chunk whose address can't be recorded serves all the
+/// The caller holds the lock, or the pool isn't in use yet. A chunk whose address can't be recorded is used all the
 /// same; only its release is lost.
 bool ObjectPool::FillChunk() {
     void* chunk = std::malloc(std::size_t{block_size_} * blocks_per_chunk_);
@@ -44,7 +48,7 @@ bool ObjectPool::FillChunk() {
     chunks_.Push(&chunk);
     auto* block = static_cast<unsigned char*>(chunk);
     for (std::uint32_t i = 0; i < blocks_per_chunk_; ++i, block += block_size_) PushFree(block);
-    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): without memory for either list the chunk is lost, as said
+    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): without memory for either vector the chunk is lost, as documented
     return true;
 }
 

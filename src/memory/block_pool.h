@@ -1,5 +1,21 @@
-/// The allocator behind tables, entries, matrices and listener lists: blocks of one fixed size from chunks that are
-/// never given back before the end. Safe from any thread.
+// The allocator behind tables, entries, matrices and listener lists: blocks of one fixed size, cut from chunks that are
+// never given back to the heap before the end. Safe from any thread.
+//
+//    chunks_                     a chunk: blocks_per_chunk_ blocks, one malloc
+//    +---+                       +-------+-------+-------+-------+
+//    | *-|---------------------> |       |       |       |       |
+//    +---+                       +-------+-------+-------+-------+
+//    | *-|--> another                ^               ^
+//    +---+                           |               |
+//    free_blocks_            ...   +-|-+           +-|-+   top: the next to be handed out
+//                                  | * |           | * |
+//                                  +---+           +---+
+//
+// Invariants:
+//  1. A block is either on the stack of free ones or in a user's hands. The pool doesn't check this: a block given back
+//     twice is handed out twice.
+//  2. Blocks have no header and come uninitialised: as malloc or their last user left them.
+//  3. A pool never shrinks. The common path is a lock, a few loads and stores and an unlock.
 
 #ifndef TESSARIN_MEMORY_BLOCK_POOL_H
 #define TESSARIN_MEMORY_BLOCK_POOL_H
@@ -11,8 +27,7 @@
 
 namespace Tessarin {
 
-/// A block is either on the stack of free ones or in somebody's hands; the last one given back is the next dealt out.
-/// Blocks have no header, and come uninitialised: as malloc or their last user left them.
+/// The last block given back is the next one handed out; those of a new chunk come from its end downwards.
 class ObjectPool {
 public:
     ObjectPool() = default;
@@ -28,10 +43,10 @@ public:
     /// A block, or null if memory ran out.
     void* Alloc();
 
-    /// Takes a block back; null is ignored. A block that the stack has no room for is lost until the end.
+    /// Takes a block back; null is ignored. If the stack of free blocks can't grow, the block is lost until the end.
     void Free(void* block);
 
-    /// Ends every chunk, whoever holds blocks of it.
+    /// Frees every chunk, even if blocks of it are in use.
     void ReleaseChunks();
 
 private:

@@ -1,5 +1,8 @@
-/// A growable array of elements of one fixed size, raw bytes to it: the bookkeeping of the block pools and the items of
-/// a table's array part.
+// A growable array of elements of one fixed size, raw bytes to it: the bookkeeping of the block pools and the items of
+// a table's array part. Its capacities can be seen through the array part, so they are fixed: 8, then doubling; and
+// twice the need where a need is given. Where they can't be seen, List is the growable array.
+//
+// Invariant: count <= capacity, and `data` has room for `capacity` elements; it is null only while the capacity is 0.
 
 #ifndef TESSARIN_MEMORY_RAW_VECTOR_H
 #define TESSARIN_MEMORY_RAW_VECTOR_H
@@ -20,11 +23,11 @@ struct RawVector {
     std::uint32_t element_size = 0;
     void* data = nullptr; // `capacity` elements from malloc, the vector's own
 
-    /// Drops what it holds and takes room for the first elements. False if memory ran out: it is then empty and usable,
-    /// and the next growth tries again.
-    bool Reset(std::uint32_t its_element_size) {
+    /// Drops the elements and takes room for the first new ones. False if memory ran out: the vector is then empty and
+    /// usable, and the next growth tries again.
+    bool Reset(std::uint32_t new_element_size) {
         Release();
-        element_size = its_element_size;
+        element_size = new_element_size;
         return Grow(kFirstCapacity);
     }
 
@@ -44,10 +47,10 @@ struct RawVector {
         return std::memcpy(At(count++), element, element_size);
     }
 
-    /// Room for one more element: twice what there is.
+    /// Doubles the capacity. False if memory ran out, the vector unchanged.
     bool GrowForOne() { return capacity <= UINT32_MAX / 2 && Grow(capacity == 0 ? kFirstCapacity : capacity * 2); }
 
-    /// Makes room for `needed` elements, with as many again behind them, and takes them all in use if it had to grow.
+    /// Makes room for `needed` elements and as many again. If it had to grow, `count` becomes `needed`.
     bool Reserve(std::uint32_t needed) {
         if (needed <= capacity) return true;
         if (needed > UINT32_MAX / 2 || !Grow(needed * 2)) return false;

@@ -3,7 +3,7 @@
 //  1. entries_[i]->next is entries_[i + 1], and the last one's is null.
 //  2. With more than 8 entries they ascend by the address of their key, and the index behind the array holds exactly
 //     them. With 8 or fewer the order is as history left it, and the index, if the array has one, is stale.
-//  3. The array never shrinks: a table that falls back to 8 keeps its sorted order and goes on from it.
+//  3. The array never shrinks: a table that falls back to 8 keeps its sorted order, and new entries go behind it.
 
 #include "tables/entry_store.h"
 
@@ -35,9 +35,9 @@ Pair* EntryStore::FindUnsorted(cstr key) const {
     return nullptr;
 }
 
-/// Where a key stands, or would stand, among sorted entries.
+/// The position of a key, present or not, among sorted entries.
 std::uint32_t EntryStore::PlaceOf(cstr key) const {
-    auto below = [](const Pair* pair, cstr its_key) { return std::less<>()(pair->key, its_key); };
+    const auto below = [](const Pair* pair, cstr wanted) { return std::less<>()(pair->key, wanted); };
     return static_cast<std::uint32_t>(std::lower_bound(entries_, entries_ + count_, key, below) - entries_);
 }
 
@@ -89,7 +89,7 @@ void EntryStore::Append(Pair* pair) {
     entries_[count_++] = pair;
 }
 
-/// Puts an entry where the order wants it. REQUIRES: there is room
+/// Adds an entry at the position that the order demands. REQUIRES: there is room
 void EntryStore::PutInPlace(Pair* pair) {
     if (count_ < kLargestUnsorted) {
         Append(pair);
@@ -101,7 +101,7 @@ void EntryStore::PutInPlace(Pair* pair) {
         RebuildIndex();
         return;
     }
-    std::uint32_t place = PlaceOf(pair->key);
+    const std::uint32_t place = PlaceOf(pair->key);
     std::copy_backward(entries_ + place, entries_ + count_, entries_ + count_ + 1);
     entries_[place] = pair;
     ++count_;
@@ -126,10 +126,10 @@ void EntryStore::RebuildIndex() {
     for (std::uint32_t i = 0; i < count_; ++i) index.Insert(entries_[i]);
 }
 
-/// The array moves only if its storage has no room for the next capacity.
+/// The array moves unless its storage has room for the next capacity, as it may above the size classes.
 bool EntryStore::Grow() {
     const std::uint32_t wanted = EntryArray::NextCapacity(capacity_);
-    if (EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
+    if (capacity_ > EntryArray::kLargestPooled && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
         capacity_ = wanted;
         return true;
     }
@@ -147,7 +147,7 @@ bool EntryStore::Grow() {
 Pair* EntryStore::Take(cstr key) {
     Pair* pair = Find(key);
     if (pair == nullptr) return nullptr;
-    std::uint32_t index = IndexOf(pair);
+    const std::uint32_t index = IndexOf(pair);
     if (Indexed()) Index().Erase(pair->key);
     std::copy(entries_ + index + 1, entries_ + count_, entries_ + index);
     --count_;

@@ -1,4 +1,5 @@
-/// The named entries of a table.
+// The named entries of a table: an array of pointers to them, with an index from keys to entries once there are more
+// than a few. entry_array.h has the array's layout.
 
 #ifndef TESSARIN_TABLES_ENTRY_STORE_H
 #define TESSARIN_TABLES_ENTRY_STORE_H
@@ -11,10 +12,10 @@
 
 namespace Tessarin {
 
-/// An array of pointers to entries in one of two states, told apart by the count alone: up to 8 entries in the order
-/// in which they came; above that, ascending by the address of their key. Each entry's `next` is the one behind it.
+/// The array is in one of two states, distinguished by the count alone: up to 8 entries in the order in which they
+/// were added; above that, ascending by the address of their key. Each entry's `next` is the one behind it.
 ///
-/// Keys are interned and unique. Failures are those of memory, answered by null or false, and change nothing.
+/// Keys are interned and unique. The only failures are those of memory: they return null or false and change nothing.
 class EntryStore {
 public:
     static constexpr std::uint32_t kLargestUnsorted = EntryArray::kLargestUnindexed;
@@ -31,14 +32,14 @@ public:
     /// The entry of `key`, old or new; a new one has VALUE_EMPTY. Null for a null key.
     Pair* FindOrAdd(cstr key, bool& existed);
 
-    /// The same for a table in the filling: new entries go to the end even where the order asks for another place,
-    /// until FinishBulkLoad. In between only Find, FindOrAppend and FinishBulkLoad may be called.
+    /// The same during a bulk load: new entries go to the end even where the order demands another position, until
+    /// FinishBulkLoad. In between only Find, FindOrAppend and FinishBulkLoad may be called.
     Pair* FindOrAppend(cstr key, bool& existed);
 
-    /// Puts a filled table into its order.
+    /// Sorts the entries if their number demands it.
     void FinishBulkLoad();
 
-    /// Takes an entry out without ending it; null if there is none.
+    /// Takes an entry out without destroying it; null if there is none.
     Pair* Take(cstr key);
 
     /// False if `old_key` is absent or `new_key` present.
@@ -67,7 +68,7 @@ private:
     void Relink();
     bool Grow();
 
-    Pair** entries_ = nullptr; // from the key pools; null while the capacity is 0
+    Pair** entries_ = nullptr; // with the index behind them, from the key pools; null while the capacity is 0
     std::uint32_t count_ = 0;
     std::uint32_t capacity_ = 0;
 };

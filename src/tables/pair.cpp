@@ -1,3 +1,5 @@
+// What of an entry needs more than its own fields: the values that it owns, a matrix or a child table.
+
 #include "tables/pair.h"
 
 #include "tables/listener_set.h"
@@ -27,10 +29,10 @@ std::uint32_t Pair::SetFloat4x4(const Float4x4* matrix) {
     return 1;
 }
 
-/// The child that the entry owns can't be ended and stored at once: it stays what it is.
-std::uint32_t Pair::StoreTable(ValueKind its_kind, ITable* table) {
-    if (kind == VALUE_TABLE && table != nullptr && value.As<ITable*>() == table) return its_kind == VALUE_TABLE ? 1 : 0;
-    return Store(its_kind, table);
+/// The child that the entry owns can't be destroyed and stored at once: it stays as it is.
+std::uint32_t Pair::StoreTable(ValueKind new_kind, ITable* table) {
+    if (kind == VALUE_TABLE && table != nullptr && value.As<ITable*>() == table) return new_kind == VALUE_TABLE ? 1 : 0;
+    return Store(new_kind, table);
 }
 
 Table* Pair::OwnedTable() const { return kind == VALUE_TABLE ? static_cast<Table*>(value.As<ITable*>()) : nullptr; }

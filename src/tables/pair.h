@@ -1,4 +1,4 @@
-/// An entry of a table, and what a host walks with.
+// An entry of a table, and the iterator that a host walks its entries with.
 
 #ifndef TESSARIN_TABLES_PAIR_H
 #define TESSARIN_TABLES_PAIR_H
@@ -11,11 +11,11 @@ namespace Tessarin {
 struct ListenerSet;
 class Table;
 
-/// Lives in a block of the pair pool and belongs to the table in whose entries it stands. `next` mirrors the order of
-/// those entries.
+/// Lives in a block of the pair pool and belongs to the table whose entry it is. `next` mirrors the order of that
+/// table's entries.
 class Pair final : public IIterator {
 public:
-    explicit Pair(cstr its_key) : key(its_key) {}
+    explicit Pair(cstr entry_key) : key(entry_key) {}
 
     cstr GetKey() override { return key; }
     std::uint32_t GetType() override { return kind; }
@@ -46,13 +46,13 @@ public:
     std::uint32_t SetReferenceTable(ITable* table) override { return StoreTable(VALUE_REFERENCE_TABLE, table); }
     std::uint32_t Set(ITable* table) override { return SetTable(table); }
 
-    /// The child that ends with this entry, or null.
+    /// The child table that is destroyed with this entry, or null.
     [[nodiscard]] Table* OwnedTable() const;
 
-    /// Gives back what the entry owns beside a child table: its matrix and its listeners.
+    /// Frees what the entry owns beside a child table: its matrix and its listeners.
     void ReleaseBlocks();
 
-    /// Whether a vector of this entry's kind counts as the one that is stored.
+    /// Whether a vector of this entry's kind counts as equal to the stored one.
     template <class Vector>
     [[nodiscard]] bool SameVector(const Vector& vector) const;
 
@@ -72,19 +72,19 @@ private:
     }
 
     template <class T>
-    std::uint32_t Store(ValueKind its_kind, const T& content) {
+    std::uint32_t Store(ValueKind new_kind, const T& content) {
         if (kind == VALUE_TABLE || kind == VALUE_FLOAT4X4) ReleaseOwned();
         value.Put(content);
-        kind = its_kind;
+        kind = new_kind;
         return 1;
     }
 
     template <class T>
-    std::uint32_t StoreFrom(ValueKind its_kind, const T* content) {
-        return content == nullptr ? 0 : Store(its_kind, *content);
+    std::uint32_t StoreFrom(ValueKind new_kind, const T* content) {
+        return content == nullptr ? 0 : Store(new_kind, *content);
     }
 
-    std::uint32_t StoreTable(ValueKind its_kind, ITable* table);
+    std::uint32_t StoreTable(ValueKind new_kind, ITable* table);
     void ReleaseOwned();
 };
 
@@ -97,7 +97,7 @@ bool Pair::SameVector(const Vector& vector) const {
     std::memcpy(stored, &value, sizeof stored);
     std::memcpy(wanted, &vector, sizeof wanted);
     for (std::size_t i = 0; i < kCount; ++i) {
-        float difference = stored[i] - wanted[i];
+        const float difference = stored[i] - wanted[i];
         if (!(difference > -kTolerance && difference < kTolerance)) return false; // a NaN is a change
     }
     return true;

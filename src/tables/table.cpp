@@ -1,8 +1,11 @@
-// The operations of a table. All setters are one pattern: find the entry or make it, check its kind, leave at once if
-// the value is the same, tell the listeners, store, tell them again. What differs is when a value counts as the same
-// and how it is stored, so that is all that a setter says.
+// The operations of a table. All setters follow one pattern: find the entry or make it, check its kind, return at once
+// if the value is the same, notify the listeners, store, notify them again. They differ in when a value counts as the
+// same and in how it is stored, so that is all that a setter says.
 //
-// SaveFile and SaveBuffer stand with the document form that they write.
+// Invariant: after each notification that isn't the last step, its result says whether table and entry still exist, and
+// the kind of the entry is checked again: a listener may have changed either.
+//
+// SaveFile and SaveBuffer are defined with the document form that they write.
 
 #include "tables/table.h"
 
@@ -95,11 +98,11 @@ Table::Target Table::TargetFor(const char* key, ValueKind kind) {
     return target;
 }
 
-/// Stores through `store`, with the listeners told before and after.
-/// A listener may have given the entry a value meanwhile, whose kind then holds.
+/// Stores through `store`, with the listeners notified before and after.
+/// A listener may have given the entry a value meanwhile, whose kind then decides.
 template <class Store>
 Table::Outcome Table::Commit(Target target, ValueKind kind, std::uint32_t notify, Store store) {
-    std::uint32_t code = target.existed ? EVENT_CHANGED : EVENT_ADDED;
+    const std::uint32_t code = target.existed ? EVENT_CHANGED : EVENT_ADDED;
     if (notify != 0 &&
         listeners_.NotifyEntry(*this, entries_, Before(code), *target.pair) != DispatchResult::kAllThere) {
         return Outcome::kRefused;
@@ -112,7 +115,7 @@ Table::Outcome Table::Commit(Target target, ValueKind kind, std::uint32_t notify
 
 template <class Same, class Store>
 std::uint32_t Table::Assign(const char* key, ValueKind kind, std::uint32_t notify, Same same, Store store) {
-    Target target = TargetFor(key, kind);
+    const Target target = TargetFor(key, kind);
     if (target.pair == nullptr) return 0;
     if (target.pair->kind == kind && same(*target.pair)) return 1;
     return Commit(target, kind, notify, store) == Outcome::kRefused ? 0 : 1;
@@ -123,7 +126,7 @@ template <class Vector>
 std::uint32_t Table::AssignVector(const char* key, ValueKind kind, const Vector* value, std::uint32_t notify,
                                   std::uint32_t (Pair::*store)(const Vector*)) {
     if (value == nullptr) return 0;
-    Vector copy = *value;
+    const Vector copy = *value;
     return Assign(
         key, kind, notify, [&copy](const Pair& pair) { return pair.SameVector(copy); },
         [&copy, store](Pair& pair) { return (pair.*store)(&copy); });
@@ -143,14 +146,14 @@ std::uint32_t Table::SetFloat4(const char* key, const Float4* value, std::uint32
 
 std::uint32_t Table::SetFloat4x4(const char* key, const Float4x4* value, std::uint32_t notify) {
     if (value == nullptr) return 0;
-    Float4x4 copy = *value;
-    auto never_same = [](const Pair&) { return false; };
+    const Float4x4 copy = *value;
+    const auto never_same = [](const Pair&) { return false; };
     return Assign(key, VALUE_FLOAT4X4, notify, never_same, [&copy](Pair& pair) { return pair.SetFloat4x4(&copy); });
 }
 
 std::uint32_t Table::SetHandle(const char* key, const Handle* value, std::uint32_t notify) {
     if (value == nullptr) return 0;
-    Handle copy = *value;
+    const Handle copy = *value;
     return Assign(
         key, VALUE_HANDLE, notify, [copy](Pair& pair) { return pair.GetHandle() == copy; },
         [copy](Pair& pair) { return pair.SetHandle(&copy); });
@@ -176,12 +179,12 @@ std::uint32_t Table::SetPtr(const char* key, void* value, std::uint32_t notify) 
 
 /// The text is interned only once the entry is known to take it.
 std::uint32_t Table::AssignText(const char* key, const char* text, cstr (*intern)(const char*), std::uint32_t notify) {
-    Target target = TargetFor(key, VALUE_STRING);
+    const Target target = TargetFor(key, VALUE_STRING);
     if (target.pair == nullptr) return 0;
     cstr interned = intern(text);
     if (interned == nullptr && text != nullptr) return 0;
     if (target.pair->kind == VALUE_STRING && target.pair->GetString() == interned) return 1;
-    auto store = [interned](Pair& pair) { return pair.SetString(interned); };
+    const auto store = [interned](Pair& pair) { return pair.SetString(interned); };
     return Commit(target, VALUE_STRING, notify, store) == Outcome::kRefused ? 0 : 1;
 }
 
@@ -206,21 +209,21 @@ std::uint32_t Table::SetReferenceTable(const char* key, ITable* table, std::uint
 }
 
 std::uint32_t Table::SetTable(const char* key, ITable* table, std::uint32_t notify) {
-    Target target = TargetFor(key, VALUE_EMPTY);
+    const Target target = TargetFor(key, VALUE_EMPTY);
     if (target.pair == nullptr) return 0;
-    auto store = [table](Pair& pair) { return pair.SetTable(table); };
+    const auto store = [table](Pair& pair) { return pair.SetTable(table); };
     return Commit(target, VALUE_EMPTY, notify, store) == Outcome::kRefused ? 0 : 1;
 }
 
 ITable* Table::Set(const char* key, std::uint32_t notify) {
-    Target target = TargetFor(key, VALUE_EMPTY);
+    const Target target = TargetFor(key, VALUE_EMPTY);
     if (target.pair == nullptr) return nullptr;
     Table* child = MakeChild();
     if (child == nullptr) return nullptr;
-    Outcome outcome = Commit(target, VALUE_EMPTY, notify, [child](Pair& pair) { return pair.Set(child); });
+    const Outcome outcome = Commit(target, VALUE_EMPTY, notify, [child](Pair& pair) { return pair.Set(child); });
     if (outcome == Outcome::kRefused) DestroyRegistered(child);
-    bool stayed = outcome == Outcome::kStored && target.pair->OwnedTable() == child;
-    return stayed ? child : nullptr; // a listener may have ended the entry, or put another value in it
+    const bool stayed = outcome == Outcome::kStored && target.pair->OwnedTable() == child;
+    return stayed ? child : nullptr; // a listener may have destroyed the entry, or put another value in it
 }
 
 // ----------------------------------------------------------------------------------------------- the set of entries
@@ -285,11 +288,11 @@ std::uint32_t Table::DestroyArray() {
 
 void* Table::SetArrayItem(std::uint32_t index, const void* data, std::uint32_t notify) {
     if (array_ == nullptr) return nullptr;
-    std::uint32_t item_size = array_->item_size;
+    const std::uint32_t item_size = array_->item_size;
     if (notify != 0 && !listeners_.NotifyIndex(*this, entries_, EVENT_ITEM_SETTING, index)) return nullptr;
     // A listener may have removed the array, or made it anew for items of which `data` isn't one.
-    bool same_array = array_ != nullptr && array_->item_size == item_size;
-    bool stored = same_array && array_->SetItem(index, data) != nullptr;
+    const bool same_array = array_ != nullptr && array_->item_size == item_size;
+    const bool stored = same_array && array_->SetItem(index, data) != nullptr;
     if (notify != 0 && !listeners_.NotifyIndex(*this, entries_, EVENT_ITEM_SET, index)) return nullptr;
     return stored ? GetArrayItem(index) : nullptr;
 }
@@ -319,7 +322,7 @@ Delegate* Table::AddListener(ListenerKind kind, const char* key) {
     return name == nullptr ? nullptr : listeners_.Add(entries_, kind, name);
 }
 
-/// By a copy, as `delegate` may be a slot of the very vector that loses it.
+/// Passes a copy, as `delegate` may be a slot of the very vector that loses it.
 void Table::RemoveListener(ListenerKind kind, const char* key, const Delegate* delegate) {
     cstr name = Interned(key);
     if (name != nullptr && delegate != nullptr) listeners_.Remove(entries_, kind, name, Delegate(*delegate));

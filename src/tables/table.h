@@ -1,4 +1,4 @@
-/// The one implementation of a table: the interface on top of the entries, the listeners and the array part.
+// The implementation of a table: the interface on top of the entries, the listeners and the array part.
 
 #ifndef TESSARIN_TABLES_TABLE_H
 #define TESSARIN_TABLES_TABLE_H
@@ -10,7 +10,7 @@
 
 namespace Tessarin {
 
-/// Lives in a block of the table pool; see table_lifecycle.h for how one is made and ended.
+/// Lives in a block of the table pool; see table_factory.h for how one is made and destroyed.
 class Table final : public ITable {
 public:
     void* GetArrayItem(std::uint32_t index) override;
@@ -71,12 +71,12 @@ public:
 
     EntryStore& Entries() { return entries_; }
 
-    /// Gives back all that the table owns but its entries, which it hands out chained by `next`, with `behind` after
-    /// the last. The table's own block stays with the caller.
+    /// Frees all that the table owns but its entries, which it returns chained by `next`, with `behind` after the last.
+    /// The table's own block is left to the caller.
     Pair* Dismantle(Pair* behind);
 
 private:
-    /// An entry to store a value in: null if there is none to be had.
+    /// An entry to store a value in; null if none can be made or it has another kind.
     struct Target {
         Pair* pair = nullptr;
         bool existed = false;

@@ -1,6 +1,9 @@
-// Tables live in pool blocks, so they are ended in place and never deleted. A tree of tables may be a million deep:
-// instead of recursing, an entry with a child puts the child's entries into the chain that it is being ended from, by
-// the links that they have already.
+// Tables live in pool blocks, so they are destroyed in place and never deleted. A tree of tables may be a million deep:
+// there is no recursion, but one chain of entries to destroy. The entries of a child table are put in front of what is
+// left of the chain, by the links that they have already:
+//
+//    chain:  a -> child -> b             a is destroyed; the child's table is dismantled into its entries x and y
+//    chain:  x -> y -> b
 
 #include "tables/table_factory.h"
 
@@ -14,12 +17,12 @@
 namespace Tessarin {
 namespace {
 
-// What the registry says of a table.
+// The values of the registry.
 constexpr std::uint32_t kRootTable = 1;
 constexpr std::uint32_t kChildTable = 2;
 
-/// Ends the table itself and hands its entries on.
-Pair* EndTable(Table* table, Pair* behind) {
+/// Destroys the table itself and returns its entries in front of `behind`.
+Pair* DestroyTableOnly(Table* table, Pair* behind) {
     Pair* chain = table->Dismantle(behind);
     table_pools->tables.Free(table);
     return chain;
@@ -45,7 +48,7 @@ Table* MakeChild() {
     return child;
 }
 
-void DestroyTable(Table* table) { DestroyEntries(EndTable(table, nullptr)); }
+void DestroyTable(Table* table) { DestroyEntries(DestroyTableOnly(table, nullptr)); }
 
 void DestroyRegistered(Table* table) {
     table_registry->Erase(table);
@@ -58,7 +61,7 @@ void DestroyEntries(Pair* chain) {
         chain = pair->next;
         if (Table* child = pair->OwnedTable()) {
             table_registry->Erase(child);
-            chain = EndTable(child, chain);
+            chain = DestroyTableOnly(child, chain);
         }
         pair->ReleaseBlocks();
         table_pools->pairs.Free(pair);

@@ -1,4 +1,4 @@
-/// How tables, and the entries with them, come and go.
+// How tables, and their entries, are made and destroyed.
 
 #ifndef TESSARIN_TABLES_TABLE_FACTORY_H
 #define TESSARIN_TABLES_TABLE_FACTORY_H
@@ -10,25 +10,26 @@ namespace Tessarin {
 class Pair;
 class Table;
 
-/// A table without an entry array, which the first entry brings; null if memory ran out. It isn't registered.
+/// A table without an entry array, which is made with the first entry; null if memory ran out. It isn't registered.
 Table* MakeTable();
 
 /// A table with room for the first four entries; null if memory ran out. It isn't registered.
 Table* MakeTableWithRoom();
 
-/// The same, registered as the child that Set makes.
+/// The same, registered as a child table that `Set` has made.
 Table* MakeChild();
 
-/// Ends a table with all that it owns. Child tables of any depth go without recursion and without allocating.
+/// Destroys a table with all that it owns: child tables of any depth, without recursion and without allocating.
 void DestroyTable(Table* table);
 
-/// The same for a table that may stand in the registry.
+/// The same for a table that may be in the registry.
 void DestroyRegistered(Table* table);
 
-/// Ends entries that are in no table any more, chained by `next`, with all that they own.
+/// Destroys entries that are in no table any more, chained by `next`, with all that they own.
 void DestroyEntries(Pair* chain);
 
-/// Registers a filled root table for its factory, or ends it: for the last line of one.
+/// The last step of a factory: registers a root table that has been filled, and destroys one that has not.
+/// returns  the table, or null if there is none or it has been destroyed
 Table* FinishRoot(Table* table, bool filled);
 
 } // namespace Tessarin

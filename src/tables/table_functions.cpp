@@ -1,5 +1,5 @@
-// Tables without virtual calls. Each function tests for a null table and forwards to the operation of its name, the
-// changing ones with the listeners told.
+// Tables for callers without virtual calls. Each function tests for a null table and forwards to the operation of its
+// name; those that change the table notify the listeners.
 
 #include "tables/table.h"
 #include "tessarin/tables.h"
@@ -77,7 +77,7 @@ std::uint32_t SetFloat2(ITable* table, const char* key, const Float2* value) {
 }
 
 std::uint32_t SetFloat3(ITable* table, const char* key, float x, float y, float z) {
-    Float3 value{x, y, z};
+    const Float3 value{x, y, z};
     return table == nullptr ? 0 : table->SetFloat3(key, &value, kNotify);
 }
 

@@ -1,4 +1,5 @@
-/// Which addresses are live tables, and how they came to be. Nothing reaches a table through it.
+// Which addresses are live tables, and how they were made. It is asked about addresses only: nothing reaches a table
+// through it.
 
 #ifndef TESSARIN_TABLES_TABLE_REGISTRY_H
 #define TESSARIN_TABLES_TABLE_REGISTRY_H
@@ -12,8 +13,8 @@
 
 namespace Tessarin {
 
-/// Safe from any thread. A table that it has no memory for goes without an entry, and so does every table if the map
-/// couldn't be made at the start.
+/// Safe from any thread. If memory runs out, a table gets no entry; if the map couldn't be made at the start, no table
+/// does.
 class TableRegistry {
 public:
     TableRegistry() : map_(hm::Create(99991, sizeof(std::uint32_t))) {}
@@ -23,6 +24,7 @@ public:
     TableRegistry(const TableRegistry&) = delete;
     TableRegistry& operator=(const TableRegistry&) = delete;
 
+    /// origin  a number that says how the table was made; not 0
     void Set(const void* table, std::uint32_t origin) {
         std::lock_guard guard(lock_);
         if (map_ != nullptr) map_->Set(Key(table), &origin);

@@ -1,4 +1,4 @@
-/// The value of an entry: 16 bytes whose meaning the entry's kind gives.
+// The value of an entry: 16 bytes whose meaning depends on the entry's kind.
 
 #ifndef TESSARIN_TABLES_VALUE_H
 #define TESSARIN_TABLES_VALUE_H
@@ -8,7 +8,7 @@
 
 namespace Tessarin {
 
-/// Getters read the first word whatever it was stored as, so all access goes by copies of bytes.
+/// Getters read the first word whatever it was stored as, so all access copies bytes.
 class Value {
 public:
     template <class T>
