@@ -1,5 +1,5 @@
-/// A library whose pools and whose arena of strings are empty, so that what an operation needs comes from the heap,
-/// where it can be refused.
+// A library whose pools and whose arena of strings are empty, so that what an operation needs comes from the heap,
+// where its allocation can fail.
 
 #ifndef TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
 #define TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
@@ -22,45 +22,46 @@ public:
     /// Whether every pool's blocks make up whole chunks, as they do when nobody holds one.
     bool Drain() {
         bool whole = true;
-        for (Pool& pool : pools_) {
-            TakeFree(pool);
-            whole = whole && pool.taken % pool.its.per_chunk == 0;
+        for (Taken& each : pools_) {
+            TakeFree(each);
+            whole = whole && each.blocks % each.pool.per_chunk == 0;
             // A pool's list of chunks grows at 8, 16 and so on, and a chunk that it has no room for is never released.
             // So it grows here, until two more chunks find their room.
-            while (std::has_single_bit(pool.Chunks()) || std::has_single_bit(pool.Chunks() + 1)) {
-                if (pool.its.take() == nullptr) break;
-                ++pool.taken;
-                TakeFree(pool);
+            while (std::has_single_bit(each.Chunks()) || std::has_single_bit(each.Chunks() + 1)) {
+                if (each.pool.take() == nullptr) break;
+                ++each.blocks;
+                TakeFree(each);
             }
         }
         return whole;
     }
 
 private:
-    struct Pool {
-        AnyPool its;
-        std::size_t taken = 0;
+    // What has been taken from a pool.
+    struct Taken {
+        AnyPool pool;
+        std::size_t blocks = 0;
 
-        [[nodiscard]] std::size_t Chunks() const { return (taken + its.per_chunk - 1) / its.per_chunk; }
+        [[nodiscard]] std::size_t Chunks() const { return (blocks + pool.per_chunk - 1) / pool.per_chunk; }
     };
 
-    static std::vector<Pool> Pools() {
-        std::vector<Pool> pools;
+    static std::vector<Taken> Pools() {
+        std::vector<Taken> pools;
         for (AnyPool& pool : AllPools(*Tessarin::table_pools, *Tessarin::listener_pools)) {
             pools.push_back({std::move(pool)});
         }
         return pools;
     }
 
-    static void TakeFree(Pool& pool) {
+    static void TakeFree(Taken& each) {
         for (;;) {
             const FailingHeap heap(0);
-            if (pool.its.take() == nullptr) return;
-            ++pool.taken;
+            if (each.pool.take() == nullptr) return;
+            ++each.blocks;
         }
     }
 
-    std::vector<Pool> pools_ = Pools();
+    std::vector<Taken> pools_ = Pools();
 };
 
 /// A text that isn't interned, longer than what FillArena leaves.

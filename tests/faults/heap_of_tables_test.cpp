@@ -19,7 +19,7 @@ using Tessarin::ITable;
 
 // -------------------------------------------------------------------------------------------------------------- tables
 
-/// "path kind value" of each entry that has a value, children's too.
+/// "path kind value" of each entry that has a value, those of child tables too.
 void AddLines(ITable& table, const std::string& above, std::multiset<std::string>& lines) {
     EXPECT_TRUE(static_cast<Tessarin::Table&>(table).Entries().IsValid());
     for (Tessarin::IIterator* entry = table.First(); entry != nullptr; entry = table.Next(&entry)) {
@@ -46,49 +46,50 @@ std::multiset<std::string> Lines(ITable* table) {
 }
 
 /// The entries, the array part with its last item, and how many listeners of an entry and of the array part there are.
-std::string TableState(World& world) {
+std::string TableState(Fixture& fixture) {
     std::string state;
-    for (const std::string& line : Lines(world.table.get())) state += line + '\n';
-    const std::uint32_t items = world.table->GetArrayCount();
+    for (const std::string& line : Lines(fixture.table.get())) state += line + '\n';
+    const std::uint32_t items = fixture.table->GetArrayCount();
     state += std::to_string(items) + " items";
-    if (items != 0) state += ' ' + std::to_string(*static_cast<char*>(world.table->GetArrayItem(items - 1)));
-    world.ear.told = 0;
-    const std::int32_t value = world.table->GetInteger("key0");
-    if (world.table->Find("key0") != nullptr) world.table->SetInteger("key0", value + 1, 1);
-    world.table->SetArrayItem(0, nullptr, 1); // is told, and stores nothing
-    state += ' ' + std::to_string(world.ear.told) + " told";
-    if (world.table->Find("key0") != nullptr) world.table->SetInteger("key0", value, 0);
+    if (items != 0) state += ' ' + std::to_string(*static_cast<char*>(fixture.table->GetArrayItem(items - 1)));
+    fixture.listener.calls = 0;
+    const std::int32_t value = fixture.table->GetInteger("key0");
+    if (fixture.table->Find("key0") != nullptr) fixture.table->SetInteger("key0", value + 1, 1);
+    fixture.table->SetArrayItem(0, nullptr, 1); // notifies, and stores nothing
+    state += ' ' + std::to_string(fixture.listener.calls) + " calls";
+    if (fixture.table->Find("key0") != nullptr) fixture.table->SetInteger("key0", value, 0);
     return state;
 }
 
-/// A table of `entries` integers, which `listeners` listen to.
+/// A table of `entries` integers, with `listeners` record listeners.
 Group TableOf(int entries, int listeners, std::uint32_t item_size = 0) {
-    auto prepare = [=](World& world) {
-        world.table.reset(CreateTable());
-        world.other.reset(CreateTable());
-        for (int i = 0; i < entries; ++i) world.table->SetInteger(("key" + std::to_string(i)).c_str(), i, 0);
+    auto prepare = [=](Fixture& fixture) {
+        fixture.table.reset(CreateTable());
+        fixture.other.reset(CreateTable());
+        for (int i = 0; i < entries; ++i) fixture.table->SetInteger(("key" + std::to_string(i)).c_str(), i, 0);
         for (int i = 0; i < listeners; ++i)
-            *world.table->AddRecordListener() = RecordDelegate<&Ear::OnRecord>(&world.ear);
-        if (item_size != 0) world.table->CreateArray(item_size);
-        if (item_size != 0) *world.table->AddArrayListener() = ArrayDelegate<&Ear::OnItem>(&world.ear);
+            *fixture.table->AddRecordListener() = RecordDelegate<&CountingListener::OnRecord>(&fixture.listener);
+        if (item_size != 0) fixture.table->CreateArray(item_size);
+        if (item_size != 0)
+            *fixture.table->AddArrayListener() = ArrayDelegate<&CountingListener::OnItem>(&fixture.listener);
     };
     return {prepare, TableState};
 }
 
-bool NewInteger(World& world) { return world.table->SetInteger(world.Fresh(), 5, 1) == 1; }
-bool NewMatrix(World& world) {
+bool NewInteger(Fixture& fixture) { return fixture.table->SetInteger(fixture.Fresh(), 5, 1) == 1; }
+bool NewMatrix(Fixture& fixture) {
     const Float4x4 matrix{{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 7}};
-    return world.table->SetFloat4x4(world.Fresh(), &matrix, 1) == 1;
+    return fixture.table->SetFloat4x4(fixture.Fresh(), &matrix, 1) == 1;
 }
-bool NewChild(World& world) { return world.table->Set(world.Fresh(), 1) != nullptr; }
+bool NewChild(Fixture& fixture) { return fixture.table->Set(fixture.Fresh(), 1) != nullptr; }
 
-/// Hands the listener's place its delegate, if there is one.
-bool Filled(Delegate* place, Delegate delegate) {
-    if (place != nullptr) *place = delegate;
-    return place != nullptr;
+/// Fills a slot for a listener, if there is one.
+bool Filled(Delegate* slot, Delegate delegate) {
+    if (slot != nullptr) *slot = delegate;
+    return slot != nullptr;
 }
-bool NewListener(World& world) {
-    return Filled(world.table->AddRecordListener(), RecordDelegate<&Ear::OnRecord>(&world.ear));
+bool NewListener(Fixture& fixture) {
+    return Filled(fixture.table->AddRecordListener(), RecordDelegate<&CountingListener::OnRecord>(&fixture.listener));
 }
 
 constexpr Float4 kVector = {1, 2, 3, 4};
@@ -103,27 +104,28 @@ TEST(HeapFaults, EverySetterOfATable) {
           {{"integer", NewInteger},
            {"matrix", NewMatrix},
            {"child", NewChild},
-           {"real", [](World& w) { return w.table->SetReal(w.Fresh(), 1.5F, 1) == 1; }},
-           {"string", [](World& w) { return w.table->SetString("key", w.Fresh(), 1) == 1; }},
-           {"string under itself", [](World& w) { return w.table->SetString(w.Fresh(), w.Fresh(), 1) == 1; }},
-           {"path", [](World& w) { return w.table->SetPath("key", w.Fresh(), 1) == 1; }},
-           {"pointer", [](World& w) { return w.table->SetPtr(w.Fresh(), nullptr, 1) == 1; }},
-           {"handle", [](World& w) { return w.table->SetHandle(w.Fresh(), &kHandle, 1) == 1; }},
-           {"vector of 2", [](World& w) { return w.table->SetFloat2(w.Fresh(), &kPair, 1) == 1; }},
-           {"vector of 3", [](World& w) { return w.table->SetFloat3(w.Fresh(), &kTriple, 1) == 1; }},
-           {"vector of 4", [](World& w) { return w.table->SetFloat4(w.Fresh(), &kVector, 1) == 1; }},
-           {"external", [](World& w) { return w.table->SetExternalTable(w.Fresh(), w.other.get(), 1) == 1; }},
-           {"reference", [](World& w) { return w.table->SetReferenceTable(w.Fresh(), w.other.get(), 1) == 1; }},
+           {"real", [](Fixture& f) { return f.table->SetReal(f.Fresh(), 1.5F, 1) == 1; }},
+           {"string", [](Fixture& f) { return f.table->SetString("key", f.Fresh(), 1) == 1; }},
+           {"string under itself", [](Fixture& f) { return f.table->SetString(f.Fresh(), f.Fresh(), 1) == 1; }},
+           {"path", [](Fixture& f) { return f.table->SetPath("key", f.Fresh(), 1) == 1; }},
+           {"pointer", [](Fixture& f) { return f.table->SetPtr(f.Fresh(), nullptr, 1) == 1; }},
+           {"handle", [](Fixture& f) { return f.table->SetHandle(f.Fresh(), &kHandle, 1) == 1; }},
+           {"vector of 2", [](Fixture& f) { return f.table->SetFloat2(f.Fresh(), &kPair, 1) == 1; }},
+           {"vector of 3", [](Fixture& f) { return f.table->SetFloat3(f.Fresh(), &kTriple, 1) == 1; }},
+           {"vector of 4", [](Fixture& f) { return f.table->SetFloat4(f.Fresh(), &kVector, 1) == 1; }},
+           {"external", [](Fixture& f) { return f.table->SetExternalTable(f.Fresh(), f.other.get(), 1) == 1; }},
+           {"reference", [](Fixture& f) { return f.table->SetReferenceTable(f.Fresh(), f.other.get(), 1) == 1; }},
            {"table",
-            [](World& w) {
-                const bool taken = w.table->SetTable(w.Fresh(), w.other.get(), 1) == 1;
-                if (taken) static_cast<void>(w.other.release()); // else it is still the host's
+            [](Fixture& f) {
+                const bool taken = f.table->SetTable(f.Fresh(), f.other.get(), 1) == 1;
+                if (taken) static_cast<void>(f.other.release()); // else it is still the host's
                 return taken;
             }},
-           {"flat child", [](World& w) { return GetTable(Set(w.table.get(), w.Fresh()), w.Fresh()) != nullptr; }},
-           {"rename", [](World& w) { return w.table->Rename("key3", w.Fresh(), 1) == 1; }},
-           {"listener",
-            [](World& w) { return Filled(w.table->AddArgumentListener(), ArgumentDelegate<&Ear::OnKey>(&w.ear)); }}});
+           {"flat child", [](Fixture& f) { return GetTable(Set(f.table.get(), f.Fresh()), f.Fresh()) != nullptr; }},
+           {"rename", [](Fixture& f) { return f.table->Rename("key3", f.Fresh(), 1) == 1; }},
+           {"listener", [](Fixture& f) {
+                return Filled(f.table->AddArgumentListener(), ArgumentDelegate<&CountingListener::OnKey>(&f.listener));
+            }}});
 }
 
 TEST(HeapFaults, EveryStepOfATablesGrowth) {
@@ -135,22 +137,27 @@ TEST(HeapFaults, EveryStepOfATablesGrowth) {
         SCOPED_TRACE(listeners);
         Check(TableOf(1, listeners), {{"listener", NewListener}});
     }
-    Check(
-        TableOf(1, 0),
-        {{"array", [](World& w) { return w.table->CreateArray(8) == 1; }},
-         {"array listener",
-          [](World& w) { return Filled(w.table->AddArrayListener(), ArrayDelegate<&Ear::OnItem>(&w.ear)); }},
-         {"record listener of an entry",
-          [](World& w) { return Filled(w.table->AddRecordListener("key0"), RecordDelegate<&Ear::OnRecord>(&w.ear)); }},
-         {"argument listener of an entry", [](World& w) {
-              return Filled(w.table->AddArgumentListener("key0"), ArgumentDelegate<&Ear::OnKey>(&w.ear));
-          }}});
-    Check(TableOf(0, 1, 8), {{"item", [](World& w) { return w.table->SetArrayItem(20, kItem, 1) != nullptr; }},
-                             {"larger items", [](World& w) { return w.table->CreateArray(512) == 1; }}});
+    Check(TableOf(1, 0), {{"array", [](Fixture& f) { return f.table->CreateArray(8) == 1; }},
+                          {"array listener",
+                           [](Fixture& f) {
+                               return Filled(f.table->AddArrayListener(),
+                                             ArrayDelegate<&CountingListener::OnItem>(&f.listener));
+                           }},
+                          {"record listener of an entry",
+                           [](Fixture& f) {
+                               return Filled(f.table->AddRecordListener("key0"),
+                                             RecordDelegate<&CountingListener::OnRecord>(&f.listener));
+                           }},
+                          {"argument listener of an entry", [](Fixture& f) {
+                               return Filled(f.table->AddArgumentListener("key0"),
+                                             ArgumentDelegate<&CountingListener::OnKey>(&f.listener));
+                           }}});
+    Check(TableOf(0, 1, 8), {{"item", [](Fixture& f) { return f.table->SetArrayItem(20, kItem, 1) != nullptr; }},
+                             {"larger items", [](Fixture& f) { return f.table->CreateArray(512) == 1; }}});
 }
 
-// The others try again; here the table ends with what it got.
-TEST(HeapFaults, AnArrayPartThatWasRefusedEndsWithItsTable) {
+// The other tests try again; here the table is destroyed as the failure has left it.
+TEST(HeapFaults, AnArrayPartThatFailedEndsWithItsTable) {
     for (std::size_t n = 0; n < 3; ++n) {
         const Owned<ITable> table(CreateTable());
         {
@@ -165,7 +172,7 @@ TEST(HeapFaults, AnArrayPartThatWasRefusedEndsWithItsTable) {
 
 struct LoadCase {
     const char* name;
-    const std::string* text; ///< each `*` in it is a fresh text
+    const std::string* text; // each `*` in it is a fresh text
     ITable* (*open)(const std::string& path, const std::string& text);
 };
 
@@ -176,7 +183,7 @@ std::multiset<std::string> LinesAndClose(ITable* table, const std::string& fresh
     return lines;
 }
 
-/// Loads with the n-th allocation refused: null, or a table that at worst lacks what there was no memory for.
+/// Loads with the n-th allocation failing: null, or a table that at worst lacks what there was no memory for.
 /// returns  whether there was an n-th one
 bool LoadWithout(const LoadCase& c, std::size_t n, std::multiset<std::string>& whole) {
     const TemporaryFolder folder;
@@ -236,24 +243,24 @@ TEST(HeapFaults, EverySaveOfATable) {
     static const std::string path = folder.Path("saved");
     Group group = TableOf(20, 0);
     const auto table_alone = group.prepare;
-    group.prepare = [table_alone](World& world) {
-        table_alone(world);
-        world.table->Set("child", 0)->Set("child", 0)->SetString("text", std::string(70000, 'x').c_str(), 0);
+    group.prepare = [table_alone](Fixture& fixture) {
+        table_alone(fixture);
+        fixture.table->Set("child", 0)->Set("child", 0)->SetString("text", std::string(70000, 'x').c_str(), 0);
     };
-    Check(group, {{"file", [](World& w) { return w.table->SaveFile(path.c_str()) == 1; }},
-                  {"buffer", [](World& w) {
-                       void* data = &w;
+    Check(group, {{"file", [](Fixture& f) { return f.table->SaveFile(path.c_str()) == 1; }},
+                  {"buffer", [](Fixture& f) {
+                       void* data = &f;
                        std::uint32_t size = 0;
-                       const bool saved = w.table->SaveBuffer(&data, &size) == 1;
+                       const bool saved = f.table->SaveBuffer(&data, &size) == 1;
                        EXPECT_EQ(data != nullptr, saved);
                        EXPECT_TRUE(!saved || size > 70000);
                        std::free(data);
                        return saved;
                    }}});
-    World world;
-    group.prepare(world);
-    const std::multiset<std::string> saved = Lines(world.table.get());
-    const std::multiset<std::string> read = LinesAndClose(OpenTableFile(path.c_str()), world.fresh);
+    Fixture fixture;
+    group.prepare(fixture);
+    const std::multiset<std::string> saved = Lines(fixture.table.get());
+    const std::multiset<std::string> read = LinesAndClose(OpenTableFile(path.c_str()), fixture.fresh);
     EXPECT_EQ(saved.size(), 23U);
     EXPECT_TRUE(std::includes(read.begin(), read.end(), saved.begin(), saved.end()));
 }

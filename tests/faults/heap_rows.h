@@ -1,8 +1,8 @@
-/// Runs operations with each of their allocations refused in turn. A row says how to run one operation and whether its
-/// answer was success. What must hold is the same for all of them: an operation that refuses has changed nothing that
-/// can be seen, it works when it is asked again, and what then stands is what stands without any failure.
-///
-/// The pools are drained before each run, and the string table's arena is full, so that no block is there by chance.
+// Runs operations with each of their allocations failing in turn. A row runs one operation and returns whether it
+// succeeded. The same must hold for all of them: an operation that fails has changed nothing that can be seen, it works
+// when it is tried again, and the state is then the same as without any failure.
+//
+// The pools are drained before each run, and the string table's arena is full, so that no block is free by chance.
 
 #ifndef TESSARIN_TESTS_FAULTS_HEAP_ROWS_H
 #define TESSARIN_TESTS_FAULTS_HEAP_ROWS_H
@@ -22,7 +22,7 @@
 
 namespace TestSupport {
 
-/// Ends what a factory made, by whichever way its kind is ended.
+/// Destroys what a factory made, each type by its own function.
 struct End {
     void operator()(Tessarin::ITable* table) const { CloseTable(table); }
     void operator()(farr* arr) const { farr_destroy(arr); }
@@ -38,18 +38,18 @@ struct End {
 template <class T>
 using Owned = std::unique_ptr<T, End>;
 
-/// Counts what it is told, by all three kinds of listener.
-struct Ear {
-    int told = 0;
-    void OnRecord(TableEvent*) { ++told; }
-    void OnKey(std::uint32_t, Tessarin::ITable*, cstr) { ++told; }
-    void OnItem(std::uint32_t, Tessarin::ITable*, std::uint32_t) { ++told; }
+/// Counts its calls, as all three kinds of listener.
+struct CountingListener {
+    int calls = 0;
+    void OnRecord(TableEvent*) { ++calls; }
+    void OnKey(std::uint32_t, Tessarin::ITable*, cstr) { ++calls; }
+    void OnItem(std::uint32_t, Tessarin::ITable*, std::uint32_t) { ++calls; }
 };
 
-/// What rows work on. Each group of rows makes what it needs of it.
-struct World {
+/// What rows work on. Each group of rows makes those parts that it needs.
+struct Fixture {
     std::string fresh = FreshText();
-    Ear ear;
+    CountingListener listener;
     Owned<Tessarin::ITable> table, other;
     MemoryFiles files;
     Owned<Configure::IFile> file;
@@ -65,18 +65,18 @@ struct World {
     Configure::ITable& Root() { return *file->GetRoot(); }
 };
 
-using Run = bool (*)(World&);
+using Run = bool (*)(Fixture&);
 struct Row {
     const char* name;
     Run run;
 };
 
 struct Group {
-    std::function<void(World&)> prepare;
-    std::string (*state)(World&); ///< what can be seen of it
+    std::function<void(Fixture&)> prepare;
+    std::string (*state)(Fixture&); // what can be seen of it
 };
 
-/// A text with each `what` in it turned into `by`.
+/// A text with each `what` in it replaced by `by`.
 inline std::string Replaced(std::string_view text, std::string_view what, std::string_view by) {
     std::string replaced;
     for (std::size_t at; (at = text.find(what)) != std::string_view::npos; text.remove_prefix(at + what.size())) {
@@ -85,41 +85,43 @@ inline std::string Replaced(std::string_view text, std::string_view what, std::s
     return replaced.append(text);
 }
 
-/// What can be seen, its fresh text left out: that is another one in each run.
-inline std::string StateOf(const Group& group, World& world) { return Replaced(group.state(world), world.fresh, "*"); }
+/// What can be seen, without its fresh text, which differs from run to run.
+inline std::string StateOf(const Group& group, Fixture& fixture) {
+    return Replaced(group.state(fixture), fixture.fresh, "*");
+}
 
-/// Runs a row with its n-th allocation refused.
-/// whole    the state behind a run that has all its memory; taken from the first run, for which n is kNever
+/// Runs a row with its n-th allocation failing.
+/// whole    the state after a run that has all its memory; taken from the first run, for which n is kNever
 /// returns  whether there was an n-th one
 inline bool Attempt(const Group& group, const Row& row, std::size_t n, std::string& whole, DrainedPools& pools) {
-    World world;
-    group.prepare(world);
-    const std::string before = StateOf(group, world);
+    Fixture fixture;
+    group.prepare(fixture);
+    const std::string before = StateOf(group, fixture);
     FillArena();
     pools.Drain();
     bool done = false, failed = false;
     {
         const FailingHeap heap(n);
-        done = row.run(world);
+        done = row.run(fixture);
         failed = heap.Failed();
     }
-    const std::string after = StateOf(group, world);
+    const std::string after = StateOf(group, fixture);
     if (n == FailingHeap::kNever) {
         whole = after;
         EXPECT_TRUE(done);
     } else if (done) {
-        EXPECT_EQ(after, whole) << "said to be done";
+        EXPECT_EQ(after, whole) << "the operation reported success";
     } else {
-        EXPECT_TRUE(failed) << "refused with all the memory that it asked for";
+        EXPECT_TRUE(failed) << "failed with all the memory that it asked for";
         EXPECT_EQ(after, before);
-        EXPECT_TRUE(row.run(world)) << "refused once more, with memory";
-        EXPECT_EQ(StateOf(group, world), whole);
+        EXPECT_TRUE(row.run(fixture)) << "failed again, with memory";
+        EXPECT_EQ(StateOf(group, fixture), whole);
     }
     return failed;
 }
 
 inline DrainedPools& Pools() {
-    static DrainedPools pools; // what it has taken stays taken
+    static DrainedPools pools; // it keeps what it has taken
     return pools;
 }
 
@@ -130,9 +132,9 @@ inline void Check(const Group& group, const std::vector<Row>& rows) {
         std::string whole;
         Attempt(group, row, FailingHeap::kNever, whole, pools);
         std::size_t n = 0;
-        for (; Attempt(group, row, n, whole, pools); ++n) EXPECT_TRUE(pools.Drain()) << "a block lost, refusal " << n;
+        for (; Attempt(group, row, n, whole, pools); ++n) EXPECT_TRUE(pools.Drain()) << "a block lost, failure " << n;
         EXPECT_TRUE(pools.Drain());
-        EXPECT_GT(n, 0U) << "nothing to refuse";
+        EXPECT_GT(n, 0U) << "no allocation to fail";
     }
 }
 

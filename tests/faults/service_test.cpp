@@ -26,7 +26,7 @@ constexpr Fault kFaults[] = {Fault::kNull,    Fault::kNegative, Fault::kTooLarge
 /// Files in memory behind a service one of whose calls fails, if the fault is one of that call's kind.
 class FaultyFiles : public MemoryFiles {
 public:
-    void FailAt(int call, Fault its_fault) { calls = 0, at = call, fault = its_fault, struck = false; }
+    void FailAt(int call, Fault new_fault) { calls = 0, at = call, fault = new_fault, struck = false; }
     void Work() { FailAt(-1, Fault::kNull); }
 
     void* Open(const char* path, std::int32_t mode) override {
@@ -48,7 +48,7 @@ public:
     }
 
     int calls = 0;
-    bool struck = false; ///< the call has come, and failed
+    bool struck = false; // the call has come, and failed
 
 private:
     /// Whether this is the call, and the fault one of the range that it can have.
@@ -69,16 +69,16 @@ private:
 };
 
 /// The files and what works on them, made anew for each fault.
-struct World {
+struct Fixture {
     struct EndTab {
-        void operator()(ITabFile* its_tab) const { its_tab->Release(); }
+        void operator()(ITabFile* ended) const { ended->Release(); }
     };
 
     FaultyFiles files;
     FilePointer file = NewFile(files);
     std::unique_ptr<ITabFile, EndTab> tab{CreateTabFile(&files)};
 
-    World() {
+    Fixture() {
         files["text"] = "a = 1 t = { x = { 1 2 { } } _default = { y = { z = 3 } } } s = \"some text\"";
         files["tab"] = "h\ti\nx\ty\n\t2\n";
         for (auto [path, format] : {std::pair("binary", FORMAT_BINARY), std::pair("written", FORMAT_TEXT)}) {
@@ -100,55 +100,55 @@ struct Operation {
     const char* name;
     Kind kind;
     std::uint32_t access;
-    const char* loaded;        ///< what is loaded beforehand, with that access; a save leaves it, a load drops it
-    bool (*run)(World& world); ///< whether the answer was success
-    const char* target;        ///< of a save
+    const char* loaded;            // what is loaded beforehand, with that access; a save leaves it, a load drops it
+    bool (*run)(Fixture& fixture); // returns whether it succeeded
+    const char* target;            // of a save
 };
 
 template <FileAccess Access, FileFormat Format>
-bool LoadIt(World& world) {
-    return world.file->Load(Format == FORMAT_BINARY ? "binary" : "text", Access, Format) != nullptr;
+bool LoadIt(Fixture& fixture) {
+    return fixture.file->Load(Format == FORMAT_BINARY ? "binary" : "text", Access, Format) != nullptr;
 }
-bool SaveText(World& world) { return world.file->SaveAs("target", FORMAT_TEXT); }
-bool SaveBinary(World& world) { return world.file->SaveAs("target", FORMAT_BINARY); }
+bool SaveText(Fixture& fixture) { return fixture.file->SaveAs("target", FORMAT_TEXT); }
+bool SaveBinary(Fixture& fixture) { return fixture.file->SaveAs("target", FORMAT_BINARY); }
 
 const Operation kOperations[] = {
     {"text to read", Kind::kLoad, ACCESS_EDIT, "text", LoadIt<ACCESS_READ, FORMAT_TEXT>, ""},
     {"text to edit", Kind::kLoad, ACCESS_READ, "binary", LoadIt<ACCESS_EDIT, FORMAT_TEXT>, ""},
     {"binary", Kind::kLoad, ACCESS_READ, "text", LoadIt<ACCESS_READ, FORMAT_BINARY>, ""},
     {"either", Kind::kLoad, ACCESS_READ, "text", LoadIt<ACCESS_READ, FORMAT_AUTO>, ""},
-    {"tab file", Kind::kLoad, ACCESS_READ, "", [](World& w) { return w.tab->Open("tab", TABFILE_DEFAULT_ROW); }, ""},
+    {"tab file", Kind::kLoad, ACCESS_READ, "", [](Fixture& f) { return f.tab->Open("tab", TABFILE_DEFAULT_ROW); }, ""},
     {"text from reading", Kind::kSaveText, ACCESS_READ, "text", SaveText, "target"},
     {"text from the binary form", Kind::kSaveText, ACCESS_READ, "binary", SaveText, "target"},
     {"binary from editing", Kind::kSaveBinary, ACCESS_EDIT, "text", SaveBinary, "target"},
     {"binary from itself", Kind::kSaveBinary, ACCESS_READ, "binary", SaveBinary, "target"},
-    {"save", Kind::kSaveText, ACCESS_EDIT, "written", [](World& w) { return w.file->Save(); }, "written"},
+    {"save", Kind::kSaveText, ACCESS_EDIT, "written", [](Fixture& f) { return f.file->Save(); }, "written"},
 };
 
-/// Lets one call fail in one way. Whether the call can fail so.
+/// Makes one call fail in one way. Returns whether the call can fail so.
 bool Strike(const Operation& operation, int call, Fault fault, int& calls) {
-    World world;
-    FaultyFiles& files = world.files;
-    const std::string empty = world.State();
+    Fixture fixture;
+    FaultyFiles& files = fixture.files;
+    const std::string empty = fixture.State();
     if (*operation.loaded == '\0') {
-        EXPECT_TRUE(world.tab->Open("tab", 0));
+        EXPECT_TRUE(fixture.tab->Open("tab", 0));
     } else {
-        EXPECT_NE(world.file->Load(operation.loaded, operation.access, FORMAT_AUTO), nullptr);
+        EXPECT_NE(fixture.file->Load(operation.loaded, operation.access, FORMAT_AUTO), nullptr);
     }
-    const std::string loaded = world.State();
+    const std::string loaded = fixture.State();
     files["target"] = "old";
     files.FailAt(call, fault);
-    const bool done = operation.run(world);
+    const bool done = operation.run(fixture);
     const bool struck = files.struck;
-    // Of the text form's writes nobody looks at the answers.
+    // The results of the text form's writes are ignored.
     EXPECT_EQ(done, !struck || (operation.kind == Kind::kSaveText && call > 0));
     EXPECT_EQ(files.handles, 0);
     if (!done) {
-        EXPECT_EQ(world.State(), operation.kind == Kind::kLoad ? empty : loaded);
+        EXPECT_EQ(fixture.State(), operation.kind == Kind::kLoad ? empty : loaded);
     }
     const std::string partial = files[operation.target];
     files.Work();
-    EXPECT_TRUE(operation.run(world)) << "with a service that works";
+    EXPECT_TRUE(operation.run(fixture)) << "with a service that works";
     EXPECT_EQ(files.handles, 0);
     if (operation.kind == Kind::kSaveBinary) {
         EXPECT_TRUE(files["target"] == files["binary"]);

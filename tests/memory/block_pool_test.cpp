@@ -1,4 +1,5 @@
-// The block pools: which block comes next, when the heap is reached, what its refusal leaves, and the size classes.
+// The block pools: which block comes next, when the heap is reached, what allocation failures leave, the size classes;
+// and the lifetime of all pools together.
 
 #include "memory/block_pool.h"
 #include "strings/string_table.h"
@@ -42,7 +43,7 @@ TEST(RawVector, DoublesFromEightAndReservesTwiceTheNeed) {
     vector.Release();
 }
 
-TEST(ObjectPool, DealsOutDownwardsAndTheLastOneBackFirst) {
+TEST(ObjectPool, HandsOutDownwardsAndTheLastOneBackFirst) {
     constexpr std::uint32_t kSize = 24;
     ObjectPool pool(kSize, 64);
     FailingHeap heap;
@@ -60,7 +61,7 @@ TEST(ObjectPool, DealsOutDownwardsAndTheLastOneBackFirst) {
     EXPECT_EQ(heap.Allocations(), 1U) << "the 65th block needs a second chunk";
 }
 
-TEST(ObjectPool, RecoversFromEveryRefusal) {
+TEST(ObjectPool, RecoversFromEveryFailure) {
     std::size_t failures = TestSupport::FailEachAllocation([](FailingHeap& heap) {
         {
             ObjectPool pool;
@@ -81,7 +82,7 @@ TEST(ObjectPool, RecoversFromEveryRefusal) {
     EXPECT_GT(failures, 10U); // two lists, eight chunks, and the growth of the stack
 }
 
-TEST(ObjectPool, AChunkThatIsNotRecordedServesAllTheSame) {
+TEST(ObjectPool, AChunkThatIsNotRecordedIsUsedAllTheSame) {
     ObjectPool pool(16, 4);
     for (int n = 0; n < 32; ++n) pool.Alloc(); // eight chunks fill the first list of them
     void* block = nullptr;
@@ -92,7 +93,7 @@ TEST(ObjectPool, AChunkThatIsNotRecordedServesAllTheSame) {
     }
     EXPECT_NE(block, nullptr);
     for (int n = 0; n < 3; ++n) block = pool.Alloc();
-    std::free(block); // the chunk's lowest, so its start: the pool no longer knows of it
+    std::free(block); // the chunk's lowest, so its start: the pool doesn't know the chunk
 }
 
 TEST(ObjectPool, LosesTheBlockThatItsStackHasNoRoomFor) {
@@ -144,7 +145,7 @@ TEST(TablePools, HoldOneChunkOfEveryPoolAndGiveAllBack) {
             pool.take();
             EXPECT_GT(heap.Allocations(), before) << pool.name << ' ' << pool.per_chunk;
         }
-        // One of the 13 listener pools never serves another: a block given back to one kind stays with it.
+        // One of the 13 listener pools is used for another: a block given back to one kind stays with it.
         void* block = listeners->delegates[0].Acquire(1);
         listeners->delegates[0].Release(block, 1);
         EXPECT_NE(listeners->delegates[1].Acquire(1), block);
@@ -160,8 +161,8 @@ struct Library {
     TableRegistry registry;
 };
 
-TEST(Library, ComesUpWithoutMemoryAndServesLater) {
-    alignas(Library) static unsigned char room[sizeof(Library)]; // what fails is to fail inside the library
+TEST(Library, StartsWithoutMemoryAndWorksLater) {
+    alignas(Library) static unsigned char room[sizeof(Library)]; // static, so that only the library allocates
     TestSupport::FailEachAllocation([](FailingHeap& heap) {
         auto* library = new (room) Library;
         for (int n = 0; n < 6; ++n) { // one of each class, down to the heap

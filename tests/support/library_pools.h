@@ -1,4 +1,4 @@
-/// Every block pool of the library, for tests that count blocks.
+// Every block pool of the library, for tests that count blocks.
 
 #ifndef TESSARIN_TESTS_SUPPORT_LIBRARY_POOLS_H
 #define TESSARIN_TESTS_SUPPORT_LIBRARY_POOLS_H

@@ -54,7 +54,7 @@ struct Model {
     [[nodiscard]] bool Has(cstr key) const { return std::find(keys.begin(), keys.end(), key) != keys.end(); }
 };
 
-/// A store and its model, which every step changes alike and compares.
+/// A store and its model: every step changes both and compares them.
 class EntryStoreModel : public testing::Test {
 protected:
     ~EntryStoreModel() override {
@@ -166,7 +166,7 @@ TEST_F(EntryStoreModel, AgreesOverRandomSteps) {
     }
 }
 
-TEST_F(EntryStoreModel, AFillingEndsInTheSameOrder) {
+TEST_F(EntryStoreModel, ABulkLoadEndsInTheSameOrder) {
     std::mt19937 random(5);
     for (std::size_t size : {0U, 1U, 8U, 9U, 10U, 70U, 600U}) {
         std::vector<cstr> keys(Keys().begin(), Keys().begin() + static_cast<std::ptrdiff_t>(size));
@@ -193,7 +193,7 @@ TEST_F(EntryStoreModel, NullIsNoKeyAndAnEmptyTextIsOne) {
     bool existed = true;
     EXPECT_EQ(store.FindOrAdd(nullptr, existed), nullptr);
     EXPECT_EQ(store.Find(nullptr), nullptr);
-    EXPECT_EQ(store.Capacity(), 0U) << "nothing is taken for it";
+    EXPECT_EQ(store.Capacity(), 0U) << "no array is acquired for it";
     Add(string_table->Intern(""));
     EXPECT_EQ(store.Capacity(), 4U);
     EXPECT_FALSE(store.Rename(string_table->Intern(""), nullptr));

@@ -1,4 +1,4 @@
-// How tables come and go: the registry, deep trees, and what a refusal of memory leaves undone.
+// How tables are made and destroyed: the registry, deep trees, and what allocation failures leave undone.
 
 #include "tables/table.h"
 #include "tables/table_factory.h"
@@ -15,7 +15,7 @@ namespace {
 using namespace Tessarin;
 using namespace TestSupport;
 
-TEST(TableRegistry, SaysHowEachTableCameToBe) {
+TEST(TableRegistry, SaysHowEachTableWasMade) {
     int never_a_table = 0;
     EXPECT_EQ(ValidateTable(nullptr), 0U);
     EXPECT_EQ(ValidateTable(reinterpret_cast<ITable*>(&never_a_table)), 0U);
@@ -65,7 +65,7 @@ TEST(TableLifecycle, TablesBeginWithRoomForFourOrNone) {
     DestroyTable(MakeTable());
 }
 
-/// A chain of tables, with entries beside the children. Gives the innermost.
+/// A chain of tables, with entries beside the children. Returns the innermost.
 ITable* Nest(ITable* outer, int depth) {
     for (int n = 0; n < depth; ++n) {
         ITable* inner = outer->Set("inner", 0);
@@ -85,7 +85,7 @@ TEST(TableLifecycle, ATableAMillionDeepEndsOnASmallStack) {
     }
 }
 
-TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
+TEST(TableLifecycle, BlocksOfOneTableAreReusedByTheNext) {
     std::string log;
     Listener listener{"", &log};
     listener.act = [&](std::uint32_t, ITable* table, cstr) { table->AddArrayListener(); };
@@ -97,7 +97,7 @@ TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
         for (int n = 0; n < 20; ++n) *table->AddRecordListener() = listener.Record();
         for (int n = 0; n < 70; ++n) *table->AddArgumentListener("key0") = listener.Argument();
         table->CreateArray(400);
-        table->SetInteger("key0", 5, 1); // and requests that wait
+        table->SetInteger("key0", 5, 1); // and queued requests
         if (entries % 2 == 0) table->Clear(0);
         log.clear();
     };
@@ -109,7 +109,7 @@ TEST(TableLifecycle, WhatOneTableLeavesTheNextOneUses) {
     }
 }
 
-TEST(OutOfMemory, RequestsThatCanNotWaitAreDropped) {
+TEST(OutOfMemory, RequestsThatCanNotBeQueuedAreDropped) {
     std::string log;
     TableHolder table = NewTable();
     Listener listener{"", &log};

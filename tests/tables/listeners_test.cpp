@@ -1,4 +1,4 @@
-// Who is told of what, in which order, and what listeners may do to the table that tells them.
+// Which listeners are notified of what, in which order, and what they may do meanwhile to the table that notifies them.
 
 #include "tables/listeners.h"
 #include "tables/table.h"
@@ -41,11 +41,11 @@ struct Listeners : testing::Test {
     }
 };
 
-TEST_F(Listeners, OfEveryChangeWithItsCodesAndKeys) {
+TEST_F(Listeners, AreNotifiedOfEveryChangeWithItsCodesAndKeys) {
     const struct {
         std::uint32_t (*change)(ITable*, std::uint32_t notify);
-        std::uint32_t answer;
-        const char* heard;
+        std::uint32_t result;
+        const char* calls;
     } cases[] = {
         {[](ITable* t, std::uint32_t n) { return t->SetInteger("k", 5, n); }, 1,
          "T10:k A10:k R10:k E10:k T1:k A1:k R1:k E1:k "},
@@ -65,27 +65,27 @@ TEST_F(Listeners, OfEveryChangeWithItsCodesAndKeys) {
         for (std::uint32_t notify : {1U, 0U}) {
             Renew();
             ListenAll();
-            EXPECT_EQ(row.change(table, notify), row.answer) << row.heard;
-            EXPECT_EQ(Heard(log), notify == 0 ? "" : row.heard);
+            EXPECT_EQ(row.change(table, notify), row.result) << row.calls;
+            EXPECT_EQ(TakeLog(log), notify == 0 ? "" : row.calls);
         }
     }
 }
 
-TEST_F(Listeners, OfTheArrayPartByItsOwnListenersAlone) {
+TEST_F(Listeners, OfTheArrayPartAreItsOwnAlone) {
     ListenAll();
     int item = 7;
     EXPECT_EQ(table->SetArrayItem(1, &item, 1), nullptr);
-    EXPECT_EQ(Heard(log), "");
+    EXPECT_EQ(TakeLog(log), "");
     EXPECT_EQ(table->CreateArray(sizeof item), 1U);
     EXPECT_NE(table->SetArrayItem(4, &item, 1), nullptr);
-    EXPECT_EQ(table->SetArrayItem(UINT32_MAX, &item, 1), nullptr) << "told although it then fails";
+    EXPECT_EQ(table->SetArrayItem(UINT32_MAX, &item, 1), nullptr) << "notified although it then fails";
     table->SetArrayItem(2, &item, 0);
     table->DestroyArray();
     table->DestroyArray();
-    EXPECT_EQ(Heard(log), "I14:0 I5:0 I16:4 I7:4 I16:4294967295 I7:4294967295 I15:0 I6:0 I15:0 I6:0 ");
+    EXPECT_EQ(TakeLog(log), "I14:0 I5:0 I16:4 I7:4 I16:4294967295 I7:4294967295 I15:0 I6:0 I15:0 I6:0 ");
 }
 
-TEST_F(Listeners, WithTheEntryAsItIsAtThatMoment) {
+TEST_F(Listeners, SeeTheEntryAsItIsAtThatMoment) {
     std::string seen;
     extra.act = [&seen](std::uint32_t code, ITable* t, cstr key) {
         IIterator* pair = t->Find(key);
@@ -101,21 +101,21 @@ TEST_F(Listeners, WithTheEntryAsItIsAtThatMoment) {
     EXPECT_EQ(seen, "9=0/0 0=5/3 10=5/3 1=5/4 13=5/4 4=5/4 11=5/4 2=gone ");
 }
 
-TEST_F(Listeners, ListenersOfAnEntryLastAsLongAsTheEntry) {
+TEST_F(Listeners, OfAnEntryLastAsLongAsTheEntry) {
     EXPECT_EQ(table->AddRecordListener("x"), nullptr);
     EXPECT_EQ(table->AddArgumentListener(nullptr), nullptr) << "no key is not the whole table";
     *table->AddRecordListener("k") = extra.Record();
     table->AddRecordListener("k"); // left empty: passed over
     table->Rename("k", "l", 0);
     table->SetInteger("l", 5, 1);
-    EXPECT_EQ(Heard(log), "X10:l X1:l ");
+    EXPECT_EQ(TakeLog(log), "X10:l X1:l ");
     table->Remove("l", 1);
-    EXPECT_EQ(Heard(log), "X11:l ");
+    EXPECT_EQ(TakeLog(log), "X11:l ");
     table->SetInteger("l", 6, 1);
     *table->AddRecordListener("l") = extra.Record();
     table->Clear(1);
     table->SetInteger("l", 7, 1);
-    EXPECT_EQ(Heard(log), "");
+    EXPECT_EQ(TakeLog(log), "");
 }
 
 // --------------------------------------------------------------------------------------------------------- the lists
@@ -140,7 +140,7 @@ TEST(DelegateVector, GrowsByItsClassesAndKeepsItsDelegates) {
 TEST_F(Listeners, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
     auto change = [this] {
         table->SetInteger("k", table->GetInteger("k") + 1, 1);
-        return Heard(log);
+        return TakeLog(log);
     };
     Listener& one = listeners[0];
     Listener& two = listeners[1];
@@ -157,7 +157,7 @@ TEST_F(Listeners, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
         Delegate* first = add(one);
         add(two);
         add(three);
-        remove(first); // named by its own slot, which the last one then fills
+        remove(first); // passed as its own slot, which the last one then fills
         EXPECT_EQ(change(), "R10:k A10:k R1:k A1:k ");
         add(three);
         add(three);
@@ -177,8 +177,7 @@ TEST_F(Listeners, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
     }
 }
 
-// ---------------------------------------------------------------------------------------------------- while
-// dispatching
+// -------------------------------------------------------------------------------------------------- while dispatching
 
 TEST_F(Listeners, RequestsWaitForTheEndOfTheirNotification) {
     Delegate leaver = listeners[1].Record();
@@ -196,15 +195,15 @@ TEST_F(Listeners, RequestsWaitForTheEndOfTheirNotification) {
     *table->AddRecordListener() = listeners[0].Record();
     *table->AddRecordListener() = leaver;
     table->SetInteger("k", 2, 1);
-    EXPECT_EQ(Heard(log), "T10:k A10:k T1:k R1:k R1:k R1:k R1:k R1:k R1:k E1:k ")
+    EXPECT_EQ(TakeLog(log), "T10:k A10:k T1:k R1:k R1:k R1:k R1:k R1:k R1:k E1:k ")
         << "in time for the second half of the same call";
     table->CreateArray(1);
-    EXPECT_EQ(Heard(log), "I14:0 I5:0 ");
+    EXPECT_EQ(TakeLog(log), "I14:0 I5:0 ");
 }
 
-// The inner notification ends with the flag down and the queue applied, also where nobody hears it; what comes after is
-// at once, and the outer walk, which reads count and data at each step, goes on over it.
-TEST_F(Listeners, AnInnerNotificationEndsTheWaitingOfTheOuterOne) {
+// The inner notification ends with the flag cleared and the queue applied, even if it has no listener. Requests after
+// it take effect at once, and the outer one, which reads count and data at each step, goes on over them.
+TEST_F(Listeners, AnInnerNotificationAppliesTheRequestsOfTheOuterOne) {
     for (bool on_entry : {false, true}) {
         Renew();
         Delegate actor = listeners[0].Record();
@@ -213,7 +212,7 @@ TEST_F(Listeners, AnInnerNotificationEndsTheWaitingOfTheOuterOne) {
             auto add = [&] { return on_entry ? t->AddRecordListener("k") : t->AddRecordListener(); };
             *add() = listeners[1].Record(); // waits for the inner one's end
             t->SetInteger("m", t->GetInteger("m") + 1, 1);
-            for (int n = 0; n < 5; ++n) *add() = listeners[2].Record(); // at once: the vector moves under the walk
+            for (int n = 0; n < 5; ++n) *add() = listeners[2].Record(); // at once: the vector moves during the dispatch
             Delegate self = listeners[0].Record();
             on_entry ? t->RemoveRecordListener("k", &self) : t->RemoveRecordListener(&self);
         };
@@ -223,16 +222,16 @@ TEST_F(Listeners, AnInnerNotificationEndsTheWaitingOfTheOuterOne) {
         std::string rest = "A10:k R10:k R10:k R10:k R10:k ";
         std::string after = "R1:k A1:k R1:k R1:k R1:k R1:k ";
         std::string inner = on_entry ? "" : "T10:m T1:m A1:m ";
-        EXPECT_EQ(Heard(log), "T10:k " + inner + rest + after) << on_entry;
+        EXPECT_EQ(TakeLog(log), "T10:k " + inner + rest + after) << on_entry;
     }
 }
 
-// ------------------------------------------------------------------------- listeners that end what they are told about
+// ---------------------------------------------------------------------- listeners that end what their call is about
 
 enum Blow { kRemove, kClear, kClose };
 
-/// Ends the entry or the table. Where the table lives on, another entry takes the block that has just become free:
-/// nothing may be stored there.
+/// Ends the entry or the table. If the table lives on, another entry takes the block that has just become free: nothing
+/// may be stored there.
 void Strike(Blow blow, TableHolder& table, cstr key) {
     if (blow == kClose) return table.reset();
     blow == kRemove ? table->Remove(key, 1) : table->Clear(1);
@@ -252,7 +251,7 @@ struct Operation {
     const char* name;
     std::uint32_t before, after; // the codes at which the blow falls
     std::uint32_t (*run)(ITable* table);
-    std::uint32_t answer_before, answer_after;
+    std::uint32_t result_before, result_after;
 };
 
 const Operation kOperations[] = {
@@ -277,8 +276,8 @@ TEST_F(Listeners, EndingTheEntryOrTheTableIsSafe) {
                 Renew();
                 bool struck = false;
                 Listener striker{"S", &log};
-                striker.act = [&](std::uint32_t its_code, ITable*, cstr key) {
-                    if (its_code != code || std::exchange(struck, true)) return;
+                striker.act = [&](std::uint32_t current, ITable*, cstr key) {
+                    if (current != code || std::exchange(struck, true)) return;
                     Strike(blow, holder, key);
                     log.clear();
                 };
@@ -286,16 +285,16 @@ TEST_F(Listeners, EndingTheEntryOrTheTableIsSafe) {
                 *table->AddRecordListener() = extra.Record();
                 *table->AddRecordListener("k") = listeners[2].Record();
                 *table->AddArgumentListener("k") = listeners[3].Argument();
-                std::uint32_t answer = operation.run(table);
-                if (!std::exchange(struck, true)) continue; // an entry doesn't hear of this
-                EXPECT_EQ(answer, late ? operation.answer_after : operation.answer_before);
-                EXPECT_EQ(Heard(log).find_first_of("RE"), std::string::npos) << "the entry's others aren't called";
+                const std::uint32_t result = operation.run(table);
+                if (!std::exchange(struck, true)) continue; // an entry's listeners aren't notified of this
+                EXPECT_EQ(result, late ? operation.result_after : operation.result_before);
+                EXPECT_EQ(TakeLog(log).find_first_of("RE"), std::string::npos) << "the entry's others aren't called";
                 if (holder == nullptr) continue;
                 bool cleared_again = operation.before == EVENT_CLEARING && !late;
                 EXPECT_EQ(table->GetInteger("other"), cleared_again ? 0 : 77);
                 EXPECT_TRUE(static_cast<Table*>(table)->Entries().IsValid());
                 EXPECT_EQ(table->SetInteger("next", 1, 1), 1U);
-                EXPECT_EQ(Heard(log), by_entry ? "X9:next X0:next " : "S9:next X9:next S0:next X0:next ");
+                EXPECT_EQ(TakeLog(log), by_entry ? "X9:next X0:next " : "S9:next X9:next S0:next X0:next ");
             }
         }
     }
@@ -321,22 +320,22 @@ TEST_F(Listeners, AListenersOwnChangeOfTheEntryHolds) {
     CloseTable(handed);
     log.clear();
     EXPECT_EQ(table->SetInteger("k", 5, 1), 1U);
-    EXPECT_EQ(Heard(log), "X10:k A10:renamed X1:renamed A1:renamed ");
+    EXPECT_EQ(TakeLog(log), "X10:k A10:renamed X1:renamed A1:renamed ");
     EXPECT_EQ(table->GetInteger("renamed"), 5);
     extra.act = [&](std::uint32_t code, ITable* t, cstr key) {
         if (code == EVENT_ADDED) t->Find(key)->SetInteger(9); // the child that has just been made ends by that
-        if (code == EVENT_CHANGING) t->Rename("p", "q", 0);   // not the entry that is told about
+        if (code == EVENT_CHANGING) t->Rename("p", "q", 0);   // not the entry of the notification
     };
     EXPECT_EQ(table->Set("late", 1), nullptr);
     EXPECT_EQ(table->GetInteger("late"), 9);
     log.clear();
     EXPECT_EQ(table->SetInteger("m", 5, 1), 1U);
-    EXPECT_EQ(Heard(log), "X10:m A10:m X1:m A1:m ");
+    EXPECT_EQ(TakeLog(log), "X10:m A10:m X1:m A1:m ");
     *table->AddArgumentListener("m") = listeners[3].Argument();
     const Delegate of_entry = listeners[3].Argument();
     table->RemoveArgumentListener("m", &of_entry);
     EXPECT_EQ(table->SetInteger("m", 6, 1), 1U);
-    EXPECT_EQ(Heard(log), "X10:m A10:m X1:m A1:m ");
+    EXPECT_EQ(TakeLog(log), "X10:m A10:m X1:m A1:m ");
 }
 
 TEST_F(Listeners, AnArrayPartThatIsMadeAnewTakesNoItemOfTheOldSize) {
@@ -354,7 +353,7 @@ TEST_F(Listeners, AnArrayPartThatIsMadeAnewTakesNoItemOfTheOldSize) {
 TEST_F(Listeners, EndingTheArrayPartOrItsTableIsSafe) {
     const struct {
         std::uint32_t code;
-        bool answer_closed, answer_destroyed;
+        bool result_closed, result_destroyed;
     } cases[] = {{EVENT_ARRAY_CREATING, false, true},  {EVENT_ARRAY_CREATED, true, true},
                  {EVENT_ITEM_SETTING, false, false},   {EVENT_ITEM_SET, false, false},
                  {EVENT_ARRAY_DESTROYING, true, true}, {EVENT_ARRAY_DESTROYED, true, true}};
@@ -370,11 +369,11 @@ TEST_F(Listeners, EndingTheArrayPartOrItsTableIsSafe) {
             *table->AddArrayListener() = extra.Array();
             int item = 1;
             std::uint32_t after = row.code % 9;
-            bool answer = after == EVENT_ARRAY_CREATED ? table->CreateArray(4) != 0
-                          : after == EVENT_ITEM_SET    ? table->SetArrayItem(1, &item, 1) != nullptr
-                                                       : table->DestroyArray() != 0;
+            const bool result = after == EVENT_ARRAY_CREATED ? table->CreateArray(4) != 0
+                                : after == EVENT_ITEM_SET    ? table->SetArrayItem(1, &item, 1) != nullptr
+                                                             : table->DestroyArray() != 0;
             EXPECT_TRUE(struck);
-            EXPECT_EQ(answer, close ? row.answer_closed : row.answer_destroyed) << row.code;
+            EXPECT_EQ(result, close ? row.result_closed : row.result_destroyed) << row.code;
         }
     }
 }

@@ -1,4 +1,4 @@
-/// Tables that close themselves, and listeners that write down what they hear.
+// Tables that close themselves, and listeners that write their calls to a log.
 
 #ifndef TESSARIN_TESTS_TABLES_RECORDER_H
 #define TESSARIN_TESTS_TABLES_RECORDER_H
@@ -20,7 +20,7 @@ using TableHolder = std::unique_ptr<Tessarin::ITable, TableCloser>;
 
 inline TableHolder NewTable() { return TableHolder(CreateTable()); }
 
-/// Adds "<name><code>:<key or index> " to a log for each call, then acts if it is to.
+/// Adds "<name><code>:<key or index> " to a log for each call, then calls `act` if there is one.
 struct Listener {
     std::string name;
     std::string* log;
@@ -48,8 +48,8 @@ private:
     }
 };
 
-/// The log, emptied for the next step.
-inline std::string Heard(std::string& log) { return std::exchange(log, {}); }
+/// The log, which is then empty for the next step.
+inline std::string TakeLog(std::string& log) { return std::exchange(log, {}); }
 
 } // namespace TestSupport
 

@@ -85,7 +85,7 @@ const Setter kSetters[] = {
     {"child", kNeverAgain, [](ITable* t, int, U32 n) { return t->Set("k", n) == nullptr ? 0U : 1U; }},
 };
 
-/// A table and what its listener has heard.
+/// A table and the log of its listener.
 struct Watched {
     std::string log;
     Listener listener{"", &log};
@@ -103,7 +103,8 @@ std::array<unsigned char, 16> Words(ITable* table) {
     return bytes;
 }
 
-// Each setter over an entry that each setter has made: the kind never changes, and who is told follows the answer.
+// Each setter over an entry that each setter has made: the kind never changes, and listeners are notified if the setter
+// accepts.
 TEST(TableKinds, EverySetterOverEveryKind) {
     for (const Setter& first : kSetters) {
         for (const Setter& second : kSetters) {
@@ -112,21 +113,21 @@ TEST(TableKinds, EverySetterOverEveryKind) {
             ITable* table = watched.table;
             watched.Listen();
             ASSERT_EQ(first.set(table, 0, 1), 1U);
-            EXPECT_EQ(Heard(watched.log), "9:k 0:k ");
+            EXPECT_EQ(TakeLog(watched.log), "9:k 0:k ");
             U32 kind = table->Find("k")->GetType();
             EXPECT_EQ(kind, first.kind == kNeverAgain ? U32{VALUE_TABLE} : first.kind);
             auto words = Words(table);
 
             bool accepts = first.kind == second.kind && first.kind != kNeverAgain;
             EXPECT_EQ(second.set(table, 1, 1), accepts ? 1U : 0U);
-            EXPECT_EQ(Heard(watched.log), accepts ? "10:k 1:k " : "");
+            EXPECT_EQ(TakeLog(watched.log), accepts ? "10:k 1:k " : "");
             EXPECT_EQ(table->Find("k")->GetType(), kind);
             EXPECT_TRUE(accepts || Words(table) == words);
             if (!accepts) continue;
             EXPECT_EQ(second.set(table, 1, 1), 1U) << "the same again";
-            EXPECT_EQ(Heard(watched.log), kind == VALUE_FLOAT4X4 ? "10:k 1:k " : "");
+            EXPECT_EQ(TakeLog(watched.log), kind == VALUE_FLOAT4X4 ? "10:k 1:k " : "");
             EXPECT_EQ(second.set(table, 0, 0), 1U);
-            EXPECT_EQ(Heard(watched.log), "") << "told although nobody asked for it";
+            EXPECT_EQ(TakeLog(watched.log), "") << "notified without being asked to";
         }
     }
 }
@@ -139,7 +140,7 @@ TEST(TableKinds, AnEmptyEntryTakesAnyKindAsAChange) {
         bool existed = false;
         static_cast<Table*>(table)->Entries().FindOrAdd(cstr_string("k"), existed);
         EXPECT_EQ(setter.set(table, 0, 1), 1U) << setter.name;
-        EXPECT_EQ(Heard(watched.log), "10:k 1:k ") << setter.name;
+        EXPECT_EQ(TakeLog(watched.log), "10:k 1:k ") << setter.name;
     }
 }
 
@@ -155,7 +156,7 @@ bool ComponentChanges(U32 (ITable::*set)(const char*, const T*, U32), std::size_
     EXPECT_EQ((table->*set)("k", &value, 1), 1U);
     auto words = Words(table);
     bool stored = std::memcmp(words.data(), &value, sizeof value) == 0;
-    EXPECT_EQ(stored, Heard(watched.log) == "10:k 1:k ") << "stored and told go together";
+    EXPECT_EQ(stored, TakeLog(watched.log) == "10:k 1:k ") << "stored and notified go together";
     return stored;
 }
 
@@ -205,7 +206,7 @@ TEST(TableSameness, RealsAndTexts) {
         watched.Listen();
         auto words = Words(table);
         EXPECT_EQ(row.second(table), 1U) << row.name;
-        EXPECT_EQ(Heard(watched.log), row.change ? "10:k 1:k " : "") << row.name;
+        EXPECT_EQ(TakeLog(watched.log), row.change ? "10:k 1:k " : "") << row.name;
         EXPECT_TRUE(row.change || Words(table) == words) << row.name;
     }
 }
@@ -252,7 +253,7 @@ TEST(TableGetters, ReadTheWordWhateverTheKind) {
     }
 }
 
-TEST(TableGetters, AnswerTheFallbackForAMissingEntryAlone) {
+TEST(TableGetters, ReturnTheFallbackForAMissingEntryAlone) {
     TableHolder table = NewTable();
     table->SetInteger("k", 5, 0);
     for (const char* key : {"absent", "K", static_cast<const char*>(nullptr)}) {
@@ -404,7 +405,7 @@ TEST(Pair, DirectSettersReleaseWhatTheEntryOwned) {
 
 // ------------------------------------------------------------------------------------------------- flat functions
 
-TEST(FlatFunctions, ANullTableAnswersAndInternsNothing) {
+TEST(FlatFunctions, ANullTableReturnsNothingAndInternsNothing) {
     const char* key = "key of a null table";
     const Float4x4 matrix = Filled<Float4x4>(0);
     const Float4 four{1, 2, 3, 4};
@@ -429,7 +430,7 @@ TEST(FlatFunctions, ANullTableAnswersAndInternsNothing) {
     EXPECT_EQ(cstr_find(key), nullptr);
 }
 
-TEST(FlatFunctions, ForwardAndAlwaysTell) {
+TEST(FlatFunctions, ForwardAndAlwaysNotify) {
     Watched watched;
     watched.Listen();
     ITable* table = watched.table;
@@ -443,10 +444,10 @@ TEST(FlatFunctions, ForwardAndAlwaysTell) {
                 SetFloat3(table, "3", 5, 6, 7) && SetFloat4(table, "4", &four) && SetFloat4x4(table, "m", &matrix) &&
                 SetHandle(table, "h", &handle) && SetTable(table, "t", CreateTable()) &&
                 SetExternalTable(table, "e", table) && SetReferenceTable(table, "f", table));
-    EXPECT_EQ(Heard(log), "9:i 0:i 9:r 0:r 9:s 0:s 9:p 0:p 9:q 0:q 9:2 0:2 9:3 0:3 9:4 0:4 9:m 0:m 9:h 0:h 9:t 0:t "
-                          "9:e 0:e 9:f 0:f ");
+    EXPECT_EQ(TakeLog(log), "9:i 0:i 9:r 0:r 9:s 0:s 9:p 0:p 9:q 0:q 9:2 0:2 9:3 0:3 9:4 0:4 9:m 0:m 9:h 0:h 9:t 0:t "
+                            "9:e 0:e 9:f 0:f ");
     EXPECT_EQ(Set(table, "c"), table) << "the table itself, not the child";
-    EXPECT_EQ(Heard(log), "9:c 0:c ");
+    EXPECT_EQ(TakeLog(log), "9:c 0:c ");
     ITable* child = GetTable(table, "c");
     ASSERT_NE(child, nullptr);
     EXPECT_EQ(Set(table, "c"), table);
@@ -470,7 +471,7 @@ TEST(FlatFunctions, ForwardAndAlwaysTell) {
     EXPECT_EQ(GetCount(table), 0U);
     EXPECT_EQ(GetElementCount(table), 14U);
     EXPECT_TRUE(Rename(table, "i", "j") && Remove(table, "j") && Clear(table));
-    EXPECT_EQ(Heard(log), "13:i 4:j 11:j 2:j 12:- 3:- ");
+    EXPECT_EQ(TakeLog(log), "13:i 4:j 11:j 2:j 12:- 3:- ");
     EXPECT_EQ(Empty(table), 0U);
 }
 

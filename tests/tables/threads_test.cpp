@@ -17,14 +17,15 @@ namespace {
 
 using namespace TestSupport;
 
-TEST(Threads, OneTextIsOneAddressWhoeverInternsIt) {
+TEST(Threads, OneTextIsOneAddressOnEveryThread) {
     constexpr std::size_t kTexts = 5000;
     std::array<std::vector<cstr>, kThreads> shared, own;
     AtOnce([&](int thread) {
         auto n = static_cast<std::size_t>(thread);
         shared[n].resize(kTexts);
         for (std::size_t i = 0; i < kTexts; ++i) {
-            // Half of them walk the other way, so that two meet in the middle, and the forms come from all sides.
+            // Half of the threads go backwards, so that two meet in the middle, and all forms of a text are interned at
+            // once.
             std::size_t which = thread % 2 == 0 ? i : kTexts - 1 - i;
             std::string text = "race/" + std::to_string(which);
             std::string path_form = "race\\" + std::to_string(which);
@@ -57,7 +58,7 @@ TEST(Threads, TablesOfDifferentThreadsAreIndependent) {
             for (int n = 0; n < 5; ++n) *table->AddArgumentListener("child") = listener.Argument();
             table->SetInteger("key0", -1, 1);
             table->Remove("child", 1);
-            EXPECT_EQ(ValidateTable(child) & ~3U, 0U); // another thread's by now, or nobody's
+            EXPECT_EQ(ValidateTable(child) & ~3U, 0U); // reused by another thread by now, or free
             EXPECT_EQ(log.size(), 40 * std::string("10:key0 ").size() - 20 + 45 * std::string("11:child ").size() - 20);
         }
     });
