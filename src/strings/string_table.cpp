@@ -99,6 +99,7 @@ bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
                            ? InternAt(Sought<InLowerCase>{text.text, text.length, positions[i]})
                            : InternAt(Sought<AsItIs>{text.text, text.length, positions[i]});
         if (*text.result == nullptr) return false;
+        if (text.copy != nullptr) *text.copy = *text.result;
     }
     return true;
 }

@@ -30,6 +30,7 @@ struct PendingText {
     std::uint32_t length;
     TextForm form;
     cstr* result; // where its cstr goes
+    cstr* copy;   // where it goes as well, or null
 };
 
 /// Safe from any thread. The texts live until the table is destroyed.

@@ -33,7 +33,7 @@ bool StringPool::Read(const unsigned char* bytes, std::uint32_t size) {
     for (cstr& text : texts_) {
         const std::uint32_t next = NextStart(bytes, start, size);
         if (!batch.Add(
-                {reinterpret_cast<const char*>(bytes + start), next - start - 1, Tessarin::TextForm::kAsIs, &text}))
+                {reinterpret_cast<const char*>(bytes + start), next - start - 1, Tessarin::TextForm::kAsIs, &text, nullptr}))
             return false;
         start = next;
     }

@@ -1,94 +1,86 @@
-// One walk. Containers are made when their block is found, and the chains keep them in that order, which is the order
-// in which their bodies are walked: the next table to fill is the one behind the last that was filled.
+// Tables and arrays are made as the nodes are found that hold them, and the tree's chains keep them in that order,
+// which is the order of the blocks: the next table to fill is the one behind the last that was filled.
 
 #include "configure/text/edit_loader.h"
 
-#include "configure/text/parser.h"
+#include "configure/text/text_interner.h"
 #include "configure/tree/default_tables.h"
 
 namespace Configure {
 namespace {
 
-class Builder {
+class EditLoader {
 public:
-    static constexpr bool kTakesTexts = true;
+    EditLoader(const ParsedText& parsed, EditTree& tree) : parsed_(parsed), tree_(tree), texts_(parsed) {}
 
-    explicit Builder(EditTree& tree) : tree_(tree) {}
-
-    bool BeginTable() {
-        table_ = last_table_ = last_table_ == nullptr ? tree_.tables.first : last_table_->next;
-        return true;
+    [[nodiscard]] bool Load() {
+        TxtTableWriter* table = nullptr;
+        TxtArrayWriter* array = nullptr;
+        for (const TextBlock& block : parsed_.Blocks()) {
+            if (block.kind == NodeKind::kTable) {
+                table = table == nullptr ? tree_.tables.first : table->next;
+                if (!Fill(block, *table)) return false;
+            } else {
+                array = array == nullptr ? tree_.arrays.first : array->next;
+                if (!Fill(block, *array)) return false;
+            }
+        }
+        return texts_.Finish();
     }
-
-    bool BeginArray() {
-        array_ = last_array_ = last_array_ == nullptr ? tree_.arrays.first : last_array_->next;
-        return true;
-    }
-
-    bool BeginEntry() {
-        TxtTableWriter::Unit* unit = table_->NewUnit(KIND_STRING, {nullptr});
-        if (unit != nullptr) key_ = &unit->key;
-        return Began(unit);
-    }
-
-    bool BeginElement() { return Began(array_->NewUnit(KIND_STRING, {nullptr})); }
-
-    bool TakeBlock(bool is_table) { return is_table ? Take(tree_.tables) : Take(tree_.arrays); }
-
-    [[nodiscard]] cstr* KeyPlace() const { return key_; }
-    [[nodiscard]] cstr* TextPlace() const { return &value_->text; }
 
 private:
-    template <class Unit>
-    bool Began(Unit* unit) {
-        if (unit == nullptr) return false;
-        kind_ = &unit->kind;
-        value_ = &unit->value;
+    template <class Container>
+    bool Fill(const TextBlock& block, Container& container) {
+        const TextNode* node = parsed_.Nodes().begin() + block.first_child;
+        for (const TextNode* const end = node + block.child_count; node != end; ++node) {
+            auto* unit = container.NewUnit(KIND_STRING, {nullptr});
+            if (unit == nullptr || !TakeNode(*node, *unit)) return false;
+        }
         return true;
     }
 
-    template <class Container>
-    bool Take(Chain<Container>& chain) {
+    template <class Unit>
+    bool TakeNode(const TextNode& node, Unit& unit) {
+        cstr* name = nullptr;
+        if (node.Kind() == NodeKind::kTable && !TakeBlock(tree_.tables, unit, name)) return false;
+        if (node.Kind() == NodeKind::kArray && !TakeBlock(tree_.arrays, unit, name)) return false;
+        if constexpr (requires { unit.key; }) {
+            if (!texts_.AddKey(node, &unit.key, name)) return false;
+        }
+        return node.Kind() != NodeKind::kScalar || texts_.AddValue(node, &unit.value.text);
+    }
+
+    /// Gives a Unit a new table or array.
+    /// name     takes the address of its name
+    template <class Container, class Unit>
+    bool TakeBlock(Chain<Container>& chain, Unit& unit, cstr*& name) {
         Container* child = Chain<Container>::Make(tree_, nullptr);
         if (child == nullptr) return false;
         chain.Append(child);
-        *kind_ = Container::kKind;
-        *value_ = child->AsValue();
+        unit.kind = Container::kKind;
+        unit.value = child->AsValue();
+        name = &child->name;
         return true;
     }
 
+    const ParsedText& parsed_;
     EditTree& tree_;
-    TxtTableWriter* last_table_ = nullptr; // whose body was begun last
-    TxtArrayWriter* last_array_ = nullptr;
-
-    // The body at hand, and its last Unit.
-    TxtTableWriter* table_ = nullptr;
-    TxtArrayWriter* array_ = nullptr;
-    std::uint32_t* kind_ = nullptr;
-    cstr* key_ = nullptr;
-    UnitValue* value_ = nullptr;
+    TextInterner texts_;
 };
 
-/// Keys are known when the walk is over.
-void NameChildren(TxtTableWriter& table) {
-    for (std::uint32_t i = 0; i < table.GetCount(); ++i) {
-        const TxtTableWriter::Unit& unit = *table.UnitAt(i);
-        if (unit.kind == KIND_TABLE) static_cast<TxtTableWriter*>(unit.value.table)->name = unit.key;
-        if (unit.kind == KIND_ARRAY) static_cast<TxtArrayWriter*>(unit.value.array)->name = unit.key;
-    }
+/// The nodes are gone when it returns.
+bool Fill(char* bytes, std::uint32_t size, EditTree& tree) {
+    ParsedText parsed;
+    return parsed.Parse(bytes, size) == TextFault::kNone && EditLoader(parsed, tree).Load();
 }
 
 } // namespace
 
 bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree) {
-    TextScanner scanner;
-    if (!scanner.Prepare(bytes, size)) return false;
     TxtTableWriter* root = Chain<TxtTableWriter>::Make(tree, nullptr);
     if (root == nullptr) return false;
     tree.tables.Append(root);
-    Builder builder(tree);
-    if (!scanner.Walk(builder) || !ReadyToWire()) return false;
-    for (TxtTableWriter* table = root; table != nullptr; table = table->next) NameChildren(*table);
+    if (!Fill(bytes, size, tree) || !ReadyToWire()) return false;
     DefaultWiring<TxtTableWriter> defaults;
     for (TxtTableWriter* table = root; table != nullptr; table = table->next) defaults.Wire(*table);
     return true;

@@ -1,120 +1,102 @@
-// Two walks of the same order: one counts, then everything is made at once, then one fills it in. A block gets its
-// object when it is found, and is filled when its body is walked; both go in the order of the walk, so each is a
-// running index. A body is walked in one go, hence its Units are a run.
+// The parser has counted, so everything is made at once, with exact sizes. The blocks are gone through in their order:
+// a node that is a block gets the next free table or array, which is then the next to be filled when the block's turn
+// comes. A block's nodes are a run, and hence its Units.
 
 #include "configure/text/read_loader.h"
 
-#include "configure/text/parser.h"
+#include "configure/text/text_interner.h"
 #include "configure/tree/default_tables.h"
 
 namespace Configure {
 namespace {
 
-struct Counter {
-    static constexpr bool kTakesTexts = false;
-
-    std::uint32_t tables = 0, table_units = 0, arrays = 0, array_units = 0;
-
-    bool BeginTable() { return ++tables != 0; }
-    bool BeginArray() { return ++arrays != 0; }
-    bool BeginEntry() { return ++table_units != 0; }
-    bool BeginElement() { return ++array_units != 0; }
-    static bool TakeBlock(bool) { return true; }
-};
-
-class Builder {
+class ReadLoader {
 public:
-    static constexpr bool kTakesTexts = true;
+    ReadLoader(const ParsedText& parsed, TextTree& tree) : parsed_(parsed), tree_(tree), texts_(parsed) {}
 
-    /// The root is handed out from the start.
-    explicit Builder(TextTree& tree)
-        : next_table_(tree.tables.begin() + 1), next_array_(tree.arrays.begin()), filled_table_(tree.tables.begin()),
-          filled_array_(tree.arrays.begin()), next_table_unit_(tree.table_units.begin()),
-          next_array_unit_(tree.array_units.begin()) {}
-
-    bool BeginTable() {
-        table_ = filled_table_++;
-        table_->units = next_table_unit_;
-        return true;
+    [[nodiscard]] bool Load() {
+        const TextCounts& counts = parsed_.Counts();
+        if (!tree_.tables.Make(counts.tables) || !tree_.arrays.Make(counts.arrays) ||
+            !tree_.table_units.Make(counts.entries) || !tree_.array_units.Make(counts.elements)) {
+            return false;
+        }
+        Cursor filled = StartOf(tree_);
+        next_ = filled;
+        ++next_.table; // the root is there
+        for (const TextBlock& block : parsed_.Blocks()) {
+            const bool is_filled = block.kind == NodeKind::kTable ? Fill(block, *filled.table++, filled.table_unit)
+                                                                  : Fill(block, *filled.array++, filled.array_unit);
+            if (!is_filled) return false;
+        }
+        return texts_.Finish();
     }
 
-    bool BeginArray() {
-        array_ = filled_array_++;
-        array_->units = next_array_unit_;
-        return true;
+private:
+    // The next objects of the tree to be handed out, or to be filled.
+    struct Cursor {
+        TxtTableReader* table;
+        TxtArrayReader* array;
+        TxtTableReader::Unit* table_unit;
+        TxtArrayReader::Unit* array_unit;
+    };
+
+    static Cursor StartOf(TextTree& tree) {
+        return {tree.tables.begin(), tree.arrays.begin(), tree.table_units.begin(), tree.array_units.begin()};
     }
 
-    bool BeginEntry() {
-        ++table_->count;
-        key_ = &next_table_unit_->key;
-        return Begin(*next_table_unit_++);
-    }
-
-    bool BeginElement() {
-        ++array_->count;
-        return Begin(*next_array_unit_++);
-    }
-
-    bool TakeBlock(bool is_table) {
-        if (is_table) {
-            *kind_ = KIND_TABLE;
-            value_->table = next_table_++;
-        } else {
-            *kind_ = KIND_ARRAY;
-            value_->array = next_array_++;
+    template <class Container, class Unit>
+    bool Fill(const TextBlock& block, Container& container, Unit*& next_unit) {
+        container.count = block.child_count;
+        container.units = next_unit;
+        const TextNode* node = parsed_.Nodes().begin() + block.first_child;
+        for (const Unit* const end = next_unit + block.child_count; next_unit != end; ++next_unit, ++node) {
+            if (!TakeNode(*node, *next_unit)) return false;
         }
         return true;
     }
 
-    [[nodiscard]] cstr* KeyPlace() const { return key_; }
-    [[nodiscard]] cstr* TextPlace() const { return &value_->text; }
-
-private:
     template <class Unit>
-    bool Begin(Unit& unit) {
-        kind_ = &unit.kind;
-        value_ = &unit.value;
-        unit.kind = KIND_STRING;
-        return true;
+    bool TakeNode(const TextNode& node, Unit& unit) {
+        cstr* const name = TakeBlock(node.Kind(), unit.kind, unit.value);
+        if constexpr (requires { unit.key; }) {
+            if (!texts_.AddKey(node, &unit.key, name)) return false;
+        }
+        return node.Kind() != NodeKind::kScalar || texts_.AddValue(node, &unit.value.text);
     }
 
-    // Free objects, and those whose bodies come next.
-    TxtTableReader* next_table_;
-    TxtArrayReader* next_array_;
-    TxtTableReader* filled_table_;
-    TxtArrayReader* filled_array_;
-    TxtTableReader::Unit* next_table_unit_;
-    TxtArrayReader::Unit* next_array_unit_;
+    /// Hands out a table or an array. Returns where its name goes; null for a scalar.
+    cstr* TakeBlock(NodeKind node, std::uint32_t& kind, UnitValue& value) {
+        switch (node) {
+        case NodeKind::kTable:
+            kind = KIND_TABLE;
+            value.table = next_.table;
+            return &(next_.table++)->name;
+        case NodeKind::kArray:
+            kind = KIND_ARRAY;
+            value.array = next_.array;
+            return &(next_.array++)->name;
+        default:
+            kind = KIND_STRING;
+            return nullptr;
+        }
+    }
 
-    // The body at hand, and its last Unit.
-    TxtTableReader* table_ = nullptr;
-    TxtArrayReader* array_ = nullptr;
-    std::uint32_t* kind_ = nullptr;
-    cstr* key_ = nullptr;
-    UnitValue* value_ = nullptr;
+    const ParsedText& parsed_;
+    TextTree& tree_;
+    TextInterner texts_;
+    Cursor next_ = {}; // of its Units nothing is used
 };
 
-/// Keys are known when the walk is over.
-void NameChildren(const TextTree& tree) {
-    for (const TxtTableReader::Unit& unit : tree.table_units) {
-        if (unit.kind == KIND_TABLE) static_cast<TxtTableReader*>(unit.value.table)->name = unit.key;
-        if (unit.kind == KIND_ARRAY) static_cast<TxtArrayReader*>(unit.value.array)->name = unit.key;
-    }
+/// The nodes are gone before the tree gets its index.
+bool Fill(char* bytes, std::uint32_t size, TextTree& tree) {
+    ParsedText parsed;
+    return parsed.Parse(bytes, size) == TextFault::kNone && ReadLoader(parsed, tree).Load();
 }
 
 } // namespace
 
 bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree) {
-    TextScanner scanner;
-    Counter count;
-    if (!scanner.Prepare(bytes, size) || !scanner.Walk(count)) return false;
-    if (!tree.tables.Make(count.tables) || !tree.arrays.Make(count.arrays) ||
-        !tree.table_units.Make(count.table_units) || !tree.array_units.Make(count.array_units)) {
-        return false;
-    }
-    Builder builder(tree);
-    if (!scanner.Walk(builder) || !ReadyToWire()) return false;
-    NameChildren(tree);
+    if (!Fill(bytes, size, tree) || !ReadyToWire()) return false;
     for (TxtTableReader& table : tree.tables) table.Sort();
     if (!tree.IndexKeys()) return false;
     DefaultWiring<TxtTableReader> defaults;
