@@ -208,13 +208,6 @@ TEST(TextForm, SomeBytesEndTexts) {
     });
 }
 
-TEST(TextForm, OnlyAKeyCanBeMissing) {
-    for (std::string_view text : {"= 1", " \t= 1", "x\n = 1", "a = = 1", "a = 1 , = 2", "a = { }\n= 2", "a = { } = 2",
-                                  "a = { = 1 }", "a = { b = { } } c = { { x = = 2 } }", "a = 1 b = { c = 2, = 3 }"}) {
-        EXPECT_EQ(TreeOf(text), "(none)") << text;
-    }
-}
-
 TEST(TextForm, KeysAndTextsHaveTheirLimits) {
     const std::string key(1023, 'k');
     const std::string long_text(1048567, 'x');

@@ -9,10 +9,6 @@
 namespace Configure {
 
 bool Delimiters::Find(const char* text, std::uint32_t size) {
-    struct OpenBlock {
-        std::uint32_t delimiter;
-        bool has_equals;
-    };
     Tessarin::List<OpenBlock> open;
     for (std::uint32_t position = 0; position < size; ++position) {
         if (!Is(kDelimiter, text[position])) continue;
@@ -26,47 +22,60 @@ bool Delimiters::Find(const char* text, std::uint32_t size) {
             done = AddQuote(text, size, position);
             break;
         case '{':
-            done = open.Push({Count(), false}) && Add(position, kOpenTable);
+            done = OpenBlockAt(position, open);
             break;
         default: // a `}` without a partner is a byte like any other
-            if (open.IsEmpty()) break;
-            done = CloseBlock(text, open.Top().delimiter, open.Top().has_equals, position);
-            open.Pop();
+            if (!open.IsEmpty()) done = CloseBlockAt(text, open.Pop(), position);
         }
         if (!done) return false;
     }
     while (!open.IsEmpty()) {
-        const OpenBlock block = open.Pop();
-        if (!CloseBlock(text, block.delimiter, block.has_equals, size)) return false;
+        if (!CloseBlockAt(text, open.Pop(), size)) return false;
     }
     return true;
 }
 
 /// The quote that opens at the position, which then becomes the position where it closes.
 bool Delimiters::AddQuote(const char* text, std::uint32_t size, std::uint32_t& position) {
-    const std::uint32_t open = Count();
-    if (!Add(position, kOpenQuote, open + 1)) return false;
+    if (!Add(position, kOpenQuote)) return false;
     const void* found = std::memchr(text + position + 1, '"', size - position - 1);
     position = found == nullptr ? size : static_cast<std::uint32_t>(static_cast<const char*>(found) - text);
-    return Add(position, kCloseQuote, open);
+    return Add(position, kCloseQuote);
+}
+
+bool Delimiters::OpenBlockAt(std::uint32_t position, Tessarin::List<OpenBlock>& open) {
+    return open.Push({blocks_.Count(), false}) && blocks_.Push({Count(), 0}) && Add(position, kOpenTable);
 }
 
 /// A block is an array if it holds something, but no `=` directly.
-bool Delimiters::CloseBlock(const char* text, std::uint32_t open, bool has_equals, std::uint32_t end) {
-    Delimiter& delimiter = delimiters_[open];
-    const bool is_table = has_equals || SkipWhite(text, delimiter.position + 1, end) == end;
-    delimiter.kind = is_table ? kOpenTable : kOpenArray;
-    delimiter.partner = Count();
-    return Add(end, kCloseBlock, open);
+bool Delimiters::CloseBlockAt(const char* text, const OpenBlock& open, std::uint32_t position) {
+    Block& block = blocks_[open.block];
+    Delimiter& opening = delimiters_[block.open];
+    const bool is_table = open.has_equals || SkipWhite(text, opening.position + 1U, position) == position;
+    opening.kind = is_table ? kOpenTable : kOpenArray;
+    block.close = Count();
+    return Add(position, kCloseBlock);
 }
 
-const Delimiter* Delimiters::QuoteAt(const char* text, std::uint32_t position, DelimiterKind kind,
-                                     DelimiterRange range) const {
-    if (text[position] != '"') return nullptr;
-    const Delimiter* const last = delimiters_.begin() + range.last;
-    const auto before = [](const Delimiter& delimiter, std::uint32_t wanted) { return delimiter.position < wanted; };
-    const Delimiter* const found = std::lower_bound(delimiters_.begin() + range.first, last, position, before);
-    return found != last && found->position == position && found->kind == kind ? found : nullptr;
+std::uint32_t Delimiters::CloseOf(std::uint32_t open) const {
+    const auto before = [](const Block& block, std::uint32_t wanted) { return block.open < wanted; };
+    return std::lower_bound(blocks_.begin(), blocks_.end(), open, before)->close;
+}
+
+bool Delimiters::SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const {
+    while (range.first < range.last) { // the first one that isn't in front of the position
+        const std::uint32_t middle = range.first + (range.last - range.first) / 2;
+        if (delimiters_[middle].position < position) {
+            range.first = middle + 1;
+        } else {
+            range.last = middle;
+        }
+    }
+    if (range.first == Count()) return false;
+    const Delimiter& delimiter = delimiters_[range.first];
+    if (delimiter.position != position || delimiter.kind != kCloseQuote) return false;
+    position = delimiters_[range.first - 1].position;
+    return true;
 }
 
 } // namespace Configure

@@ -4,6 +4,7 @@
 #define TESSARIN_CONFIGURE_TEXT_DELIMITERS_H
 
 #include "configure/text/characters.h"
+#include "memory/chunked_list.h"
 #include "memory/list.h"
 
 #include <cstdint>
@@ -15,17 +16,16 @@ enum DelimiterKind : std::uint32_t { kEquals, kOpenQuote, kCloseQuote, kOpenTabl
 struct Delimiter {
     std::uint32_t position : kPositionBits;
     DelimiterKind kind : 4;
-    std::uint32_t partner; // of a quote or a brace: the number of the delimiter that it ends with, or begins with
 };
-static_assert(sizeof(Delimiter) == 8);
+static_assert(sizeof(Delimiter) == 4, "a load holds nearly two for every entry of the file");
 
-/// Neighbours among the delimiters.
+/// Neighbours among the delimiters, by their numbers.
 struct DelimiterRange {
     std::uint32_t first, last;
 };
 
-/// All delimiters of a text, by ascending position. What is still open at the text's end is closed there, innermost
-/// first, by delimiters behind the last byte.
+/// All delimiters of a text, by ascending position. A quote is followed by the one that closes it. What is still open
+/// at the text's end is closed there, innermost first, by delimiters behind the last byte.
 class Delimiters {
 public:
     /// False if memory runs out. REQUIRES: `size` is at most kMostTextBytes
@@ -40,18 +40,28 @@ public:
         return range.first;
     }
 
-    /// The quote of that kind at a position; null if there is none, or another byte. For a text the same as Find's.
-    [[nodiscard]] const Delimiter* QuoteAt(const char* text, std::uint32_t position, DelimiterKind kind,
-                                           DelimiterRange range) const;
+    /// The number of the brace that closes a block.
+    [[nodiscard]] std::uint32_t CloseOf(std::uint32_t open) const;
+
+    /// Whether a quote closes at a position. If so, `position` becomes the one where it opens.
+    [[nodiscard]] bool SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const;
 
 private:
-    bool Add(std::uint32_t position, DelimiterKind kind, std::uint32_t partner = 0) {
-        return delimiters_.Push({position & kMostTextBytes, kind, partner});
-    }
-    bool AddQuote(const char* text, std::uint32_t size, std::uint32_t& position);
-    bool CloseBlock(const char* text, std::uint32_t open, bool has_equals, std::uint32_t end);
+    struct Block {
+        std::uint32_t open, close; // delimiters
+    };
+    struct OpenBlock {
+        std::uint32_t block;
+        bool has_equals;
+    };
 
-    Tessarin::List<Delimiter> delimiters_;
+    bool Add(std::uint32_t position, DelimiterKind kind) { return delimiters_.Push({position & kMostTextBytes, kind}); }
+    bool AddQuote(const char* text, std::uint32_t size, std::uint32_t& position);
+    bool OpenBlockAt(std::uint32_t position, Tessarin::List<OpenBlock>& open);
+    bool CloseBlockAt(const char* text, const OpenBlock& open, std::uint32_t position);
+
+    Tessarin::ChunkedList<Delimiter> delimiters_;
+    Tessarin::List<Block> blocks_; // in the order in which they open
 };
 
 } // namespace Configure

@@ -31,10 +31,10 @@ public:
 private:
     template <class Container>
     bool Fill(const TextBlock& block, Container& container) {
-        const TextNode* node = parsed_.Nodes().begin() + block.first_child;
-        for (const TextNode* const end = node + block.child_count; node != end; ++node) {
+        const std::uint32_t last = block.first_child + block.child_count;
+        for (std::uint32_t node = block.first_child; node != last; ++node) {
             auto* unit = container.NewUnit(KIND_STRING, {nullptr});
-            if (unit == nullptr || !TakeNode(*node, *unit)) return false;
+            if (unit == nullptr || !TakeNode(parsed_.Nodes()[node], *unit)) return false;
         }
         return true;
     }

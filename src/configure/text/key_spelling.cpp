@@ -18,8 +18,7 @@ bool IsPlainKey(const char* text, Span key) {
 
 } // namespace
 
-SpelledKey::SpelledKey(const char* text, const TextNode& node) {
-    const Span key = node.Key();
+SpelledKey::SpelledKey(const char* text, Span key, const TextNode& node) {
     if (IsPlainKey(text, key)) {
         bytes_ = text + key.first;
         length_ = key.Length();

@@ -14,8 +14,9 @@ inline constexpr std::uint32_t kMostKeyBytes = 1023;
 /// A node's key, spelled. Most keys are just their bytes in the text; the others are put together here.
 class SpelledKey {
 public:
-    /// text     the bytes that the node's positions are in, borrowed
-    SpelledKey(const char* text, const TextNode& node);
+    /// text     the bytes that positions are in, borrowed
+    /// key      the bytes of the node's key
+    SpelledKey(const char* text, Span key, const TextNode& node);
     SpelledKey(const SpelledKey&) = delete;
     SpelledKey& operator=(const SpelledKey&) = delete;
 

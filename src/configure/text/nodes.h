@@ -28,49 +28,64 @@ enum class KeyScan : std::uint32_t {
     kBehindScalar ///< blanks don't count
 };
 
+/// Where a node begins and ends in the text. What its key and its value are, ParsedText cuts out when it is asked.
 class TextNode {
 public:
-    /// A scalar without a value.
-    TextNode(Span key, KeyScan scan, bool begins_in_quote)
-        : key_first_(key.first & kMostTextBytes), kind_(NodeKind::kScalar), scan_(scan),
-          key_last_(key.last & kMostTextBytes), begins_in_quote_(begins_in_quote ? 1 : 0), is_absent_(1),
-          is_quoted_(0), text_{0, 0} {}
+    /// An entry without a value, from its key on.
+    static TextNode Entry(std::uint32_t key_first, std::uint32_t equals, KeyScan scan, bool key_begins_in_quote) {
+        TextNode node(key_first, scan);
+        node.equals_ = equals & kMostTextBytes;
+        node.key_begins_in_quote_ = key_begins_in_quote ? 1 : 0;
+        node.is_absent_ = 1;
+        return node;
+    }
+
+    /// A bare word of an array, from its first byte on, which may yet be told to be something else.
+    static TextNode Element(std::uint32_t first) { return {first, KeyScan::kNone}; }
 
     [[nodiscard]] NodeKind Kind() const { return kind_; }
     [[nodiscard]] KeyScan Scan() const { return scan_; }
-    /// The bytes that SpellKey makes the key of; empty for an element.
-    [[nodiscard]] Span Key() const { return {key_first_, key_last_}; }
-    /// Whether the key's bytes begin inside of a quote that was opened on a line before it. Its closing quote is then a
-    /// byte of the key like any other.
-    [[nodiscard]] bool KeyBeginsInQuote() const { return begins_in_quote_ != 0; }
-
-    /// A scalar's value without its quotes, or what is between a block's braces.
-    [[nodiscard]] Span Text() const { return text_; }
+    [[nodiscard]] bool IsElement() const { return scan_ == KeyScan::kNone; }
     /// Whether a scalar has no value at all, which isn't the same as an empty one: the text ends behind its `=`.
     [[nodiscard]] bool IsAbsent() const { return is_absent_ != 0; }
-    [[nodiscard]] bool IsQuoted() const { return is_quoted_ != 0; }
+    /// Whether the key's bytes begin inside of a quote that was opened on a line before it. Its closing quote is then a
+    /// byte of the key like any other.
+    [[nodiscard]] bool KeyBeginsInQuote() const { return key_begins_in_quote_ != 0; }
+    [[nodiscard]] bool IsQuotedElement() const { return is_quoted_element_ != 0; }
 
-    void SetText(Span text, bool is_quoted) {
-        text_ = text;
-        is_absent_ = 0;
-        is_quoted_ = is_quoted ? 1 : 0;
-    }
-    void SetBlock(NodeKind kind, Span text) {
+    /// The first byte of an entry's key, or of an element.
+    [[nodiscard]] std::uint32_t First() const { return first_; }
+    /// The `=` of an entry.
+    [[nodiscard]] std::uint32_t Equals() const { return equals_; }
+    /// The end of the value's bytes: behind a bare word, at a closing quote or brace, or where an entry's scalar has to
+    /// end at the latest.
+    [[nodiscard]] std::uint32_t Last() const { return last_; }
+
+    void SetValue(NodeKind kind, std::uint32_t last) {
         kind_ = kind;
-        SetText(text, false);
+        is_absent_ = 0;
+        last_ = last;
+    }
+    void SetQuotedElement(std::uint32_t closing_quote) {
+        is_quoted_element_ = 1;
+        last_ = closing_quote;
     }
 
 private:
-    std::uint32_t key_first_ : kPositionBits;
+    TextNode(std::uint32_t first, KeyScan scan)
+        : first_(first & kMostTextBytes), kind_(NodeKind::kScalar), scan_(scan), equals_(0), key_begins_in_quote_(0),
+          is_absent_(0), is_quoted_element_(0), last_(first) {}
+
+    std::uint32_t first_ : kPositionBits;
     NodeKind kind_ : 2;
     KeyScan scan_ : 2;
-    std::uint32_t key_last_ : kPositionBits;
-    std::uint32_t begins_in_quote_ : 1;
+    std::uint32_t equals_ : kPositionBits;
+    std::uint32_t key_begins_in_quote_ : 1;
     std::uint32_t is_absent_ : 1;
-    std::uint32_t is_quoted_ : 1;
-    Span text_;
+    std::uint32_t is_quoted_element_ : 1;
+    std::uint32_t last_;
 };
-static_assert(sizeof(TextNode) == 16, "a load holds one for every entry of the file");
+static_assert(sizeof(TextNode) == 12, "a load holds one for every entry of the file");
 
 struct TextBlock {
     static constexpr std::uint32_t kNoNode = UINT32_MAX;

@@ -37,22 +37,18 @@ private:
     bool WalkBlock(std::uint32_t number);
     bool WalkTable(Rest rest);
     bool AddEntry(const Rest& span, bool behind_scalar);
-    bool AddNode(Span key, KeyScan scan, bool begins_in_quote);
     bool WalkArray(Rest rest);
     bool AddElement(Rest& rest);
     bool AddBlock(Rest& rest);
 
-    [[nodiscard]] const Delimiter* FirstDelimiter(Rest& rest) const;
-    [[nodiscard]] Span Between(const Delimiter& open) const;
-    [[nodiscard]] Span BareText(Span span) const;
+    [[nodiscard]] DelimiterKind FirstDelimiter(Rest& rest) const;
     [[nodiscard]] std::uint32_t WordEnd(Span span) const;
     [[nodiscard]] Span FirstKey(Span span) const;
     [[nodiscard]] bool BeginsInQuote(Span key, DelimiterRange delimiters) const;
     [[nodiscard]] Span KeyBehindScalar(const Rest& span) const;
     [[nodiscard]] std::uint32_t PieceStart(Span span, DelimiterRange delimiters) const;
 
-    TextNode& LastNode() { return parsed_.nodes_.Top(); }
-    void SetValue(const Rest& span);
+    TextNode& LastNode() { return parsed_.nodes_[parsed_.nodes_.Count() - 1]; }
     bool Fail(TextFault fault, Span place) {
         fault_ = fault;
         parsed_.fault_ = place;
@@ -71,6 +67,43 @@ TextFault ParsedText::Parse(char* bytes, std::uint32_t size) {
     if (!comments_.Strip(bytes, size, size_)) return TextFault::kOutOfMemory;
     bytes_ = bytes;
     return TextWalk(*this).Run();
+}
+
+Span ParsedText::KeyOf(const TextNode& node) const {
+    if (node.IsElement()) return {node.First(), node.First()};
+    return {node.First(), TrimWhite(bytes_, node.First(), node.Equals())};
+}
+
+/// A value in quotes ends with them, whatever else there is up to the next key; and a quote that nothing closes ends
+/// with the text.
+Span ParsedText::ValueOf(const TextNode& node) const {
+    const Span rest = {ValueStart(node), node.Last()};
+    if (node.IsAbsent()) return {rest.first, rest.first};
+    if (node.Kind() != NodeKind::kScalar) return {rest.first + 1, rest.last};
+    if (!IsQuoted(node)) return node.IsElement() ? rest : BareText(rest);
+    const char* const close = std::find(bytes_ + rest.first + 1, bytes_ + rest.last, '"');
+    return {rest.first + 1, static_cast<std::uint32_t>(close - bytes_)};
+}
+
+/// An entry's value is outside of quotes, so that a quote there opens one. An element may begin with a closing one.
+bool ParsedText::IsQuoted(const TextNode& node) const {
+    if (node.IsElement()) return node.IsQuotedElement();
+    const std::uint32_t first = ValueStart(node);
+    return node.Kind() == NodeKind::kScalar && first < node.Last() && bytes_[first] == '"';
+}
+
+std::uint32_t ParsedText::ValueStart(const TextNode& node) const {
+    return node.IsElement() ? node.First() : SkipWhite(bytes_, node.Equals() + 1, node.Last());
+}
+
+/// The first line, less white space and then commas at its end.
+/// REQUIRES: the span is empty or begins with a byte that isn't white
+Span ParsedText::BareText(Span span) const {
+    std::uint32_t line_end = span.first;
+    while (line_end < span.last && !Is(kLineEnd, bytes_[line_end])) ++line_end;
+    std::uint32_t last = TrimWhite(bytes_, span.first, line_end);
+    while (last > span.first && bytes_[last - 1] == ',') --last;
+    return {span.first, last};
 }
 
 // In both lists what is looked for ascends, as blocks are in breadth-first order.
@@ -104,7 +137,8 @@ TextFault TextWalk::Run() {
 bool TextWalk::WalkBlock(std::uint32_t number) {
     if (number == 0) return WalkTable({{0, parsed_.size_}, {0, delimiters_.Count()}});
     const std::uint32_t open = opens_[number];
-    const Rest rest = {Between(delimiters_[open]), {open + 1, delimiters_[open].partner}};
+    const std::uint32_t close = delimiters_.CloseOf(open);
+    const Rest rest = {{delimiters_[open].position + 1U, delimiters_[close].position}, {open + 1, close}};
     return parsed_.blocks_[number].kind == NodeKind::kTable ? WalkTable(rest) : WalkArray(rest);
 }
 
@@ -115,7 +149,7 @@ bool TextWalk::WalkTable(Rest rest) {
     while (rest.bytes.first < rest.bytes.last) {
         const std::uint32_t equals = delimiters_.NextEquals(rest.delimiters);
         if (equals == rest.delimiters.last) {
-            if (scalar_waits) SetValue(rest);
+            if (scalar_waits) LastNode().SetValue(NodeKind::kScalar, rest.bytes.last);
             return true;
         }
         const std::uint32_t position = delimiters_[equals].position;
@@ -129,32 +163,19 @@ bool TextWalk::WalkTable(Rest rest) {
     return true;
 }
 
-/// Adds the entry whose `=` ends the span, without its value. In front of its key may be the value of the one before.
+/// Adds the entry whose `=` ends the span, without its value. In front of its key may be the value of the one before. A
+/// key is never longer than its bytes in the text.
 bool TextWalk::AddEntry(const Rest& span, bool behind_scalar) {
+    const std::uint32_t equals = span.bytes.last;
     const Span key = behind_scalar ? KeyBehindScalar(span) : FirstKey(span.bytes);
-    if (behind_scalar) SetValue({{span.bytes.first, key.first}, span.delimiters});
-    if (key.IsEmpty()) return Fail(TextFault::kNoKey, {span.bytes.last, span.bytes.last + 1});
+    if (behind_scalar) LastNode().SetValue(NodeKind::kScalar, key.first);
+    if (key.IsEmpty()) return Fail(TextFault::kNoKey, {equals, equals + 1});
+    const KeyScan scan = behind_scalar ? KeyScan::kBehindScalar : KeyScan::kFirst;
+    const bool begins_in_quote = !behind_scalar && BeginsInQuote(key, span.delimiters);
+    const TextNode node = TextNode::Entry(key.first, equals, scan, begins_in_quote);
+    if (key.Length() > kMostKeyBytes && !SpelledKey(text_, key, node).Fits()) return Fail(TextFault::kLongKey, key);
     ++parsed_.counts_.entries;
-    if (behind_scalar) return AddNode(key, KeyScan::kBehindScalar, false);
-    return AddNode(key, KeyScan::kFirst, BeginsInQuote(key, span.delimiters));
-}
-
-/// A key is never longer than its bytes in the text.
-bool TextWalk::AddNode(Span key, KeyScan scan, bool begins_in_quote) {
-    const TextNode node(key, scan, begins_in_quote);
-    if (key.Length() > kMostKeyBytes && !SpelledKey(text_, node).Fits()) return Fail(TextFault::kLongKey, key);
     return parsed_.nodes_.Push(node);
-}
-
-/// Gives the last entry its value: what is in quotes, or the first line of the span. What is behind either is dropped.
-void TextWalk::SetValue(const Rest& span) {
-    const std::uint32_t first = SkipWhite(text_, span.bytes.first, span.bytes.last);
-    const bool is_quoted = first < span.bytes.last && text_[first] == '"';
-    if (is_quoted) {
-        LastNode().SetText(Between(delimiters_[span.delimiters.first]), true);
-    } else {
-        LastNode().SetText(BareText({first, span.bytes.last}), false);
-    }
 }
 
 bool TextWalk::WalkArray(Rest rest) {
@@ -173,17 +194,16 @@ bool TextWalk::WalkArray(Rest rest) {
 /// it.
 bool TextWalk::AddElement(Rest& rest) {
     ++parsed_.counts_.elements;
-    if (!AddNode({rest.bytes.first, rest.bytes.first}, KeyScan::kNone, false)) return false;
-    const Delimiter* delimiter = FirstDelimiter(rest);
-    const DelimiterKind kind = delimiter == nullptr ? kEquals : delimiter->kind;
+    if (!parsed_.nodes_.Push(TextNode::Element(rest.bytes.first))) return false;
+    const DelimiterKind kind = FirstDelimiter(rest);
     if (kind == kOpenTable || kind == kOpenArray) return AddBlock(rest);
     if (kind == kOpenQuote) {
-        LastNode().SetText(Between(*delimiter), true);
-        rest.bytes.first = delimiters_[delimiter->partner].position + 1U;
+        const std::uint32_t close = delimiters_[rest.delimiters.first + 1].position;
+        LastNode().SetQuotedElement(close);
+        rest.bytes.first = close + 1;
     } else {
-        const Span word = {rest.bytes.first, WordEnd(rest.bytes)};
-        LastNode().SetText(word, false);
-        rest.bytes.first = word.last;
+        rest.bytes.first = WordEnd(rest.bytes);
+        LastNode().SetValue(NodeKind::kScalar, rest.bytes.first);
     }
     return true;
 }
@@ -191,33 +211,21 @@ bool TextWalk::AddElement(Rest& rest) {
 /// Makes the last node a block. The rest is then what is behind it. REQUIRES: the rest begins with the block
 bool TextWalk::AddBlock(Rest& rest) {
     const std::uint32_t open = rest.delimiters.first;
-    const std::uint32_t close = delimiters_[open].partner;
+    const std::uint32_t close = delimiters_.CloseOf(open);
     const NodeKind kind = delimiters_[open].kind == kOpenTable ? NodeKind::kTable : NodeKind::kArray;
-    LastNode().SetBlock(kind, Between(delimiters_[open]));
+    LastNode().SetValue(kind, delimiters_[close].position);
     rest.bytes.first = delimiters_[close].position + 1U;
     rest.delimiters.first = close + 1;
     return parsed_.blocks_.Push({parsed_.nodes_.Count() - 1, kind, 0, 0}) && opens_.Push(open);
 }
 
-/// The delimiter that the rest begins with, or null. Others that a bare word has passed aren't the rest's any more.
-const Delimiter* TextWalk::FirstDelimiter(Rest& rest) const {
+/// The kind of the delimiter that the rest of an array begins with; kEquals, which no array has, if that is no
+/// delimiter. Others that a bare word has passed aren't the rest's any more.
+DelimiterKind TextWalk::FirstDelimiter(Rest& rest) const {
     DelimiterRange& range = rest.delimiters;
     while (range.first < range.last && delimiters_[range.first].position < rest.bytes.first) ++range.first;
     const bool is_here = range.first < range.last && delimiters_[range.first].position == rest.bytes.first;
-    return is_here ? &delimiters_[range.first] : nullptr;
-}
-
-/// What is in a pair of quotes or braces.
-Span TextWalk::Between(const Delimiter& open) const { return {open.position + 1U, delimiters_[open.partner].position}; }
-
-/// The first line, less white space and then commas at its end.
-/// REQUIRES: the span is empty or begins with a byte that isn't white
-Span TextWalk::BareText(Span span) const {
-    std::uint32_t line_end = span.first;
-    while (line_end < span.last && !Is(kLineEnd, text_[line_end])) ++line_end;
-    std::uint32_t last = TrimWhite(text_, span.first, line_end);
-    while (last > span.first && text_[last - 1] == ',') --last;
-    return {span.first, last};
+    return is_here ? delimiters_[range.first].kind : kEquals;
 }
 
 std::uint32_t TextWalk::WordEnd(Span span) const {
@@ -262,8 +270,8 @@ Span TextWalk::KeyBehindScalar(const Rest& span) const {
 std::uint32_t TextWalk::PieceStart(Span span, DelimiterRange delimiters) const {
     std::uint32_t first = span.last;
     while (first > span.first && !Is(kPieceEnd, text_[first - 1])) {
-        const Delimiter* quote = delimiters_.QuoteAt(text_, first - 1, kCloseQuote, delimiters);
-        first = quote == nullptr ? first - 1 : delimiters_[quote->partner].position;
+        --first;
+        if (text_[first] == '"') static_cast<void>(delimiters_.SkipQuoteBackwards(first, delimiters));
     }
     return first;
 }

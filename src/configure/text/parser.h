@@ -9,6 +9,7 @@
 
 #include "configure/text/comments.h"
 #include "configure/text/nodes.h"
+#include "memory/chunked_list.h"
 #include "memory/list.h"
 
 #include <cstdint>
@@ -40,10 +41,17 @@ public:
     [[nodiscard]] TextFault Parse(char* bytes, std::uint32_t size);
 
     [[nodiscard]] const char* Bytes() const { return bytes_; }
-    [[nodiscard]] const Tessarin::List<TextNode>& Nodes() const { return nodes_; }
+    [[nodiscard]] const Tessarin::ChunkedList<TextNode>& Nodes() const { return nodes_; }
     /// The root first.
     [[nodiscard]] const Tessarin::List<TextBlock>& Blocks() const { return blocks_; }
     [[nodiscard]] const TextCounts& Counts() const { return counts_; }
+
+    /// The bytes that SpelledKey makes the key of; empty for an element.
+    [[nodiscard]] Span KeyOf(const TextNode& node) const;
+    /// The bytes of a scalar's value, without its quotes, or those between a block's braces; empty for an absent value.
+    [[nodiscard]] Span ValueOf(const TextNode& node) const;
+    /// Whether a scalar's value is in quotes.
+    [[nodiscard]] bool IsQuoted(const TextNode& node) const;
 
     /// The block that a node is a child of, by its number.
     [[nodiscard]] std::uint32_t ParentOf(std::uint32_t node) const;
@@ -59,10 +67,13 @@ public:
 private:
     friend class TextWalk;
 
+    [[nodiscard]] std::uint32_t ValueStart(const TextNode& node) const;
+    [[nodiscard]] Span BareText(Span span) const;
+
     const char* bytes_ = nullptr;
     std::uint32_t size_ = 0; // less the comments
     StrippedComments comments_;
-    Tessarin::List<TextNode> nodes_;
+    Tessarin::ChunkedList<TextNode> nodes_;
     Tessarin::List<TextBlock> blocks_;
     TextCounts counts_;
     Span fault_ = {0, 0};

@@ -48,9 +48,9 @@ private:
     bool Fill(const TextBlock& block, Container& container, Unit*& next_unit) {
         container.count = block.child_count;
         container.units = next_unit;
-        const TextNode* node = parsed_.Nodes().begin() + block.first_child;
-        for (const Unit* const end = next_unit + block.child_count; next_unit != end; ++next_unit, ++node) {
-            if (!TakeNode(*node, *next_unit)) return false;
+        const std::uint32_t last = block.first_child + block.child_count;
+        for (std::uint32_t node = block.first_child; node != last; ++node) {
+            if (!TakeNode(parsed_.Nodes()[node], *next_unit++)) return false;
         }
         return true;
     }

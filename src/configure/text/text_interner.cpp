@@ -20,7 +20,7 @@ cstr InternSpelled(const SpelledKey& key) {
 } // namespace
 
 bool TextInterner::AddKey(const TextNode& node, cstr* result, cstr* copy) {
-    const SpelledKey key(text_, node);
+    const SpelledKey key(parsed_.Bytes(), parsed_.KeyOf(node), node);
     if (key.IsPlain()) return batch_.Add({key.Bytes(), key.Length(), Tessarin::TextForm::kLowerCase, result, copy});
     *result = InternSpelled(key);
     if (copy != nullptr) *copy = *result;
@@ -32,10 +32,11 @@ bool TextInterner::AddValue(const TextNode& node, cstr* result) {
         *result = nullptr;
         return true;
     }
-    const char* const text = text_ + node.Text().first;
-    const void* nul = std::memchr(text, '\0', node.Text().Length());
+    const Span value = parsed_.ValueOf(node);
+    const char* const text = parsed_.Bytes() + value.first;
+    const void* nul = std::memchr(text, '\0', value.Length());
     const std::uint32_t length =
-        nul == nullptr ? node.Text().Length() : static_cast<std::uint32_t>(static_cast<const char*>(nul) - text);
+        nul == nullptr ? value.Length() : static_cast<std::uint32_t>(static_cast<const char*>(nul) - text);
     return batch_.Add({text, length, Tessarin::TextForm::kAsIs, result, nullptr});
 }
 

@@ -13,7 +13,7 @@ namespace Configure {
 /// and the parsed text must stay until then.
 class TextInterner {
 public:
-    explicit TextInterner(const ParsedText& parsed) : text_(parsed.Bytes()) {}
+    explicit TextInterner(const ParsedText& parsed) : parsed_(parsed) {}
 
     /// Interns a node's key: in path form if there is a separator in it, else in lower case.
     /// copy     takes the key as well; null for nothing
@@ -25,7 +25,7 @@ public:
     [[nodiscard]] bool Finish() { return batch_.InternAll(); }
 
 private:
-    const char* text_;
+    const ParsedText& parsed_;
     Tessarin::InternBatch batch_{*Tessarin::string_table};
 };
 
