@@ -1,3 +1,6 @@
+// A load reads the whole file, chooses the loader, and keeps nothing of the bytes. Whatever its outcome, what was
+// loaded before is dropped first.
+
 #include "configure/file.h"
 
 #include "configure/binary/format.h"
@@ -34,9 +37,9 @@ struct FileBytes {
 
 private:
     bool ReadFrom(::IFileIO& fileio, void* handle) {
-        const std::int32_t its_size = fileio.GetSize(handle);
-        if (its_size < 0) return false;
-        size = static_cast<std::uint32_t>(its_size);
+        const std::int32_t measured = fileio.GetSize(handle);
+        if (measured < 0) return false;
+        size = static_cast<std::uint32_t>(measured);
         bytes = static_cast<char*>(std::malloc(std::size_t{size} + 1));
         if (bytes == nullptr || fileio.Read(handle, bytes, size + 1, size) != size) return false;
         bytes[size] = '\xFF';
@@ -67,41 +70,41 @@ File::~File() {
 
 void File::Release() { delete this; }
 
-ITable* File::Load(const char* its_path, std::uint32_t its_access, std::uint32_t its_format) {
+ITable* File::Load(const char* path, std::uint32_t access, std::uint32_t format) {
     Reset();
     FileBytes file;
-    if (Tessarin::IsEmpty(its_path) || !file.Read(*fileio_, its_path)) return nullptr;
-    if (its_format == FORMAT_AUTO) its_format = FormatOf(file);
-    ITable* root = LoadForm(file.bytes, file.size, its_access, its_format);
+    if (Tessarin::IsEmpty(path) || !file.Read(*fileio_, path)) return nullptr;
+    if (format == FORMAT_AUTO) format = FormatOf(file);
+    ITable* root = LoadForm(file.bytes, file.size, access, format);
     if (root == nullptr) {
         Reset();
         return nullptr;
     }
-    const cstr interned = Tessarin::string_table->Intern(its_path);
+    const cstr interned = Tessarin::string_table->Intern(path);
     if (interned != nullptr) {
         path_ = interned;
-        access_ = its_access;
-        format_ = its_format;
+        access_ = access;
+        format_ = format;
     }
     return root;
 }
 
-ITable* File::LoadForm(char* bytes, std::uint32_t size, std::uint32_t its_access, std::uint32_t its_format) {
+ITable* File::LoadForm(char* bytes, std::uint32_t size, std::uint32_t access, std::uint32_t format) {
     bool loaded = false;
-    if (its_format == FORMAT_TEXT && its_access == ACCESS_READ) {
+    if (format == FORMAT_TEXT && access == ACCESS_READ) {
         loaded = LoadTextForReading(bytes, size, text_);
-    } else if (its_format == FORMAT_TEXT && its_access == ACCESS_EDIT) {
+    } else if (format == FORMAT_TEXT && access == ACCESS_EDIT) {
         loaded = LoadTextForEditing(bytes, size, edit_);
-    } else if (its_format == FORMAT_BINARY && its_access == ACCESS_READ) {
+    } else if (format == FORMAT_BINARY && access == ACCESS_READ) {
         loaded = LoadBinary(reinterpret_cast<const unsigned char*>(bytes), size, binary_);
     }
-    return loaded ? RootOf(its_access, its_format) : nullptr;
+    return loaded ? RootOf(access, format) : nullptr;
 }
 
-ITable* File::RootOf(std::uint32_t its_access, std::uint32_t its_format) {
-    if (its_format == FORMAT_BINARY) return binary_.tables.begin();
-    if (its_format != FORMAT_TEXT) return nullptr;
-    if (its_access == ACCESS_EDIT) return edit_.tables.first;
+ITable* File::RootOf(std::uint32_t access, std::uint32_t format) {
+    if (format == FORMAT_BINARY) return binary_.tables.begin();
+    if (format != FORMAT_TEXT) return nullptr;
+    if (access == ACCESS_EDIT) return edit_.tables.first;
     return text_.tables.begin();
 }
 
@@ -118,13 +121,13 @@ ITable* File::GetRoot() { return RootOf(access_, format_); }
 
 bool File::Save() { return access_ == ACCESS_EDIT && WriteText(*fileio_, path_, GetRoot()); }
 
-bool File::SaveAs(const char* target, std::uint32_t its_format) {
-    if (Tessarin::IsEmpty(target)) return false;
-    if (its_format == FORMAT_BINARY) return WriteBinary(*fileio_, target, GetRoot());
-    return its_format == FORMAT_TEXT && WriteText(*fileio_, target, GetRoot());
+bool File::SaveAs(const char* path, std::uint32_t format) {
+    if (Tessarin::IsEmpty(path)) return false;
+    if (format == FORMAT_BINARY) return WriteBinary(*fileio_, path, GetRoot());
+    return format == FORMAT_TEXT && WriteText(*fileio_, path, GetRoot());
 }
 
-bool File::Exists(const char* its_path) { return fileio_->Exists(its_path); }
+bool File::Exists(const char* path) { return fileio_->Exists(path); }
 
 } // namespace Configure
 

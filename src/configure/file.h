@@ -1,4 +1,4 @@
-/// The object behind IFile.
+// The object behind IFile.
 
 #ifndef TESSARIN_CONFIGURE_FILE_H
 #define TESSARIN_CONFIGURE_FILE_H
@@ -12,7 +12,7 @@
 
 namespace Configure {
 
-/// Invariant: at most one of the three trees holds anything, and `access` and `format` tell which. They are 0 also
+/// Invariant: at most one of the three trees holds anything, and `access_` and `format_` tell which. They are 0 also
 /// after a load whose path couldn't be interned.
 class File final : public IFile {
 public:
@@ -20,19 +20,19 @@ public:
     static File* Create(::IFileIO* io);
 
     void Release() override;
-    ITable* Load(const char* its_path, std::uint32_t its_access, std::uint32_t its_format) override;
+    ITable* Load(const char* path, std::uint32_t access, std::uint32_t format) override;
     bool Reset() override;
     ITable* GetRoot() override;
     bool Save() override;
-    bool SaveAs(const char* target, std::uint32_t its_format) override;
-    bool Exists(const char* its_path) override;
+    bool SaveAs(const char* path, std::uint32_t format) override;
+    bool Exists(const char* path) override;
 
 private:
     ~File() override;
 
-    /// The root, once the named form is in its tree; null if that failed, the tree then in parts.
-    ITable* LoadForm(char* bytes, std::uint32_t size, std::uint32_t its_access, std::uint32_t its_format);
-    ITable* RootOf(std::uint32_t its_access, std::uint32_t its_format);
+    /// Loads one form into its tree. Returns the root; null if that fails, the tree then in parts.
+    ITable* LoadForm(char* bytes, std::uint32_t size, std::uint32_t access, std::uint32_t format);
+    ITable* RootOf(std::uint32_t access, std::uint32_t format);
 
     ::IFileIO* fileio_ = nullptr;
     bool owns_fileio_ = false;

@@ -1,12 +1,12 @@
-// What is inside an interval hangs on the last bit of a float, so the arithmetic is single precision step by step: each
-// sum is stored in a volatile, past which neither registers of more bits nor fused operations carry any.
+// The last bit of a float decides what is inside an interval, so the arithmetic is single precision step by step: each
+// sum is stored in a volatile, which no wider register and no fused operation can pass by.
 //
 // Invariants:
-//  - the fields are the host's to write, so no operation relies on them: any bits in them, a nan or bounds out of order
-//    too, give some answer, and no conversion is undefined;
-//  - a scan answers `length` at most, and what is added to a position that it found is within `length`: nothing wraps,
-//    with lengths up to the last of 32 bits;
-//  - the seed is the only state beyond an object.
+//  - hosts may write to the fields, so no operation relies on them: for any bits in them, a nan or bounds out of order
+//    too, it returns something, and no conversion is undefined;
+//  - a scan returns `length` at most, and what is added to a position that it found is within `length`: nothing wraps,
+//    up to the longest length of 32 bits;
+//  - the seed of Random is the only state beyond an object.
 
 #include "tessarin/interval.h"
 
@@ -107,12 +107,12 @@ unsigned char Interval::Load(const char* text, std::uint32_t length) {
 
 unsigned char Interval::Hit(float value) const {
     if ((flags & ~kAllFlags) != 0) return 0;
-    const float its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
-    const float its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
+    const float real_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
+    const float real_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
     const volatile float above = value + kTolerance;
     const volatile float below = value - kTolerance;
-    const bool over_lower = ((flags & INTERVAL_LOWER_OPEN) != 0 ? below : above) > its_lower;
-    const bool under_upper = its_upper > ((flags & INTERVAL_UPPER_OPEN) != 0 ? above : below);
+    const bool over_lower = ((flags & INTERVAL_LOWER_OPEN) != 0 ? below : above) > real_lower;
+    const bool under_upper = real_upper > ((flags & INTERVAL_UPPER_OPEN) != 0 ? above : below);
     return over_lower && under_upper ? 1 : 0;
 }
 
@@ -139,17 +139,17 @@ float Interval::Clamp(float value) const {
     return upper > raised ? raised : upper;
 }
 
-unsigned char Interval::To(std::int32_t& its_lower, std::int32_t& its_upper) const {
+unsigned char Interval::To(std::int32_t& lower_out, std::int32_t& upper_out) const {
     float real_lower = 0, real_upper = 0;
     static_cast<void>(To(real_lower, real_upper));
-    its_lower = Truncate(real_lower);
-    its_upper = Truncate(real_upper);
+    lower_out = Truncate(real_lower);
+    upper_out = Truncate(real_upper);
     return 1;
 }
 
-unsigned char Interval::To(float& its_lower, float& its_upper) const {
-    its_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
-    its_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
+unsigned char Interval::To(float& lower_out, float& upper_out) const {
+    lower_out = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
+    upper_out = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
     return 1;
 }
 

@@ -32,8 +32,8 @@ bool StringPool::Read(const unsigned char* bytes, std::uint32_t size) {
     std::uint32_t start = 0;
     for (cstr& text : texts_) {
         const std::uint32_t next = NextStart(bytes, start, size);
-        if (!batch.Add(
-                {reinterpret_cast<const char*>(bytes + start), next - start - 1, Tessarin::TextForm::kAsIs, &text, nullptr}))
+        if (!batch.Add({reinterpret_cast<const char*>(bytes + start), next - start - 1, Tessarin::TextForm::kAsIs,
+                        &text, nullptr}))
             return false;
         start = next;
     }

@@ -1,4 +1,4 @@
-/// Loads a text form for editing.
+// Loads a text form for editing.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
 #define TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
@@ -9,7 +9,7 @@
 
 namespace Configure {
 
-/// Fills an empty tree. As LoadTextForReading.
+/// Fills an empty tree; bytes and result as for LoadTextForReading.
 [[nodiscard]] bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree);
 
 } // namespace Configure

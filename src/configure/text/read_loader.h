@@ -1,4 +1,4 @@
-/// Loads a text form for reading.
+// Loads a text form for reading.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_READ_LOADER_H
 #define TESSARIN_CONFIGURE_TEXT_READ_LOADER_H
@@ -9,9 +9,9 @@
 
 namespace Configure {
 
-/// Fills an empty tree. False for a text that can't be taken and when memory runs out; the tree then holds parts, which
-/// the caller drops.
-/// REQUIRES: `bytes` are the caller's own, changed in the course of it, and bytes[size] is 0xFF
+/// Fills an empty tree.
+/// bytes    `size` bytes and behind them the end mark, 0xFF; changed by the load, and not needed after it
+/// returns  false for a text with a fault and when memory runs out; the tree then holds parts, for the caller to clear
 [[nodiscard]] bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree);
 
 } // namespace Configure

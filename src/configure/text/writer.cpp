@@ -1,9 +1,13 @@
-// An entry a line; a block's opening brace ends its line, its closing brace has one of its own. Indents are made of
-// tabs, 4 columns each; the closing brace stands under its opening brace, which no tab may lead up to, so it has
-// blanks.
+// Each entry has its line; a block's opening brace ends the line of its key, and its closing brace has a line of its
+// own. Indents are tabs of 4 columns. The closing brace is in the column of its opening brace, which need not be one of
+// a tab, so it is indented with blanks.
 //
-// A frame's `width` is where what it holds begins, before rounding up to a tab. Under a key that is 4 columns behind
-// the key; the opening brace is then at width - 1, and so is the closing one.
+//     key = {                   a frame of width 7
+//             entry = "text"    two tabs
+//           }                   six blanks
+//
+// A frame's `width` is the column where its content begins, before rounding up to a tab: 4 columns behind the key. The
+// opening brace is then at width - 1, and so is the closing one.
 
 #include "configure/text/writer.h"
 
@@ -19,9 +23,9 @@ namespace {
 
 constexpr std::uint32_t kLineRoom = 1024;
 constexpr std::uint32_t kTabColumns = 4;
-constexpr char kLineEnd[] = "\r\n";
+constexpr char kLineBreak[] = "\r\n";
 
-/// One line, which has to leave a byte of its room free.
+/// One line of at most kLineRoom - 1 bytes.
 class Line {
 public:
     Line& Put(const char* bytes, std::uint32_t count) {
@@ -89,12 +93,12 @@ private:
         static_cast<void>(fileio_.Write(handle_, tabs_, frames_.Top().Tabs()));
         Line line;
         if (frames_.Top().table != nullptr) line.Put(unit.GetKey()).PutLiteral(" = ");
-        if (unit.GetType() != KIND_STRING) return OpenBlock(unit, line.PutLiteral("{").PutLiteral(kLineEnd));
-        line.PutLiteral("\"").Put(unit.GetString()).PutLiteral("\"").PutLiteral(kLineEnd);
+        if (unit.GetType() != KIND_STRING) return OpenBlock(unit, line.PutLiteral("{").PutLiteral(kLineBreak));
+        line.PutLiteral("\"").Put(unit.GetString()).PutLiteral("\"").PutLiteral(kLineBreak);
         return line.Write(fileio_, handle_);
     }
 
-    /// False for a Unit that is no block, and for one that would stand too far to the right.
+    /// False for a Unit of no kind, and for a block that would be indented too far.
     bool OpenBlock(IIterator& unit, Line& line) {
         ITable* table = unit.GetTable();
         IArray* array = unit.GetArray();
@@ -112,7 +116,7 @@ private:
         blanks_[frame.width - 1] = '}';
         static_cast<void>(fileio_.Write(handle_, blanks_, frame.width));
         blanks_[frame.width - 1] = ' ';
-        static_cast<void>(fileio_.Write(handle_, kLineEnd, sizeof kLineEnd - 1));
+        static_cast<void>(fileio_.Write(handle_, kLineBreak, sizeof kLineBreak - 1));
     }
 
     ::IFileIO& fileio_;

@@ -1,14 +1,16 @@
-/// What tables, arrays and Units answer alike in all three families, written once.
-///
-/// A family derives its final classes from these templates, with itself as the argument, and supplies the rest:
-///
-///   a Unit    kind, value, and key if it is a table's
-///   a table   default_table; Unit, its Units' type; Search(key), the table's own Unit of a key; KeyOf(text), what
-///             Search takes for a text, null if that can't be made; kKeepsLastColon, how it spells composite keys;
-///             iteration
-///   an array  UnitAt(position), null beyond the last; iteration
-///
-/// Whatever changes a tree is refused here, and overridden by the one family that can be changed.
+// The operations that tables, arrays and Units have in common in all three families of trees.
+//
+// A family derives its final classes from these templates, with itself as the argument, and supplies the rest:
+//
+//   a Unit    kind, value, and key if it is a table's
+//   a table   default_table; Unit, the type of its Units; Search(key), the table's own Unit of a key; KeyOf(text), the
+//             argument of Search for a text, null if it can't be interned; kKeepsLastColon, how it spells composite
+//             keys; iteration
+//   an array  UnitAt(position), null beyond the last; iteration
+//
+// Operations that change a tree fail here; the one family that can be changed overrides them.
+//
+// Invariant: a getter's call is virtual, and nothing behind it is, as the templates know the final class.
 
 #ifndef TESSARIN_CONFIGURE_TREE_ACCESSORS_H
 #define TESSARIN_CONFIGURE_TREE_ACCESSORS_H
@@ -32,7 +34,7 @@ union UnitValue {
 };
 
 template <class Self>
-class UnitContract : public IIterator {
+class UnitAccessors : public IIterator {
 public:
     std::uint32_t GetType() final { return self().kind; }
     cstr GetKey() final {
@@ -64,8 +66,8 @@ private:
     Self& self() { return static_cast<Self&>(*this); }
 };
 
-// What a getter does with the Unit that it has found, or with none. The Unit's type is its own, so that the compiler
-// sees through its virtual operations.
+// What a getter returns for the Unit that it has found, or for none. The Unit has its final type, so that the compiler
+// resolves its virtual operations.
 
 template <class Unit>
 std::int32_t ReadInteger(Unit* unit, std::int32_t fallback) {
@@ -97,7 +99,7 @@ Interval ReadInterval(Unit* unit) {
 }
 
 template <class Self>
-class TableContract : public ITable {
+class TableAccessors : public ITable {
 public:
     IIterator* Find(const char* key) final { return Own(TextKey(key)); }
     IIterator* Find(std::uint32_t key) final { return Own(Self::KeyOf(Tessarin::IntegerToText(key).text)); }
@@ -180,8 +182,8 @@ private:
 
     auto* Own(const char* key) { return key == nullptr ? nullptr : self().Search(key); }
 
-    // The Unit that a getter reads: the table's own, else that of the table which serves as default. That one is asked
-    // as Find would, which finds nothing under an empty key, and passes the question on to nobody.
+    // The Unit that a getter reads: the table's own, else that of its default table. The default table is searched as
+    // by its Find, which finds nothing under an empty key and doesn't go on to a default table of its own.
     auto* OwnOrDefault(const char* key) {
         auto* unit = Own(key);
         if (unit != nullptr || self().default_table == nullptr || Tessarin::IsEmpty(key)) return unit;
@@ -197,7 +199,7 @@ private:
 };
 
 template <class Self>
-class ArrayContract : public IArray {
+class ArrayAccessors : public IArray {
 public:
     std::int32_t GetInteger(std::uint32_t position, std::int32_t fallback) final {
         return ReadInteger(self().UnitAt(position), fallback);

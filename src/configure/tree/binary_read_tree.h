@@ -1,5 +1,4 @@
-/// The family of the binary form, which is only read. A lookup by text interns nothing, takes no lock and allocates
-/// nothing.
+// The read tree of the binary form. A lookup by text interns nothing, takes no lock and allocates nothing.
 
 #ifndef TESSARIN_CONFIGURE_TREE_BINARY_READ_TREE_H
 #define TESSARIN_CONFIGURE_TREE_BINARY_READ_TREE_H
@@ -10,7 +9,7 @@
 
 namespace Configure {
 
-/// The Units stand in the order of the stored trie's nodes: by the length of their keys, then by their bytes.
+/// The Units are in the order of the stored trie's nodes: by the length of their keys, then by their bytes.
 struct BinTable final : TableReader<BinTable> {
     static constexpr bool kKeepsLastColon = false;
 

@@ -1,3 +1,5 @@
+// Pieces are put one behind the other, each with its `:`; the key fails as a whole if one of them does.
+
 #include "configure/tree/composite_key.h"
 
 #include "strings/string_table.h"
@@ -32,7 +34,7 @@ CompositeKey::CompositeKey(const char* format, std::va_list arguments, bool keep
 }
 
 bool CompositeKey::PutPiece(const char* piece, std::size_t piece_length) {
-    if (piece_length >= kKeyRoom - 1 - length_) return false; // the colon and the NUL
+    if (piece_length >= kCompositeKeyRoom - 1 - length_) return false; // the colon and the NUL
     std::memcpy(text_ + length_, piece, piece_length);
     length_ += piece_length;
     text_[length_++] = ':';

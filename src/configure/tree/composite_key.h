@@ -1,4 +1,4 @@
-/// Keys that aren't given as text, spelled on the caller's stack.
+// Composite keys: keys of several pieces, spelled into a buffer on the caller's stack.
 
 #ifndef TESSARIN_CONFIGURE_TREE_COMPOSITE_KEY_H
 #define TESSARIN_CONFIGURE_TREE_COMPOSITE_KEY_H
@@ -12,7 +12,7 @@
 namespace Configure {
 
 /// Room for a key with its terminator.
-inline constexpr std::size_t kKeyRoom = 1024;
+inline constexpr std::size_t kCompositeKeyRoom = 1024;
 
 /// A composite key: a piece for each letter of the format, each with a `:` behind it.
 class CompositeKey {
@@ -26,7 +26,7 @@ public:
 private:
     bool PutPiece(const char* piece, std::size_t piece_length);
 
-    char text_[kKeyRoom];
+    char text_[kCompositeKeyRoom];
     std::size_t length_ = 0;
     bool built_;
 };

@@ -1,3 +1,5 @@
+// A value is text until somebody asks for it as something else; nothing that is converted is kept.
+
 #include "configure/tree/conversions.h"
 
 #include "platform/number_text.h"

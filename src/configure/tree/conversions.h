@@ -1,4 +1,4 @@
-/// What the text of a value reads as. A null text reads as the zero of each.
+// Converts the text of a value. A null text is the zero of each type.
 
 #ifndef TESSARIN_CONFIGURE_TREE_CONVERSIONS_H
 #define TESSARIN_CONFIGURE_TREE_CONVERSIONS_H

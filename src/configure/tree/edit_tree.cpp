@@ -1,3 +1,9 @@
+// Invariants:
+//
+//  1. A container's `units` are never null once it is made, and a Unit's `index` is its position among them.
+//  2. Every table and array is in its tree's chain from the moment that a Unit refers to it.
+//  3. An operation that fails has changed nothing.
+
 #include "configure/tree/edit_tree.h"
 
 #include "strings/normal_forms.h"
@@ -31,9 +37,9 @@ void Chain<Container>::Clear() {
 template struct Chain<TxtTableWriter>;
 template struct Chain<TxtArrayWriter>;
 
-template <class Self, class Contract>
+template <class Self, class Accessors>
 template <class Child>
-auto* EditedUnits<Self, Contract>::NewChild(Chain<Child>& chain, cstr name) {
+auto* EditedUnits<Self, Accessors>::NewChild(Chain<Child>& chain, cstr name) {
     Child* child = Chain<Child>::Make(self().tree, name);
     typename Self::Unit* unit = child == nullptr ? nullptr : NewUnit(Child::kKind, child->AsValue());
     if (unit != nullptr) {
@@ -44,8 +50,8 @@ auto* EditedUnits<Self, Contract>::NewChild(Chain<Child>& chain, cstr name) {
     return unit;
 }
 
-template <class Self, class Contract>
-IIterator* EditedUnits<Self, Contract>::Remove(IIterator* unit) {
+template <class Self, class Accessors>
+IIterator* EditedUnits<Self, Accessors>::Remove(IIterator* unit) {
     using Unit = typename Self::Unit;
     ::farr& units = *self().units;
     std::uint32_t position = 0;
@@ -57,21 +63,21 @@ IIterator* EditedUnits<Self, Contract>::Remove(IIterator* unit) {
     return UnitAt(position);
 }
 
-template <class Self, class Contract>
-void EditedUnits<Self, Contract>::EndUnits() {
+template <class Self, class Accessors>
+void EditedUnits<Self, Accessors>::EndUnits() {
     if (self().units == nullptr) return;
     for (std::uint32_t i = 0; i < self().units->count; ++i) delete UnitAt(i);
     ::farr::Destroy(self().units);
 }
 
-bool TxtTableWriter::Unit::SetKey(const char* its_key) {
-    const cstr interned = KeyOf(its_key);
+bool TxtTableWriter::Unit::SetKey(const char* text) {
+    const cstr interned = KeyOf(text);
     if (interned != nullptr) key = interned;
     return interned != nullptr;
 }
 
-TxtTableWriter::TxtTableWriter(EditTree& its_tree, cstr its_name)
-    : name(its_name), units(::farr::Create(sizeof(Unit*))), tree(its_tree) {}
+TxtTableWriter::TxtTableWriter(EditTree& owner, cstr key)
+    : name(key), units(::farr::Create(sizeof(Unit*))), tree(owner) {}
 
 TxtTableWriter::~TxtTableWriter() { EndUnits(); }
 
@@ -94,23 +100,23 @@ IIterator* TxtTableWriter::Named(Unit* unit, cstr key) {
 }
 
 IIterator* TxtTableWriter::AddString(const char* key, const char* value) {
-    const cstr its_key = IsEmpty(key) || value == nullptr ? nullptr : NewKey(key);
-    const cstr text = its_key == nullptr ? nullptr : InternAsItIs(value);
-    return text == nullptr ? nullptr : Named(NewUnit(KIND_STRING, {text}), its_key);
+    const cstr new_key = IsEmpty(key) || value == nullptr ? nullptr : NewKey(key);
+    const cstr text = new_key == nullptr ? nullptr : InternAsItIs(value);
+    return text == nullptr ? nullptr : Named(NewUnit(KIND_STRING, {text}), new_key);
 }
 
 IIterator* TxtTableWriter::AddArray(const char* key) {
-    const cstr its_key = IsEmpty(key) ? nullptr : NewKey(key);
-    return its_key == nullptr ? nullptr : Named(NewChild(tree.arrays, its_key), its_key);
+    const cstr new_key = IsEmpty(key) ? nullptr : NewKey(key);
+    return new_key == nullptr ? nullptr : Named(NewChild(tree.arrays, new_key), new_key);
 }
 
 IIterator* TxtTableWriter::AddTable(const char* key) {
-    const cstr its_key = NewKey(key);
-    return its_key == nullptr ? nullptr : Named(NewChild(tree.tables, its_key), its_key);
+    const cstr new_key = NewKey(key);
+    return new_key == nullptr ? nullptr : Named(NewChild(tree.tables, new_key), new_key);
 }
 
-TxtArrayWriter::TxtArrayWriter(EditTree& its_tree, cstr its_name)
-    : name(its_name), units(::farr::Create(sizeof(Unit*))), tree(its_tree) {}
+TxtArrayWriter::TxtArrayWriter(EditTree& owner, cstr key)
+    : name(key), units(::farr::Create(sizeof(Unit*))), tree(owner) {}
 
 TxtArrayWriter::~TxtArrayWriter() { EndUnits(); }
 

@@ -1,4 +1,5 @@
-/// The family of an edited file: single objects on the heap, joined by flat arrays of pointers.
+// The edit tree: the tree of a text file that can be changed. Tables, arrays and Units are single objects on the heap;
+// a table or an array has a flat array of pointers to its Units.
 
 #ifndef TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
 #define TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
@@ -30,8 +31,8 @@ struct Chain {
 
 /// A Unit that can be changed. Its kind never does, once it is loaded or added.
 template <class Self>
-struct EditedUnit : UnitContract<Self> {
-    std::uint32_t index = 0; // its place among its owner's Units
+struct EditedUnit : UnitAccessors<Self> {
+    std::uint32_t index = 0; // among its owner's Units
     std::uint32_t kind = KIND_NONE;
 
     bool SetInteger(std::int32_t number) final { return SetText(Tessarin::IntegerToText(number)); }
@@ -50,8 +51,8 @@ private:
 };
 
 /// The Units of a table or array, which has the fields `name` and `units`.
-template <class Self, class Contract>
-class EditedUnits : public Contract {
+template <class Self, class Accessors>
+class EditedUnits : public Accessors {
 public:
     std::uint32_t GetCount() final { return self().units->count; }
     cstr GetName() final { return self().name; }
@@ -92,8 +93,8 @@ private:
     Self& self() { return static_cast<Self&>(*this); }
 };
 
-/// Lookups scan the Units from the first on: the order is the file's, and keys may come twice.
-class TxtTableWriter final : public EditedUnits<TxtTableWriter, TableContract<TxtTableWriter>> {
+/// Units are in the order of the file, and several may have one key: a search looks at them from the first on.
+class TxtTableWriter final : public EditedUnits<TxtTableWriter, TableAccessors<TxtTableWriter>> {
 public:
     static constexpr bool kKeepsLastColon = true;
     static constexpr std::uint32_t kKind = KIND_TABLE;
@@ -102,10 +103,10 @@ public:
         cstr key = nullptr;
         UnitValue value = {nullptr};
 
-        bool SetKey(const char* its_key) final;
+        bool SetKey(const char* text) final;
     };
 
-    TxtTableWriter(EditTree& its_tree, cstr its_name);
+    TxtTableWriter(EditTree& owner, cstr key);
     ~TxtTableWriter() override;
 
     static cstr KeyOf(const char* text) { return Tessarin::string_table->InternLowerCase(text); }
@@ -130,7 +131,7 @@ private:
     static IIterator* Named(Unit* unit, cstr key);
 };
 
-class TxtArrayWriter final : public EditedUnits<TxtArrayWriter, ArrayContract<TxtArrayWriter>> {
+class TxtArrayWriter final : public EditedUnits<TxtArrayWriter, ArrayAccessors<TxtArrayWriter>> {
 public:
     static constexpr std::uint32_t kKind = KIND_ARRAY;
 
@@ -138,7 +139,7 @@ public:
         UnitValue value = {nullptr};
     };
 
-    TxtArrayWriter(EditTree& its_tree, cstr its_name);
+    TxtArrayWriter(EditTree& owner, cstr key);
     ~TxtArrayWriter();
 
     IIterator* AddString(std::uint32_t reserved, const char* value) final;
@@ -153,9 +154,9 @@ public:
     TxtArrayWriter* next = nullptr;
 };
 
-/// Owns all tables and arrays that a file was loaded into, and those added later, whether they can be reached from the
-/// root or not: one that is removed may still be another's default. So nothing ever points to one that is gone, and the
-/// tree ends without a walk, however deep it is.
+/// Owns all tables and arrays of a file, loaded or added later, whether they can be reached from the root or not: one
+/// that is removed may still be another's default table. So no pointer ever dangles, and the tree is freed without a
+/// walk, however deep it is.
 struct EditTree {
     Chain<TxtTableWriter> tables; // the root first
     Chain<TxtArrayWriter> arrays;

@@ -1,4 +1,4 @@
-/// Finds a table's Units by the text of their keys: by open addressing over the hash of the text in lower case.
+// An index of a table's Units by the text of their keys: open addressing over the hash of the text in lower case.
 
 #ifndef TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
 #define TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
@@ -12,8 +12,9 @@
 
 namespace Configure {
 
-/// The index of one table; the slots are its file's. A slot is a Unit's number, from 1 on, with what the hash holds
-/// beyond the slot's place above it, so that a Unit is touched only if it is almost certainly the one; 0 is free.
+/// The index of one table; the slots belong to its file. A slot holds a Unit's number, from 1 on, and above it the bits
+/// of the hash that the slot's place doesn't tell, so that a Unit is touched only if it is almost certainly the one; 0
+/// is a free slot.
 class KeyIndex {
 public:
     /// The slots that a table of so many Units needs: at most two thirds are taken.

@@ -1,4 +1,9 @@
-/// What the two families have in common that are only read: Units side by side in a block of the file's.
+// What the two families have in common that are only read: the file owns one array of each type of object, and a table
+// or an array has a run of its Units.
+//
+//     tables        root | inn | stock | ...
+//     table_units   root's Units | inn's Units | stock's Units | ...
+//     slots         root's index | inn's index | ...
 
 #ifndef TESSARIN_CONFIGURE_TREE_READ_TREE_H
 #define TESSARIN_CONFIGURE_TREE_READ_TREE_H
@@ -12,23 +17,23 @@
 namespace Configure {
 
 /// A table's entry.
-struct TableUnit final : UnitContract<TableUnit> {
+struct TableUnit final : UnitAccessors<TableUnit> {
     std::uint32_t kind = KIND_NONE;
     cstr key = nullptr;
     UnitValue value = {nullptr};
 };
 
 /// An array's element.
-struct ArrayUnit final : UnitContract<ArrayUnit> {
+struct ArrayUnit final : UnitAccessors<ArrayUnit> {
     std::uint32_t kind = KIND_NONE;
     UnitValue value = {nullptr};
 };
 
 /// Iteration over the `count` Units from `units` on, for a table or an array that has these fields and a `name`.
-template <class Self, class Contract, class ItsUnit>
-class UnitRun : public Contract {
+template <class Self, class Accessors, class UnitType>
+class UnitRun : public Accessors {
 public:
-    using Unit = ItsUnit;
+    using Unit = UnitType;
 
     std::uint32_t GetCount() final { return self().count; }
     cstr GetName() final { return self().name; }
@@ -40,8 +45,8 @@ private:
     Self& self() { return static_cast<Self&>(*this); }
 };
 
-/// An array that is only read. The stored form that it came from makes no difference.
-struct ArrayReader final : UnitRun<ArrayReader, ArrayContract<ArrayReader>, ArrayUnit> {
+/// An array that is only read, of either stored form.
+struct ArrayReader final : UnitRun<ArrayReader, ArrayAccessors<ArrayReader>, ArrayUnit> {
     std::uint32_t count = 0;
     cstr name = nullptr; // null for an element of an array
     Unit* units = nullptr;
@@ -49,12 +54,12 @@ struct ArrayReader final : UnitRun<ArrayReader, ArrayContract<ArrayReader>, Arra
     [[nodiscard]] Unit* UnitAt(std::uint32_t position) const { return position < count ? units + position : nullptr; }
 };
 
-/// A table that is only read. Keys are found by the text that they are asked for with, so a key needs not be interned
-/// to be found; a family says in its Search what happens to one that isn't.
+/// A table that is only read. Units are found by the text of their keys, so a key need not be interned to be found; the
+/// family's Search decides what happens to a key that isn't there.
 template <class Self>
-struct TableReader : UnitRun<Self, TableContract<Self>, TableUnit> {
+struct TableReader : UnitRun<Self, TableAccessors<Self>, TableUnit> {
     std::uint32_t count = 0;
-    cstr name = nullptr; // the key under which the table stands; null for the root and for an element of an array
+    cstr name = nullptr; // the key of its Unit; null for the root and for an element of an array
     TableUnit* units = nullptr;
     ITable* default_table = nullptr;
     KeyIndex index;
@@ -62,8 +67,7 @@ struct TableReader : UnitRun<Self, TableContract<Self>, TableUnit> {
     static const char* KeyOf(const char* text) { return text; }
 };
 
-/// All that a load for reading makes: each table's Units, and each array's, are a run of the shared ones, and its index
-/// a run of the slots.
+/// All that a load for reading makes.
 template <class Table>
 struct ReadTree {
     Tessarin::List<Table> tables; // the root first
@@ -72,7 +76,7 @@ struct ReadTree {
     Tessarin::List<ArrayUnit> array_units;
     Tessarin::List<std::uint32_t> slots;
 
-    /// Makes the tables ready for lookups, once their Units are in their order. False if memory runs out.
+    /// Makes the tables ready for searches, once their Units are in their order. False if memory runs out.
     [[nodiscard]] bool IndexKeys() {
         std::uint32_t slot_count = 0;
         for (const Table& table : tables) slot_count += KeyIndex::SlotsFor(table.count);

@@ -1,3 +1,5 @@
+// The order of a table's Units is part of what a host sees: it walks them by the addresses of their keys.
+
 #include "configure/tree/text_read_tree.h"
 
 #include <algorithm>
@@ -13,7 +15,7 @@ TxtTableReader::Unit* TxtTableReader::Search(const char* key) const {
     return unit;
 }
 
-// Most tables are small, and a sort that keeps the order of equal keys takes memory for each.
+/// Most tables are small, and std::stable_sort allocates memory for each.
 void TxtTableReader::Sort() {
     constexpr std::uint32_t kFew = 16;
     const auto before = [](const Unit& left, const Unit& right) { return std::less<>()(left.key, right.key); };

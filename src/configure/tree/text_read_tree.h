@@ -1,4 +1,4 @@
-/// The family of a text form that is only read.
+// The read tree of the text form.
 
 #ifndef TESSARIN_CONFIGURE_TREE_TEXT_READ_TREE_H
 #define TESSARIN_CONFIGURE_TREE_TEXT_READ_TREE_H
@@ -7,12 +7,13 @@
 
 namespace Configure {
 
-/// Invariant: the Units stand in ascending order of their keys' addresses, which never change; equal keys are
-/// neighbours, in the order of the file.
+/// Invariant: the Units ascend by the address of their key, which never changes; equal keys are neighbours, in the
+/// order of the file.
 struct TxtTableReader final : TableReader<TxtTableReader> {
     static constexpr bool kKeepsLastColon = true;
 
-    /// A key that isn't there is interned: whatever was asked for is a string from then on, as in an edited file.
+    /// A key that isn't there is interned: whatever was searched for is an interned text from then on, as in an edited
+    /// file.
     [[nodiscard]] Unit* Search(const char* key) const;
 
     /// Puts the Units in order.
