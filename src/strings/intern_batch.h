@@ -1,4 +1,5 @@
-/// Texts that are interned in groups, as a loader comes by them.
+// Interning in groups. A loader that finds one text after the other adds each to a batch; the table then interns up to
+// kMaxBatch of them together, so that their cache misses overlap.
 
 #ifndef TESSARIN_STRINGS_INTERN_BATCH_H
 #define TESSARIN_STRINGS_INTERN_BATCH_H
@@ -9,19 +10,19 @@
 
 namespace Tessarin {
 
-/// The texts and the places that their cstrs go to must stay until they are interned.
+/// The texts, and the variables that their cstrs go to, must stay until they are interned.
 class InternBatch {
 public:
     explicit InternBatch(StringTable& strings) : strings_(strings) {}
 
-    /// False if texts had to be interned to make room and couldn't be.
+    /// False if the batch was full and one of its texts couldn't be interned.
     [[nodiscard]] bool Add(const PendingText& text) {
-        if (count_ == StringTable::kMostPending && !InternAll()) return false;
+        if (count_ == StringTable::kMaxBatch && !InternAll()) return false;
         texts_[count_++] = text;
         return true;
     }
 
-    /// Interns those that are waiting.
+    /// Interns the texts that are waiting. False if one of them can't be interned.
     [[nodiscard]] bool InternAll() {
         const std::uint32_t count = count_;
         count_ = 0;
@@ -31,7 +32,7 @@ public:
 private:
     StringTable& strings_;
     std::uint32_t count_ = 0;
-    PendingText texts_[StringTable::kMostPending];
+    PendingText texts_[StringTable::kMaxBatch];
 };
 
 } // namespace Tessarin

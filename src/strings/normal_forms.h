@@ -1,4 +1,5 @@
-/// The two normal forms of a text beside the plain one.
+// The normal forms that a text can be interned in beside the plain one: lower case and path. Only ASCII letters are
+// folded, whatever the locale.
 
 #ifndef TESSARIN_STRINGS_NORMAL_FORMS_H
 #define TESSARIN_STRINGS_NORMAL_FORMS_H
@@ -6,6 +7,9 @@
 #include <cstddef>
 
 namespace Tessarin {
+
+/// Which form of a text is interned, looked up or compared: the text itself, or what it becomes in lower case.
+enum class TextForm { kAsIs, kLowerCase };
 
 /// Null counts as empty.
 constexpr bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
@@ -15,16 +19,16 @@ constexpr char LowerCase(char byte) {
     return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
 }
 
-/// Room for a path form with its terminator. What doesn't fit is dropped.
+/// Bytes of the longest path form, its terminator included. What doesn't fit is dropped.
 inline constexpr std::size_t kPathFormRoom = 256;
 
-/// Writes the path form of `path`: lower case, each run of `\` and `/` one `\`. Ends it with a NUL.
+/// Writes the path form of `path` and a NUL behind it: letters become lower case, each sequence of `\` and `/` one `\`.
 /// returns  the bytes written, without the NUL
 inline std::size_t PathForm(const char* path, char (&form)[kPathFormRoom]) {
     std::size_t written = 0;
     bool in_separators = false;
     for (; *path != '\0' && written < kPathFormRoom - 1; ++path) {
-        bool separator = *path == '\\' || *path == '/';
+        const bool separator = *path == '\\' || *path == '/';
         if (!separator) {
             form[written++] = LowerCase(*path);
         } else if (!in_separators) {

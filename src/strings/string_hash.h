@@ -1,4 +1,9 @@
-/// Texts taken eight bytes at a time: what interning does with every key of every lookup.
+// Hash, comparison and copy of texts, eight bytes at a time: every lookup of a key goes through here. Each is made for
+// both forms of a text (TextForm): lower case is folded on the way, so no caller needs a buffer for it.
+//
+//  1. The hash of a text in lower case is the hash of its lower-case form, which is what the string table holds.
+//  2. Exactly `length` bytes are read, never one beyond them.
+//  3. Results are the same on machines of either byte order.
 
 #ifndef TESSARIN_STRINGS_STRING_HASH_H
 #define TESSARIN_STRINGS_STRING_HASH_H
@@ -30,36 +35,38 @@ Number LoadBytes(const char* text) {
 }
 
 /// The `count` bytes at `text`, 1 to 8, in the top of a word, with zeros before them. Reads nothing beyond them, and
-/// has no loop: the lengths of keys vary, and a branch that is foreseen wrongly costs more than all of this.
+/// has no loop: the lengths of keys vary, and a mispredicted branch costs more than all of this.
 inline std::uint64_t TopBytes(const char* text, std::size_t count) {
-    auto unused = static_cast<unsigned>(64 - 8 * count);
+    const auto unused = static_cast<unsigned>(64 - 8 * count);
     if (count >= 4) { // two halves that may overlap
-        std::uint64_t last = LoadBytes<std::uint32_t>(text + count - 4);
-        std::uint64_t first = LoadBytes<std::uint32_t>(text);
+        const std::uint64_t last = LoadBytes<std::uint32_t>(text + count - 4);
+        const std::uint64_t first = LoadBytes<std::uint32_t>(text);
         return last << 32 | ((first << unused) & 0xFFFFFFFFU);
     }
-    auto byte = [text](std::size_t i) { return std::uint64_t{static_cast<unsigned char>(text[i])}; };
-    std::size_t middle = count / 2;
+    const auto byte = [text](std::size_t i) { return std::uint64_t{static_cast<unsigned char>(text[i])}; };
+    const std::size_t middle = count / 2;
     return byte(0) << unused | byte(middle) << (unused + 8 * middle) | byte(count - 1) << 56;
 }
 
-/// What a text looks like as it is interned.
-struct AsItIs {
-    static std::uint64_t Fold(std::uint64_t word) { return word; }
-    static void Copy(char* to, const char* text, std::size_t length) { std::memcpy(to, text, length); }
-};
+/// Eight bytes of a text in `form`. `A` to `Z`, below 0x80 as they are, are the bytes that pass 0x80 when 0x3F is
+/// added, and don't when 0x25 is.
+template <TextForm form>
+std::uint64_t Fold(std::uint64_t word) {
+    if constexpr (form == TextForm::kAsIs) return word;
+    const std::uint64_t low = word & ~kTopBits;
+    const std::uint64_t capitals = ((low + kEachByte * 0x3F) ^ (low + kEachByte * 0x25)) & ~word & kTopBits;
+    return word + (capitals >> 2); // 0x80 becomes the 0x20 between a capital and its small letter
+}
 
-struct InLowerCase {
-    /// `A` to `Z`, below 0x80 as they are, are those that pass 0x80 when 0x3F is added, and don't when 0x25 is.
-    static std::uint64_t Fold(std::uint64_t word) {
-        std::uint64_t low = word & ~kTopBits;
-        std::uint64_t capitals = ((low + kEachByte * 0x3F) ^ (low + kEachByte * 0x25)) & ~word & kTopBits;
-        return word + (capitals >> 2); // 0x80 becomes the 0x20 between a capital and its small letter
-    }
-    static void Copy(char* to, const char* text, std::size_t length) {
+/// Writes a text in `form`, without a NUL. The two places don't overlap.
+template <TextForm form>
+void CopyText(char* to, const char* text, std::size_t length) {
+    if constexpr (form == TextForm::kAsIs) {
+        std::memcpy(to, text, length);
+    } else {
         for (std::size_t i = 0; i < length; ++i) to[i] = LowerCase(text[i]);
     }
-};
+}
 
 /// A polynomial in 131 over the bytes of a word, read as signed numbers, modulo 2^32. Neighbours are combined in ever
 /// wider lanes: 8 bytes, 4 pairs, 2 halves.
@@ -73,35 +80,35 @@ inline std::uint32_t HashOfWord(std::uint64_t word) {
         return hash;
     }
     constexpr std::uint64_t kBytes = 0x00FF00FF00FF00FFU, kPairs = 0x0000FFFF0000FFFFU;
-    std::uint64_t pairs = (word & kBytes) * k1 + ((word >> 8) & kBytes);     // below 2^15 each
-    std::uint64_t halves = (pairs & kPairs) * k2 + ((pairs >> 16) & kPairs); // below 2^30 each
+    const std::uint64_t pairs = (word & kBytes) * k1 + ((word >> 8) & kBytes);     // below 2^15 each
+    const std::uint64_t halves = (pairs & kPairs) * k2 + ((pairs >> 16) & kPairs); // below 2^30 each
     return static_cast<std::uint32_t>(halves) * k4 + static_cast<std::uint32_t>(halves >> 32);
 }
 
-/// The polynomial over a whole text, less its top bit. Zeros in front don't change it, so the first word is filled up
-/// with them and every other one is full.
-template <class Form>
+/// The polynomial over a whole text in `form`, without its top bit. Zeros in front don't change it, so the first word
+/// is padded with them in front and every other word is full.
+template <TextForm form>
 std::uint32_t HashOfText(const char* text, std::size_t length) {
     constexpr std::uint32_t k8 = 0x191145A1U;
     static_assert(k8 == static_cast<std::uint32_t>(131ULL * 131 * 131 * 131 * 131 * 131 * 131 * 131));
     if (length == 0) return 0;
-    std::size_t head = (length - 1) % 8 + 1;
-    std::uint64_t first = length < 8 ? TopBytes(text, head) : LoadBytes<std::uint64_t>(text) << (64 - 8 * head);
-    std::uint32_t hash = HashOfWord(Form::Fold(first));
+    const std::size_t head = (length - 1) % 8 + 1;
+    const std::uint64_t first = length < 8 ? TopBytes(text, head) : LoadBytes<std::uint64_t>(text) << (64 - 8 * head);
+    std::uint32_t hash = HashOfWord(Fold<form>(first));
     for (std::size_t i = head; i < length; i += 8) {
-        hash = hash * k8 + HashOfWord(Form::Fold(LoadBytes<std::uint64_t>(text + i)));
+        hash = hash * k8 + HashOfWord(Fold<form>(LoadBytes<std::uint64_t>(text + i)));
     }
     return hash & 0x7FFFFFFF;
 }
 
-/// Whether an interned text is the form of `text`; both have `length` bytes.
-template <class Form>
+/// Whether an interned text equals `text` in `form`; both have `length` bytes.
+template <TextForm form>
 bool EqualTexts(const char* interned, const char* text, std::size_t length) {
     if (length < 8) {
-        return length == 0 || TopBytes(interned, length) == Form::Fold(TopBytes(text, length));
+        return length == 0 || TopBytes(interned, length) == Fold<form>(TopBytes(text, length));
     }
-    auto equal_at = [interned, text](std::size_t i) {
-        return LoadBytes<std::uint64_t>(interned + i) == Form::Fold(LoadBytes<std::uint64_t>(text + i));
+    const auto equal_at = [interned, text](std::size_t i) {
+        return LoadBytes<std::uint64_t>(interned + i) == Fold<form>(LoadBytes<std::uint64_t>(text + i));
     };
     for (std::size_t i = 0; i + 8 < length; i += 8) {
         if (!equal_at(i)) return false;

@@ -1,12 +1,28 @@
-// Interning. 99991 buckets, fixed, each a list of slots that only ever gains: a bucket's first slot stands in the
-// bucket itself, further ones in blocks of seven, the newest block first. Invariants:
+// The index of the interned strings: a hash table with a fixed number of buckets. Texts are only ever added, so a
+// bucket is a list of slots that only grows: its first slot is in the bucket itself, further ones are in blocks of
+// seven, each one cache line.
+//
+//     buckets_      hash % 99991
+//       |
+//       v
+//     [ first | more ]      more ---> [ next | slot 1 ... 7 ] ---> [ next | slot 1 ... 7 ] ---> null
+//          |                           the newest block, which      older blocks, full
+//          |                           is filled from slot 1 on
+//          v
+//     a slot      [ tag: hash / 99991, 16 bits | address of a text, 48 bits ]      0 while it is free
+//                                                    |
+//                                                    v
+//     an arena    ... [ length, 4 bytes | text | NUL ][ length | text | NUL ] ...      1 MiB, the newest is allocated
+//     from
+//
+// Invariants:
 //
 //  1. A slot goes from 0 to its text once and never changes again; a block's `next` is set before the block is linked.
 //     Both are published by a release store, so a reader that sees a slot or a block sees all that it leads to.
 //  2. Hence a hit takes no lock. A miss takes it and looks again, as another thread may have added the text meanwhile.
-//  3. Equal texts hash alike and stand in one bucket, so the second look makes addresses unique.
+//  3. Equal texts have equal hashes and so are in one bucket; the second look therefore makes addresses unique.
 //
-// The forms (as it is, lower case) fold in hash, comparison and copy as they go; nothing needs a scratch buffer.
+// Lower case is folded while a text is hashed, compared and copied, so no form of a text needs a buffer.
 
 #include "strings/string_table.h"
 
@@ -28,19 +44,19 @@ cstr TextOf(std::uint64_t slot) {
 
 } // namespace
 
-/// A text on its way through the index.
-template <class Form>
-struct StringTable::Sought {
+/// A text that is looked up, with what the index needs to know of it.
+template <TextForm form>
+struct StringTable::Lookup {
     const char* text;
     std::size_t length;
-    Position position;
+    HashParts hash;
 
-    /// The text that a slot names if it is the one sought, else null.
-    cstr In(Slot slot) const {
-        if (slot >> kAddressBits != position.tag) return nullptr;
+    /// The interned text that a slot leads to if it equals this one, else null.
+    cstr Match(Slot slot) const {
+        if (slot >> kAddressBits != hash.tag) return nullptr;
         const cstr interned = TextOf(slot);
         if (interned == nullptr || CstrLength(interned) != length) return nullptr;
-        return EqualTexts<Form>(interned, text, length) ? interned : nullptr;
+        return EqualTexts<form>(interned, text, length) ? interned : nullptr;
     }
 };
 
@@ -60,9 +76,11 @@ StringTable::~StringTable() {
     }
 }
 
-cstr StringTable::Intern(const char* text, std::size_t length) { return InternAs<AsItIs>(text, length); }
+cstr StringTable::Intern(const char* text, std::size_t length) { return InternForm<TextForm::kAsIs>(text, length); }
 
-cstr StringTable::InternLowerCase(const char* text, std::size_t length) { return InternAs<InLowerCase>(text, length); }
+cstr StringTable::InternLowerCase(const char* text, std::size_t length) {
+    return InternForm<TextForm::kLowerCase>(text, length);
+}
 
 cstr StringTable::InternPath(const char* path) {
     if (path == nullptr) return nullptr;
@@ -73,104 +91,106 @@ cstr StringTable::InternPath(const char* path) {
 cstr StringTable::Find(const char* text) const {
     if (text == nullptr || buckets_ == nullptr) return nullptr;
     const std::size_t length = std::strlen(text);
-    return FindAs(Sought<AsItIs>{text, length, PositionOf<AsItIs>(text, length)});
+    return FindInBucket(Lookup<TextForm::kAsIs>{text, length, Hash<TextForm::kAsIs>(text, length)});
 }
 
-/// In turns, each for all texts: ask for the bucket; for the block behind it; for the text; and only then look.
+/// In four passes over all texts, each of which prefetches what the next one reads: the bucket, the block behind it,
+/// the text; and only then the lookup.
 bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
     if (buckets_ == nullptr) return false;
-    Position positions[kMostPending];
+    HashParts hashes[kMaxBatch];
     for (std::uint32_t i = 0; i < count; ++i) {
         const PendingText& text = texts[i];
-        positions[i] = text.form == TextForm::kLowerCase ? PositionOf<InLowerCase>(text.text, text.length)
-                                                         : PositionOf<AsItIs>(text.text, text.length);
-        __builtin_prefetch(&buckets_[positions[i].bucket]);
+        hashes[i] = text.form == TextForm::kLowerCase ? Hash<TextForm::kLowerCase>(text.text, text.length)
+                                                      : Hash<TextForm::kAsIs>(text.text, text.length);
+        __builtin_prefetch(&buckets_[hashes[i].bucket]);
     }
     for (std::uint32_t i = 0; i < count; ++i) {
-        const Bucket& bucket = buckets_[positions[i].bucket];
-        if (bucket.first.load(std::memory_order_relaxed) >> kAddressBits == positions[i].tag) continue;
+        const Bucket& bucket = buckets_[hashes[i].bucket];
+        if (bucket.first.load(std::memory_order_relaxed) >> kAddressBits == hashes[i].tag) continue;
         __builtin_prefetch(bucket.more.load(std::memory_order_relaxed));
     }
-    for (std::uint32_t i = 0; i < count; ++i) __builtin_prefetch(LikelyText(positions[i]));
+    for (std::uint32_t i = 0; i < count; ++i) __builtin_prefetch(FirstWithTag(hashes[i]));
     for (std::uint32_t i = 0; i < count; ++i) {
         const PendingText& text = texts[i];
-        if (text.length > kLongestText) return false;
+        if (text.length > kMaxTextLength) return false;
         *text.result = text.form == TextForm::kLowerCase
-                           ? InternAt(Sought<InLowerCase>{text.text, text.length, positions[i]})
-                           : InternAt(Sought<AsItIs>{text.text, text.length, positions[i]});
+                           ? FindOrAdd(Lookup<TextForm::kLowerCase>{text.text, text.length, hashes[i]})
+                           : FindOrAdd(Lookup<TextForm::kAsIs>{text.text, text.length, hashes[i]});
         if (*text.result == nullptr) return false;
         if (text.copy != nullptr) *text.copy = *text.result;
     }
     return true;
 }
 
-template <class Form>
-StringTable::Position StringTable::PositionOf(const char* text, std::size_t length) {
-    const std::uint32_t hash = HashOfText<Form>(text, length);
+template <TextForm form>
+StringTable::HashParts StringTable::Hash(const char* text, std::size_t length) {
+    const std::uint32_t hash = HashOfText<form>(text, length);
     const std::uint32_t tag = hash / kBucketCount;
     return {hash - tag * kBucketCount, tag};
 }
 
-/// The text at a position that is the one wanted if any in the first slots is; null if none can be.
-const char* StringTable::LikelyText(Position position) const {
-    const Bucket& bucket = buckets_[position.bucket];
+/// The first text in the bucket and its newest block whose tag agrees: nearly always the one that is looked up, if it
+/// is there. Null if none agrees.
+cstr StringTable::FirstWithTag(HashParts hash) const {
+    const Bucket& bucket = buckets_[hash.bucket];
     const Slot first = bucket.first.load(std::memory_order_acquire);
-    if (first >> kAddressBits == position.tag) return TextOf(first);
+    if (first >> kAddressBits == hash.tag) return TextOf(first);
     const SlotBlock* block = bucket.more.load(std::memory_order_acquire);
     if (block == nullptr) return nullptr;
     for (const std::atomic<Slot>& slot : block->slots) {
-        const Slot its_text = slot.load(std::memory_order_acquire);
-        if (its_text >> kAddressBits == position.tag) return TextOf(its_text);
+        const Slot taken = slot.load(std::memory_order_acquire);
+        if (taken >> kAddressBits == hash.tag) return TextOf(taken);
     }
     return nullptr;
 }
 
-template <class Form>
-cstr StringTable::InternAs(const char* text, std::size_t length) {
-    if (length > kLongestText || buckets_ == nullptr) return nullptr;
-    return InternAt(Sought<Form>{text, length, PositionOf<Form>(text, length)});
+template <TextForm form>
+cstr StringTable::InternForm(const char* text, std::size_t length) {
+    if (length > kMaxTextLength || buckets_ == nullptr) return nullptr;
+    return FindOrAdd(Lookup<form>{text, length, Hash<form>(text, length)});
 }
 
-template <class Form>
-cstr StringTable::InternAt(const Sought<Form>& sought) {
-    if (cstr found = FindAs(sought)) return found;
-    return Add(sought);
+template <TextForm form>
+cstr StringTable::FindOrAdd(const Lookup<form>& lookup) {
+    if (const cstr found = FindInBucket(lookup)) return found;
+    return Add(lookup);
 }
 
-template <class Form>
-cstr StringTable::FindAs(const Sought<Form>& sought) const {
-    const Bucket& bucket = buckets_[sought.position.bucket];
-    if (cstr found = sought.In(bucket.first.load(std::memory_order_acquire))) return found;
+template <TextForm form>
+cstr StringTable::FindInBucket(const Lookup<form>& lookup) const {
+    const Bucket& bucket = buckets_[lookup.hash.bucket];
+    if (const cstr found = lookup.Match(bucket.first.load(std::memory_order_acquire))) return found;
     for (const SlotBlock* block = bucket.more.load(std::memory_order_acquire); block != nullptr; block = block->next) {
         for (const std::atomic<Slot>& slot : block->slots) {
-            Slot its_text = slot.load(std::memory_order_acquire);
-            if (its_text == 0) break;
-            if (cstr found = sought.In(its_text)) return found;
+            const Slot taken = slot.load(std::memory_order_acquire);
+            if (taken == 0) break;
+            if (const cstr found = lookup.Match(taken)) return found;
         }
     }
     return nullptr;
 }
 
-template <class Form>
-cstr StringTable::Add(const Sought<Form>& sought) {
-    std::lock_guard guard(lock_);
-    if (cstr found = FindAs(sought)) return found;
-    std::atomic<Slot>* slot = FreeSlot(buckets_[sought.position.bucket]);
+template <TextForm form>
+cstr StringTable::Add(const Lookup<form>& lookup) {
+    const std::lock_guard guard(lock_);
+    if (const cstr found = FindInBucket(lookup)) return found;
+    std::atomic<Slot>* slot = FreeSlot(buckets_[lookup.hash.bucket]);
     if (slot == nullptr) return nullptr;
-    auto length = static_cast<std::uint32_t>(sought.length);
-    char* node = TakeBytes(static_cast<std::uint32_t>(sizeof length) + length + 1);
+    const auto length = static_cast<std::uint32_t>(lookup.length);
+    char* node = AllocateNode(static_cast<std::uint32_t>(sizeof length) + length + 1);
     if (node == nullptr) return nullptr;
     char* text = node + sizeof length;
     std::memcpy(node, &length, sizeof length);
-    Form::Copy(text, sought.text, length);
+    CopyText<form>(text, lookup.text, length);
     text[length] = '\0';
-    slot->store(Slot{sought.position.tag} << kAddressBits | reinterpret_cast<std::uintptr_t>(text),
+    slot->store(Slot{lookup.hash.tag} << kAddressBits | reinterpret_cast<std::uintptr_t>(text),
                 std::memory_order_release);
     return text;
 }
 
-/// The bucket's next free slot, in a new block if need be; null without memory. A block that stays empty, because its
-/// text then couldn't be had, serves the next one.
+/// The bucket's next free slot, in a new block if need be; null if memory runs out. A block that stays empty, because
+/// there was then no memory for its text, is used for the next text.
 std::atomic<StringTable::Slot>* StringTable::FreeSlot(Bucket& bucket) {
     if (bucket.first.load(std::memory_order_relaxed) == 0) return &bucket.first;
     SlotBlock* newest = bucket.more.load(std::memory_order_relaxed);
@@ -187,28 +207,29 @@ std::atomic<StringTable::Slot>* StringTable::FreeSlot(Bucket& bucket) {
 }
 
 StringTable::SlotBlock* StringTable::NewBlock() {
-    constexpr auto per_chunk =
+    // One less than would fit, for the bytes that aligning the first one takes.
+    constexpr auto kBlocksPerChunk =
         static_cast<std::uint32_t>((kBlockChunkBytes - sizeof(BlockChunk)) / sizeof(SlotBlock) - 1);
-    if (chunks_ == nullptr || chunks_->used == per_chunk) {
+    if (chunks_ == nullptr || chunks_->used == kBlocksPerChunk) {
         auto* chunk = static_cast<BlockChunk*>(std::malloc(kBlockChunkBytes));
         if (chunk == nullptr) return nullptr;
         *chunk = {chunks_, 0};
         chunks_ = chunk;
     }
-    auto start = reinterpret_cast<std::uintptr_t>(chunks_ + 1);
+    const auto start = reinterpret_cast<std::uintptr_t>(chunks_ + 1);
     auto* blocks = reinterpret_cast<unsigned char*>(chunks_ + 1) + (-start & (alignof(SlotBlock) - 1));
     return new (blocks + chunks_->used++ * sizeof(SlotBlock)) SlotBlock{};
 }
 
-char* StringTable::TakeBytes(std::uint32_t size) {
+char* StringTable::AllocateNode(std::uint32_t size) {
     if (arenas_ == nullptr || arenas_->capacity - arenas_->used < size) {
-        auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + kArenaRoom));
+        auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + kArenaBytes));
         if (arena == nullptr) return nullptr;
-        *arena = {arenas_, kArenaRoom, 0, reinterpret_cast<char*>(arena + 1)};
-        // A slot has 48 bits for an address. That is all that programs get, but where the heap marks its addresses at
-        // their top; on such a host this allocation has to come from somewhere else.
-        if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + kArenaRoom)} >> kAddressBits != 0) {
-            std::free(arena); // GCOVR_EXCL_LINE: nothing that runs the tests is such a host
+        *arena = {arenas_, kArenaBytes, 0, reinterpret_cast<char*>(arena + 1)};
+        // A slot has 48 bits for an address. No program gets higher addresses, except where the heap marks them in
+        // their top bits; on such a host this allocation has to come from somewhere else.
+        if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + kArenaBytes)} >> kAddressBits != 0) {
+            std::free(arena); // GCOVR_EXCL_LINE: no host that runs the tests is like that
             return nullptr;   // GCOVR_EXCL_LINE
         }
         arenas_ = arena;

@@ -1,10 +1,12 @@
-/// The process-wide table of interned strings.
+// The process-wide table of interned strings: each distinct text has one address, so keys are compared as pointers.
+// How it is indexed, with a picture: string_table.cpp.
 
 #ifndef TESSARIN_STRINGS_STRING_TABLE_H
 #define TESSARIN_STRINGS_STRING_TABLE_H
 
 #include "memory/until_unload.h"
 #include "platform/spin_lock.h"
+#include "strings/normal_forms.h"
 #include "tessarin/types.h"
 
 #include <atomic>
@@ -21,10 +23,7 @@ inline std::uint32_t CstrLength(cstr text) {
     return length;
 }
 
-/// Which normal form of a text is interned.
-enum class TextForm { kAsIs, kLowerCase };
-
-/// A text that is interned together with others.
+/// A text that is to be interned together with others.
 struct PendingText {
     const char* text; // without a NUL among its bytes
     std::uint32_t length;
@@ -37,15 +36,15 @@ struct PendingText {
 class StringTable {
 public:
     static constexpr std::uint32_t kBucketCount = 99991;
-    static constexpr std::uint32_t kArenaRoom = 0x100000;
-    static constexpr std::size_t kLongestText = kArenaRoom - 9;
+    static constexpr std::uint32_t kArenaBytes = 0x100000;
+    static constexpr std::size_t kMaxTextLength = kArenaBytes - 9;
 
     StringTable();
     ~StringTable();
     StringTable(const StringTable&) = delete;
     StringTable& operator=(const StringTable&) = delete;
 
-    // All of these answer null for a null or overlong text, and when memory runs out.
+    // All of these return null for a null or overlong text, and when memory runs out.
     cstr Intern(const char* text) { return text == nullptr ? nullptr : Intern(text, std::strlen(text)); }
     /// REQUIRES, here and below: no NUL among the bytes
     cstr Intern(const char* text, std::size_t length);
@@ -55,20 +54,21 @@ public:
     cstr InternLowerCase(const char* text, std::size_t length);
     cstr InternPath(const char* path);
 
-    /// Interns several texts, whose waits for memory overlap: a text that isn't in the processor's cache is most of
-    /// what interning it costs. False if one of them can't be interned; some places are then without.
+    /// Interns several texts so that their cache misses overlap: fetching a text that isn't in the processor's cache is
+    /// most of what interning it costs. False if one of them can't be interned; some results are then unset.
+    /// REQUIRES: count <= kMaxBatch
     bool Intern(const PendingText* texts, std::uint32_t count);
-    static constexpr std::uint32_t kMostPending = 32;
+    static constexpr std::uint32_t kMaxBatch = 32;
 
     /// The text if it is interned already, else null.
     cstr Find(const char* text) const;
 
 private:
-    // One interned text as the index names it: the address in the low 48 bits, above it what the hash holds beyond the
-    // bucket's number. A text is followed only where that part agrees, so a walk stays within the index.
+    // One interned text as the index names it: the text's address in the low 48 bits, above it the hash's tag. A text
+    // is read only where the tag agrees, so a walk mostly stays within the index.
     using Slot = std::uint64_t;
 
-    // A line of the processor's cache full of slots, taken from the first on; 0 is free.
+    // One cache line of slots, taken from the first on; 0 is free.
     struct alignas(64) SlotBlock {
         SlotBlock* next;
         std::atomic<Slot> slots[7];
@@ -79,8 +79,8 @@ private:
         std::atomic<SlotBlock*> more;
     };
 
-    // Memory for the texts, the current arena first. A node is the text's length, the text and its NUL; nodes lie back
-    // to back, at any address.
+    // Memory for the texts, the current arena first: a bump allocator. A node is the text's length, the text and its
+    // NUL; nodes lie back to back, at any address.
     struct Arena {
         Arena* next;
         std::uint32_t capacity;
@@ -88,42 +88,42 @@ private:
         char* base;
     };
 
-    // Memory for slot blocks, cut from its aligned start on.
+    // Memory for slot blocks, which are allocated one behind the other from its first aligned address on.
     struct BlockChunk {
         BlockChunk* next;
         std::uint32_t used;
     };
 
-    // Where a text belongs, by its hash.
-    struct Position {
+    // A text's hash in its two parts: the remainder by the number of buckets and the quotient.
+    struct HashParts {
         std::uint32_t bucket;
         std::uint32_t tag; // 15 bits: the hash is below 2^31
     };
 
-    template <class Form>
-    struct Sought;
+    template <TextForm form>
+    struct Lookup;
 
-    template <class Form>
-    static Position PositionOf(const char* text, std::size_t length);
+    template <TextForm form>
+    static HashParts Hash(const char* text, std::size_t length);
 
-    template <class Form>
-    cstr InternAs(const char* text, std::size_t length);
-    template <class Form>
-    cstr InternAt(const Sought<Form>& sought);
-    [[nodiscard]] const char* LikelyText(Position position) const;
-    template <class Form>
-    cstr FindAs(const Sought<Form>& sought) const;
-    template <class Form>
-    cstr Add(const Sought<Form>& sought);
+    template <TextForm form>
+    cstr InternForm(const char* text, std::size_t length);
+    template <TextForm form>
+    cstr FindOrAdd(const Lookup<form>& lookup);
+    template <TextForm form>
+    cstr FindInBucket(const Lookup<form>& lookup) const;
+    template <TextForm form>
+    cstr Add(const Lookup<form>& lookup);
+    [[nodiscard]] cstr FirstWithTag(HashParts hash) const;
 
     std::atomic<Slot>* FreeSlot(Bucket& bucket);
     SlotBlock* NewBlock();
-    char* TakeBytes(std::uint32_t size);
+    char* AllocateNode(std::uint32_t size);
 
-    Bucket* buckets_; // null if memory ran out at the start: every answer is then null
+    Bucket* buckets_; // null if memory ran out at the start: every function then returns null
     Arena* arenas_ = nullptr;
     BlockChunk* chunks_ = nullptr;
-    SpinLock lock_; // guards all that adds
+    SpinLock lock_; // held while a text is added; lookups don't take it
 };
 
 /// The strings of the process.

@@ -1,4 +1,5 @@
-// Interned strings: what each form makes of a text, that equal texts are one address, and what memory and limits do.
+// Interned strings: the normal forms, one address for equal texts, limits of length, and allocation failures. The hash
+// and the comparison by words are tested against plain loops over bytes.
 
 #include "strings/string_hash.h"
 #include "strings/string_table.h"
@@ -16,14 +17,15 @@ namespace {
 
 using Tessarin::CstrLength;
 using Tessarin::StringTable;
+using Tessarin::TextForm;
 
-using Form = cstr (*)(const char*);
+using InternFunction = cstr (*)(const char*);
 
-TEST(InternedStrings, EachFormMakesItsText) {
-    std::string long_path(255, 'p');
-    std::string cut_in_run = std::string(254, 'Q') + "//R";
+TEST(InternedStrings, EachFunctionInternsItsNormalForm) {
+    const std::string long_path(255, 'p');
+    const std::string cut_in_separators = std::string(254, 'Q') + "//R";
     const struct {
-        Form form;
+        InternFunction intern;
         std::string text, expected;
     } cases[] = {
         {cstr_string, "Key \xC3\x84/\\", "Key \xC3\x84/\\"},
@@ -42,10 +44,10 @@ TEST(InternedStrings, EachFormMakesItsText) {
         {cstr_path, long_path + "x", long_path},
         {cstr_path, long_path + "/", long_path},
         {cstr_path, std::string(400, '/') + "end", "\\end"}, // bytes written count, not bytes read
-        {cstr_path, cut_in_run, std::string(254, 'q') + "\\"},
+        {cstr_path, cut_in_separators, std::string(254, 'q') + "\\"},
     };
     for (const auto& row : cases) {
-        cstr interned = row.form(row.text.c_str());
+        const cstr interned = row.intern(row.text.c_str());
         ASSERT_NE(interned, nullptr) << row.text;
         EXPECT_STREQ(interned, row.expected.c_str());
         EXPECT_EQ(CstrLength(interned), row.expected.size()) << row.text;
@@ -54,7 +56,7 @@ TEST(InternedStrings, EachFormMakesItsText) {
     }
 }
 
-TEST(InternedStrings, LowerCaseTouchesLettersAlone) {
+TEST(InternedStrings, LowerCaseChangesAsciiLettersOnly) {
     std::string text, expected;
     for (int byte = 1; byte < 256; ++byte) {
         text += static_cast<char>(byte);
@@ -63,17 +65,19 @@ TEST(InternedStrings, LowerCaseTouchesLettersAlone) {
     EXPECT_EQ(std::string(cstr_tolower(text.c_str())), expected);
 }
 
-TEST(InternedStrings, NullHasItsOwnAnswerPerFunction) {
-    for (Form form : {cstr_string, cstr_tolower, cstr_path, cstr_find}) EXPECT_EQ(form(nullptr), nullptr);
+TEST(InternedStrings, NullInputPerFunction) {
+    for (const InternFunction function : {cstr_string, cstr_tolower, cstr_path, cstr_find}) {
+        EXPECT_EQ(function(nullptr), nullptr);
+    }
     EXPECT_EQ(cstr_string0(nullptr), cstr_string(""));
     EXPECT_EQ(cstr_path0(nullptr), cstr_path(".\\"));
     EXPECT_STREQ(cstr_path0(nullptr), ".\\");
 }
 
-TEST(InternedStrings, FindAddsNothingAndNormalisesNothing) {
+TEST(InternedStrings, FindNeitherAddsNorNormalises) {
     EXPECT_EQ(cstr_find("find\\me"), nullptr);
     EXPECT_EQ(cstr_find("find\\me"), nullptr);
-    cstr interned = cstr_path("Find/Me");
+    const cstr interned = cstr_path("Find/Me");
     EXPECT_EQ(cstr_find("find\\me"), interned);
     EXPECT_EQ(cstr_find("Find/Me"), nullptr);
     EXPECT_EQ(cstr_find("find\\m"), nullptr);
@@ -82,7 +86,7 @@ TEST(InternedStrings, FindAddsNothingAndNormalisesNothing) {
 /// The hash by its definition, byte for byte.
 std::uint32_t HashByByte(const std::string& text) {
     std::uint32_t hash = 0;
-    for (char byte : text) hash = hash * 131 + static_cast<std::uint32_t>(static_cast<signed char>(byte));
+    for (const char byte : text) hash = hash * 131 + static_cast<std::uint32_t>(static_cast<signed char>(byte));
     return hash & 0x7FFFFFFF;
 }
 
@@ -93,37 +97,37 @@ std::string Lower(std::string text) {
     return text;
 }
 
-/// Whether hash and comparison take a text for `form`, and for nothing that differs from it in a byte.
-template <class Form>
-void ExpectTakenFor(const std::string& form, const char* text) {
-    std::size_t length = form.size();
-    EXPECT_EQ(Tessarin::HashOfText<Form>(text, length), HashByByte(form)) << form;
-    EXPECT_TRUE(Tessarin::EqualTexts<Form>(form.data(), text, length)) << form;
+/// Hash and comparison of `text` must be those of `expected`, its form, and no other text may compare equal to it.
+template <TextForm form>
+void ExpectForm(const std::string& expected, const char* text) {
+    const std::size_t length = expected.size();
+    EXPECT_EQ(Tessarin::HashOfText<form>(text, length), HashByByte(expected)) << expected;
+    EXPECT_TRUE(Tessarin::EqualTexts<form>(expected.data(), text, length)) << expected;
     for (std::size_t i = 0; i < length; ++i) {
-        std::string other = form;
+        std::string other = expected;
         other[i] = static_cast<char>(other[i] ^ 0x20); // the bit between a capital and its small letter
-        EXPECT_FALSE(Tessarin::EqualTexts<Form>(other.data(), text, length)) << form;
+        EXPECT_FALSE(Tessarin::EqualTexts<form>(other.data(), text, length)) << expected;
     }
 }
 
-TEST(TextWords, AgreeWithTheBytesAtEveryLength) {
+TEST(StringHash, AgreesWithALoopOverBytesAtEveryLength) {
     EXPECT_EQ(HashByByte("abc"), 1677554U);
     const std::string alphabet = "@AMZ[`amz{\x01\x7F\x80\xC1\xDA\xE1\xFF 09";
     std::mt19937 random(3);
     for (std::size_t length = 0; length < 40; ++length) {
         for (int n = 0; n < 40; ++n) {
-            std::string form(length, ' ');
-            // Mostly plain letters at first: words without a high byte go another way than the rest.
-            for (char& byte : form) byte = alphabet[random() % (n < 20 ? 10 : alphabet.size())];
-            std::vector<char> text(form.begin(), form.end()); // no byte more: nothing may be read beyond them
-            ExpectTakenFor<Tessarin::AsItIs>(form, text.data());
-            ExpectTakenFor<Tessarin::InLowerCase>(Lower(form), text.data());
+            std::string plain(length, ' ');
+            // ASCII letters alone at first: a word with a byte of 0x80 or above takes another branch.
+            for (char& byte : plain) byte = alphabet[random() % (n < 20 ? 10 : alphabet.size())];
+            const std::vector<char> text(plain.begin(), plain.end()); // without a NUL: nothing beyond it may be read
+            ExpectForm<TextForm::kAsIs>(plain, text.data());
+            ExpectForm<TextForm::kLowerCase>(Lower(plain), text.data());
         }
     }
 }
 
-// 40 texts of one bucket and one length: the chain is long, and only the bytes tell them apart.
-TEST(StringTable, KeepsApartWhatSharesABucket) {
+// 40 texts of one bucket and one length: the bucket has several blocks, and only the bytes distinguish the texts.
+TEST(StringTable, DistinguishesTextsOfOneBucket) {
     std::vector<std::string> texts = {"\xFF\x80\xFE\x81"};
     for (std::uint32_t n = 1; texts.size() < 40; ++n) {
         std::string text(4, '\0');
@@ -140,11 +144,11 @@ TEST(StringTable, KeepsApartWhatSharesABucket) {
     for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_EQ(strings.Find(texts[i].c_str()), interned[i]);
 }
 
-TEST(StringTable, MovesOnToNewArenasWithoutMovingAText) {
+TEST(StringTable, NewArenasMoveNoText) {
     constexpr int kTexts = 120000; // of 11 to 16 bytes and their lengths: two arenas and a half
     StringTable strings;
     std::vector<cstr> interned;
-    auto text_of = [](int n) { return "some key " + std::to_string(n); };
+    const auto text_of = [](int n) { return "some key " + std::to_string(n); };
     for (int n = 0; n < kTexts; ++n) interned.push_back(strings.Intern(text_of(n).c_str()));
     for (int n = 0; n < kTexts; ++n) {
         ASSERT_EQ(std::string(interned[static_cast<std::size_t>(n)]), text_of(n));
@@ -152,11 +156,11 @@ TEST(StringTable, MovesOnToNewArenasWithoutMovingAText) {
     }
 }
 
-TEST(StringTable, TakesTextsUpToTheRoomOfAnArena) {
-    std::string longest(0x100000 - 9, 'L');
-    std::string beyond = longest + "L";
+TEST(StringTable, LongestTextFillsAnArena) {
+    const std::string longest(0x100000 - 9, 'L');
+    const std::string beyond = longest + "L";
     StringTable strings;
-    cstr interned = strings.Intern(longest.c_str());
+    const cstr interned = strings.Intern(longest.c_str());
     ASSERT_NE(interned, nullptr);
     EXPECT_EQ(CstrLength(interned), longest.size());
     EXPECT_EQ(strings.Intern(longest.c_str()), interned);
@@ -165,29 +169,29 @@ TEST(StringTable, TakesTextsUpToTheRoomOfAnArena) {
     EXPECT_EQ(strings.Find(beyond.c_str()), nullptr);
 }
 
-TEST(StringTable, AnswersNullWithoutMemoryAndTriesAgain) {
-    std::string big(0x100000 - 9, 'b');
-    std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
+TEST(StringTable, EveryAllocationMayFail) {
+    const std::string big(0x100000 - 9, 'b');
+    const std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
         {
             StringTable strings;
-            bool came_up = !heap.Failed(); // without its buckets a table answers null for good
-            // The two short ones have one hash: the bucket needs more room than it has in itself.
+            const bool has_buckets = !heap.Failed(); // without them a table returns null from then on
+            // The two short ones have one hash, so their bucket needs a block.
             for (const char* text : {big.c_str(), "ab", "b\xDF"}) {
-                bool failed_before = heap.Failed();
+                const bool failed_before = heap.Failed();
                 cstr interned = strings.Intern(text);
-                EXPECT_EQ(interned == nullptr, !came_up || (heap.Failed() && !failed_before));
+                EXPECT_EQ(interned == nullptr, !has_buckets || (heap.Failed() && !failed_before));
                 if (interned == nullptr) {
                     EXPECT_EQ(strings.Find(text), nullptr);
                     interned = strings.Intern(text);
                 }
-                EXPECT_EQ(interned != nullptr, came_up);
+                EXPECT_EQ(interned != nullptr, has_buckets);
                 EXPECT_EQ(strings.Find(text), interned);
                 EXPECT_TRUE(interned == nullptr || std::strcmp(interned, text) == 0);
             }
         }
         EXPECT_EQ(heap.Outstanding(), 0);
     });
-    EXPECT_EQ(failures, 4U); // the buckets, two arenas, the overflow block
+    EXPECT_EQ(failures, 4U); // the buckets, two arenas, the chunk of blocks
 }
 
 } // namespace

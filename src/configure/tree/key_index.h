@@ -50,7 +50,7 @@ public:
             if (!HasTag(slots_[place], hash)) continue;
             Unit& unit = units[NumberIn(slots_[place]) - 1];
             if (Tessarin::CstrLength(unit.key) == length &&
-                Tessarin::EqualTexts<Tessarin::InLowerCase>(unit.key, text, length)) {
+                Tessarin::EqualTexts<Tessarin::TextForm::kLowerCase>(unit.key, text, length)) {
                 return &unit;
             }
         }
@@ -60,7 +60,7 @@ public:
 private:
     /// Its bits are spread: the upper ones are a slot's place, the lower ones go into the slot.
     static std::uint32_t Hash(const char* text, std::size_t length) {
-        return Tessarin::HashOfText<Tessarin::InLowerCase>(text, length) * 0x9E3779B1U;
+        return Tessarin::HashOfText<Tessarin::TextForm::kLowerCase>(text, length) * 0x9E3779B1U;
     }
 
     [[nodiscard]] std::uint32_t Mask() const { return (std::uint32_t{1} << bits_) - 1; }
