@@ -14,7 +14,6 @@
 #include "strings/string_table.h"
 
 #include <cstdlib>
-#include <cstring>
 #include <new>
 
 namespace Configure {
@@ -48,8 +47,7 @@ private:
 };
 
 std::uint32_t FormatOf(const FileBytes& file) {
-    const bool is_binary = file.size >= kHeaderSize && std::memcmp(file.bytes, "NIBx", 4) == 0;
-    return is_binary ? FORMAT_BINARY : FORMAT_TEXT;
+    return HasBinaryHead(file.bytes, file.size) ? FORMAT_BINARY : FORMAT_TEXT;
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-// The binary form: the bytes of known trees, what a load takes and refuses, and that no file leads it astray.
+// The binary form: the bytes of known trees, which files a load accepts and which it refuses, hostile files, and
+// failing allocations. The trie's nodes are compared with those of a plain tree of maps.
 
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
@@ -27,7 +28,7 @@ namespace {
 using namespace Configure;
 using namespace std::string_literals;
 
-/// One file in memory, which takes only so many bytes.
+/// A file service with one file in memory, which holds at most `capacity` bytes.
 struct MemoryFile : IFileIO {
     void* Open(const char* path, std::int32_t mode) override {
         if (path == nullptr || mode != 1) return nullptr;
@@ -39,21 +40,21 @@ struct MemoryFile : IFileIO {
     std::int32_t GetSize(void*) override { return 0; }
     std::uint32_t Read(void*, void*, std::uint32_t, std::uint32_t) override { return 0; }
     std::uint32_t Write(void*, const void* buffer, std::uint32_t size) override {
-        const auto taken = static_cast<std::uint32_t>(std::min<std::size_t>(size, room - bytes.size()));
+        const auto taken = static_cast<std::uint32_t>(std::min<std::size_t>(size, capacity - bytes.size()));
         bytes.append(static_cast<const char*>(buffer), taken);
         return taken;
     }
     bool Exists(const char*) override { return false; }
 
     std::string bytes;
-    std::size_t room = 1U << 30;
+    std::size_t capacity = 1U << 30;
     int open = 0;
 };
 
-/// The numbers as they stand in a file.
+/// The bytes of numbers in a file.
 std::string Words(std::initializer_list<std::uint32_t> words) {
     std::string bytes;
-    for (std::uint32_t word : words) {
+    for (const std::uint32_t word : words) {
         for (int shift = 0; shift < 32; shift += 8) bytes += static_cast<char>(word >> shift);
     }
     return bytes;
@@ -78,7 +79,7 @@ std::string Compiled(std::string_view text) {
     return Written(&tree.tables[0]);
 }
 
-/// From a block of exactly that size, so that a read beyond it is seen.
+/// Loads from a block of exactly that size, so that the sanitizers see a read beyond it.
 bool Load(std::string_view bytes, BinTree& tree) {
     const auto block = std::make_unique<unsigned char[]>(bytes.size());
     std::memcpy(block.get(), bytes.data(), bytes.size());
@@ -87,7 +88,7 @@ bool Load(std::string_view bytes, BinTree& tree) {
 
 std::string NameOf(cstr name) { return name == nullptr ? "" : name; }
 
-/// Every getter of a Unit; the text of what it holds.
+/// Calls every getter of a Unit. returns  its value as a text
 std::string Value(IIterator& unit) {
     unit.GetInteger(), unit.GetFloat(), unit.GetBool(), unit.GetInterval(), unit.IsInterval();
     if (unit.IsArray()) return "array "s + NameOf(unit.GetArray()->GetName());
@@ -95,20 +96,20 @@ std::string Value(IIterator& unit) {
     return unit.GetString();
 }
 
-/// Walks a tree: `{}` a table, `[]` an array, as many tables first as are known.
-struct Walk {
-    void Take(IIterator& unit) {
+/// Writes a tree down, container by container: `{}` a table, `[]` an array.
+struct TreeWalk {
+    void AddUnit(IIterator& unit) {
         text += Value(unit);
         if (unit.IsTable()) tables.push_back(unit.GetTable());
         if (unit.IsArray()) arrays.push_back(unit.GetArray());
     }
 
-    void Go(ITable& table) {
+    void AddTable(ITable& table) {
         text += '{';
         std::uint32_t count = 0;
         for (IIterator* unit = table.Begin(); unit != table.End(); unit = table.Next(unit), ++count) {
             text += NameOf(unit->GetKey()) + "=";
-            Take(*unit);
+            AddUnit(*unit);
             text += ';';
             table.Find(unit->GetKey()), table.FindPath(unit->GetKey()), table.GetInteger(unit->GetKey(), 1);
         }
@@ -117,10 +118,10 @@ struct Walk {
         text += '}';
     }
 
-    void Go(IArray& array) {
+    void AddArray(IArray& array) {
         text += '[';
         for (std::uint32_t position = 0; position < array.GetCount(); ++position) {
-            Take(*array.At(position));
+            AddUnit(*array.At(position));
             text += ',';
         }
         EXPECT_EQ(array.At(array.GetCount()), nullptr);
@@ -132,13 +133,14 @@ struct Walk {
     std::string text;
 };
 
-std::string Walked(BinTree& tree) {
-    Walk walk;
+/// All tables that are known go before the next array.
+std::string WalkedText(BinTree& tree) {
+    TreeWalk walk;
     walk.tables.push_back(&tree.tables[0]);
     std::size_t table = 0, array = 0;
     while (table < walk.tables.size() || array < walk.arrays.size()) {
-        while (table < walk.tables.size()) walk.Go(*walk.tables[table++]);
-        if (array < walk.arrays.size()) walk.Go(*walk.arrays[array++]);
+        while (table < walk.tables.size()) walk.AddTable(*walk.tables[table++]);
+        if (array < walk.arrays.size()) walk.AddArray(*walk.arrays[array++]);
     }
     EXPECT_EQ(table, tree.tables.Count());
     EXPECT_EQ(array, tree.arrays.Count());
@@ -147,7 +149,7 @@ std::string Walked(BinTree& tree) {
 
 std::string Loaded(std::string_view bytes) {
     BinTree tree;
-    return Load(bytes, tree) ? Walked(tree) : "(refused)";
+    return Load(bytes, tree) ? WalkedText(tree) : "(refused)";
 }
 
 const char* const kText = "a = 1\nab = { x = \"y\" }\nc = { 2, { z = 1 } }";
@@ -160,25 +162,25 @@ std::string Example() {
 
 std::string EmptyRoot() { return "NIBx"s + Words({1, 0, 1, 0, 0, 0, 0, 1, 0x200}); }
 
-/// A file with a bit of everything, for the attacks.
-std::string Rich() {
+/// A file with a bit of everything, as the start of hostile ones.
+std::string RichFile() {
     return Compiled("_default = { k = 5, _default = {} } t = { a = { {} { x y } { n = { 1 } } } abc = 1 abd = 2 ac = 3 "
                     "b\xE9 = 4 b\xFE = k } abc = 1 u = {} \"\" = 0");
 }
 
-/// `bytes` with another word at `place`.
-std::string With(std::string bytes, std::size_t place, std::uint32_t word) {
-    return bytes.replace(place, 4, Words({word}));
+/// `bytes` with another word at `offset`.
+std::string WithWord(std::string bytes, std::size_t offset, std::uint32_t word) {
+    return bytes.replace(offset, 4, Words({word}));
 }
 
-TEST(BinaryForm, TheBytesOfKnownTrees) {
+TEST(BinaryForm, BytesOfKnownTrees) {
     ASSERT_EQ(Example().size(), 155U);
     EXPECT_EQ(Compiled(kText), Example());
     EXPECT_EQ(Loaded(Example()), "{a=1;c=array c;ab=table ab;}{x=y;}[2,table ,]{z=1;}");
     ASSERT_EQ(EmptyRoot().size(), 40U);
     EXPECT_EQ(Compiled(""), EmptyRoot());
     EXPECT_EQ(Loaded(EmptyRoot()), "{}");
-    for (const std::string& bytes : {Example(), EmptyRoot(), Rich()}) {
+    for (const std::string& bytes : {Example(), EmptyRoot(), RichFile()}) {
         BinTree tree;
         ASSERT_TRUE(Load(bytes, tree));
         EXPECT_EQ(Written(&tree.tables[0]), bytes); // the bytes depend on the content alone
@@ -230,30 +232,30 @@ TEST(BinaryForm, LookupsIterationAndDefaults) {
     for (const char* key : {"a", "xx", "_defaul", "_default2", "\xFF"}) EXPECT_EQ(tree.tables[0].Find(key), nullptr);
 }
 
-/// A trie as one would build it, and its nodes breadth-first: (byte, children, entry) each.
-struct Model {
-    std::map<unsigned char, Model> children;
+/// A trie as a plain tree.
+struct ModelNode {
+    std::map<unsigned char, ModelNode> children;
     std::uint32_t entry = TrieBuilder::kNoEntry;
 };
 
-TEST(BinaryForm, TrieBuilderAgreesWithATrie) {
+TEST(BinaryForm, TrieBuilderAgreesWithAPlainTree) {
     std::mt19937 random(7);
     TrieBuilder trie;
     for (int round = 0; round < 300; ++round) {
-        Model root;
+        ModelNode root;
         trie.Clear();
-        const std::string start(random() % 20, 'p'); // the keys part in the first window of the sort or later
+        const std::string start(random() % 20, 'p'); // keys differ in the first window of the sort or later
         for (std::uint32_t entry = 0; entry < random() % 60; ++entry) {
             std::string key = start;
             for (auto length = random() % (round % 2 == 0 ? 4 : 30); length != 0; --length)
                 key += "ab\x7F\x80\xFF"[random() % 5];
             ASSERT_TRUE(trie.Add(Tessarin::string_table->Intern(key.c_str()), true));
-            Model* node = &root;
-            for (char byte : key) node = &node->children[static_cast<unsigned char>(byte)];
+            ModelNode* node = &root;
+            for (const char byte : key) node = &node->children[static_cast<unsigned char>(byte)];
             node->entry = entry;
         }
         ASSERT_TRUE(trie.Build());
-        std::vector<std::pair<unsigned char, const Model*>> queue = {{'\0', &root}};
+        std::vector<std::pair<unsigned char, const ModelNode*>> queue = {{'\0', &root}};
         for (std::size_t head = 0; head < queue.size(); ++head) {
             const auto [byte, model] = queue[head];
             ASSERT_LT(head, trie.Nodes().Count());
@@ -263,19 +265,19 @@ TEST(BinaryForm, TrieBuilderAgreesWithATrie) {
             if (model->entry != TrieBuilder::kNoEntry) word |= kTerminalBit;
             ASSERT_EQ(node.word, word);
             ASSERT_EQ(node.entry, model->entry);
-            for (const auto& [its_byte, child] : model->children) queue.emplace_back(its_byte, &child);
+            for (const auto& [child_byte, child] : model->children) queue.emplace_back(child_byte, &child);
         }
         ASSERT_EQ(queue.size(), trie.Nodes().Count());
     }
 }
 
-TEST(BinaryForm, TakesWhatIsSoundAndNothingElse) {
-    const std::string good = Loaded(Example());
-    EXPECT_EQ(Loaded(Example() + "more"), good);
-    EXPECT_EQ(Loaded(With(Example(), 16, 0xFFFFFFFF)), good);  // table_unit_count has no upper bound
-    EXPECT_EQ(Loaded(With(Example(), 105, 0xFFFFFFFF)), good); // a table's number isn't used
+TEST(BinaryForm, RefusesInvalidFiles) {
+    const std::string valid = Loaded(Example());
+    EXPECT_EQ(Loaded(Example() + "more"), valid);
+    EXPECT_EQ(Loaded(WithWord(Example(), 16, 0xFFFFFFFF)), valid);  // table_unit_count has no upper bound
+    EXPECT_EQ(Loaded(WithWord(Example(), 105, 0xFFFFFFFF)), valid); // a table's number isn't used
     struct Change {
-        std::size_t place;
+        std::size_t offset;
         std::vector<std::uint32_t> words;
     };
     const Change changes[] = {{0, {0}},                                // magic
@@ -292,7 +294,7 @@ TEST(BinaryForm, TakesWhatIsSoundAndNothingElse) {
                               {73, {0x18CC01}},                               // the next sibling's byte
                               {85, {0x182400, 0x186400}}, // a lower byte than the sibling's, the same
                               {77, {1, 17, 0xFFFFFFFF}},  // no text starts there
-                              {77, {2, 6}},               // a text that the way doesn't spell, and a longer one
+                              {77, {2, 6}},               // a text that the path doesn't spell, and a longer one
                               {101, {0}},                 // a shorter one
                               {81, {3, 16}},
                               {93, {1}},                 // not the next array
@@ -300,7 +302,7 @@ TEST(BinaryForm, TakesWhatIsSoundAndNothingElse) {
                               {114, {10}}};
     for (const Change& change : changes) {
         for (const std::uint32_t word : change.words) {
-            EXPECT_EQ(Loaded(With(Example(), change.place, word)), "(refused)") << change.place << " " << word;
+            EXPECT_EQ(Loaded(WithWord(Example(), change.offset, word)), "(refused)") << change.offset << " " << word;
         }
     }
     for (const char type : {'\0', '\3', '\4', '\5', '\10', '\x81'}) {
@@ -308,31 +310,31 @@ TEST(BinaryForm, TakesWhatIsSoundAndNothingElse) {
     }
     EXPECT_EQ(Loaded(Example().replace(44, 1, 1, 'z')), "(refused)"); // the last text has no end
     // Fewer keys than announced, fewer nodes.
-    EXPECT_EQ(Loaded(With(With(Example(), 45, 4), 16, 6) + std::string(8, '\0')), "(refused)");
-    EXPECT_EQ(Loaded(With(With(Example(), 65, 3), 4, 9) + std::string(4, '\0')), "(refused)");
-    // An array that is its own element, and nothing that holds it.
+    EXPECT_EQ(Loaded(WithWord(WithWord(Example(), 45, 4), 16, 6) + std::string(8, '\0')), "(refused)");
+    EXPECT_EQ(Loaded(WithWord(WithWord(Example(), 65, 3), 4, 9) + std::string(4, '\0')), "(refused)");
+    // An array that is its own element and that no container holds.
     EXPECT_EQ(Loaded("NIBx"s + Words({1, 0, 1, 0, 1, 1, 0, 1, 0x200, 1}) + "\4" + Words({0})), "(refused)");
 }
 
-TEST(BinaryForm, NoFileLeadsALoadAstray) {
+TEST(BinaryForm, DamagedFilesAreSafe) {
     std::mt19937 random(11);
-    for (const std::string& file : {Example(), EmptyRoot(), Rich()}) {
+    for (const std::string& file : {Example(), EmptyRoot(), RichFile()}) {
         ASSERT_NE(Loaded(file), "(refused)");
         for (std::size_t size = 0; size < file.size(); ++size) {
             EXPECT_EQ(Loaded(file.substr(0, size)), "(refused)") << size;
         }
         for (std::size_t place = 0; place < file.size(); ++place) {
-            for (int flip : {0x01, 0x04, 0x08, 0x10, 0x20, 0x80, 0xFF}) {
+            for (const int flip : {0x01, 0x04, 0x08, 0x10, 0x20, 0x80, 0xFF}) {
                 std::string bytes = file;
                 bytes[place] = static_cast<char>(bytes[place] ^ flip);
                 Loaded(bytes);
             }
-            for (char byte : {'\0', '\1', '\xFF'}) Loaded(std::string(file).replace(place, 1, 1, byte));
+            for (const char byte : {'\0', '\1', '\xFF'}) Loaded(std::string(file).replace(place, 1, 1, byte));
         }
         for (int round = 0; round < 20000; ++round) {
             std::string bytes = file;
             for (auto count = 2 + random() % 6; count != 0; --count) {
-                // Mostly what turns one sound number into another.
+                // Mostly bytes of the file itself, which turn one valid number into another.
                 bytes[random() % bytes.size()] =
                     random() % 4 == 0 ? static_cast<char>(random()) : bytes[random() % bytes.size()];
             }
@@ -342,7 +344,7 @@ TEST(BinaryForm, NoFileLeadsALoadAstray) {
 }
 
 TEST(BinaryForm, EveryAllocationMayFail) {
-    const std::string file = Rich();
+    const std::string file = RichFile();
     const std::size_t in_load = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
         BinTree tree;
         const bool loaded = LoadBinary(reinterpret_cast<const unsigned char*>(file.data()),
@@ -355,24 +357,24 @@ TEST(BinaryForm, EveryAllocationMayFail) {
     BinTree tree;
     ASSERT_TRUE(Load(file, tree));
     MemoryFile target;
-    target.bytes.reserve(2 * file.size()); // its own allocations don't count
+    target.bytes.reserve(2 * file.size()); // so that it allocates nothing itself
     const std::size_t in_write = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
         const bool written = WriteBinary(target, "path", &tree.tables[0]);
         EXPECT_NE(written, heap.Failed());
         EXPECT_EQ(heap.Outstanding(), 0);
     });
     EXPECT_GE(in_write, 10U);
-    for (target.room = 0; target.room < file.size(); ++target.room) {
-        EXPECT_FALSE(WriteBinary(target, "path", &tree.tables[0])); // a short Write
+    for (target.capacity = 0; target.capacity < file.size(); ++target.capacity) {
+        EXPECT_FALSE(WriteBinary(target, "path", &tree.tables[0])); // writes are cut short
     }
     EXPECT_TRUE(WriteBinary(target, "path", &tree.tables[0]));
     EXPECT_FALSE(WriteBinary(target, "path", nullptr));
-    EXPECT_EQ(target.bytes, ""); // truncated all the same
+    EXPECT_EQ(target.bytes, ""); // truncated nevertheless
     EXPECT_FALSE(WriteBinary(target, nullptr, &tree.tables[0]));
     EXPECT_EQ(target.open, 0);
 }
 
-TEST(BinaryForm, DepthTakesNoStack) {
+TEST(BinaryForm, DeepNestingUsesNoStack) {
     TestSupport::RunOnSmallStack([] {
         std::string text;
         for (int depth = 0; depth < 50000; ++depth) text += "a={{";

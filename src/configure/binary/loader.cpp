@@ -1,15 +1,20 @@
-// A file says in its header and its two lists of counts how much there is of everything, so all is made at once and
-// then filled in one pass over the body. The bytes are hostile: nothing that they say is believed before it is checked.
+// The loader of the binary form. The header and the two lists of counts say how many objects of each kind there are, so
+// all of them are allocated at once and then filled in one pass over the body.
 //
-//  1. What is made takes no more than a fixed multiple of the file's size: the counts are first held against the bytes
-//     that the body would need for them.
+//     header | pool | unit_counts | node_counts | body: a record per container, in container order
+//
+// The bytes are hostile: nothing that they say is believed before it is checked. Invariants:
+//
+//  1. Allocations take at most a fixed multiple of the file's size: the counts are first compared with the bytes that
+//     the body would need for them.
 //  2. Every byte is read through a Cursor, which can't leave the file.
-//  3. A table's record has exactly its number of nodes and of keys, and a node's children lie within its table. So each
-//     node but the roots has one parent in front of it, and each key has a Unit.
-//  4. The way to a node spells the key that ends there, so keys can be found by their texts and the trie isn't kept.
-//  5. Tables are handed out in table order. An array's number must be the next in array order. So each table and each
-//     array but the root has one parent that comes before it: the result is a tree, however deep.
-//  6. All that was announced must have turned up at the end.
+//  3. A table's record has exactly its number of nodes and of keys, and a node's children are in the same table. So
+//  each
+//     node but the root has one parent, which comes before it, and each key has a Unit.
+//  4. The path to a node spells the key that ends there, so keys can be found by their texts and the trie isn't kept.
+//  5. Tables are assigned to Units in table order. An array's number must be the next one in array order. So each table
+//     and each array but the root has one parent that comes before it: the result is a tree, however deep.
+//  6. At the end of the body all tables, arrays, keys and elements that the counts announce have been read.
 
 #include "configure/binary/loader.h"
 
@@ -22,80 +27,80 @@
 namespace Configure {
 namespace {
 
-/// Reads forward, and fails rather than leave its bytes.
+/// A forward reader that fails instead of leaving its bytes.
 class Cursor {
 public:
-    Cursor(const unsigned char* bytes, std::uint32_t size) : at_(bytes), end_(bytes + size) {}
+    Cursor(const unsigned char* bytes, std::uint32_t size) : next_(bytes), end_(bytes + size) {}
 
     [[nodiscard]] bool ReadByte(std::uint32_t& byte) {
-        if (at_ == end_) return false;
-        byte = *at_++;
+        if (next_ == end_) return false;
+        byte = *next_++;
         return true;
     }
     [[nodiscard]] bool ReadWord(std::uint32_t& word) {
-        if (Left() < kWordSize) return false;
-        word = LoadWord(at_);
-        at_ += kWordSize;
+        if (Remaining() < kWordSize) return false;
+        word = LoadWord(next_);
+        next_ += kWordSize;
         return true;
     }
 
-    /// A part of the bytes, which are then behind the cursor.
-    [[nodiscard]] bool Cut(std::uint64_t size, const unsigned char*& part) {
-        if (Left() < size) return false;
-        part = at_;
-        at_ += size;
+    /// Passes over `size` bytes, which begin at `section`.
+    [[nodiscard]] bool ReadSection(std::uint64_t size, const unsigned char*& section) {
+        if (Remaining() < size) return false;
+        section = next_;
+        next_ += size;
         return true;
     }
 
-    [[nodiscard]] std::uint64_t Left() const { return static_cast<std::uint64_t>(end_ - at_); }
+    [[nodiscard]] std::uint64_t Remaining() const { return static_cast<std::uint64_t>(end_ - next_); }
 
 private:
-    const unsigned char* at_;
+    const unsigned char* next_;
     const unsigned char* end_;
 };
 
-/// One number of a list of them, which lie at any address.
+/// One number of a list of numbers, which may be unaligned.
 std::uint32_t WordAt(const unsigned char* words, std::uint32_t index) {
     return LoadWord(words + std::size_t{index} * kWordSize);
 }
 
-/// One load. The header and the counts are read first, and stay in the file's bytes; the body follows, record by
-/// record.
+/// One load: the header, the pool and the counts, then the body record by record. The counts are read from the file's
+/// bytes whenever they are needed.
 class BinaryLoader {
 public:
     BinaryLoader(const unsigned char* bytes, std::uint32_t size, BinTree& tree) : cursor_(bytes, size), tree_(tree) {}
 
     [[nodiscard]] bool Load() {
-        if (!ReadHeader() || !CutSections() || !MakeObjects()) return false;
-        PlaceTables();
+        if (!ReadHeader() || !LocateSections() || !AllocateObjects()) return false;
+        AssignUnits();
         if (!ReadBody() || !tree_.IndexKeys()) return false;
         DefaultWiring<BinTable> defaults;
-        for (BinTable& table : tree_.tables) defaults.Wire(table); // their lookups intern nothing, so they can't fail
+        for (BinTable& table : tree_.tables) defaults.Wire(table); // its lookups intern nothing, so they can't fail
         return true;
     }
 
 private:
-    // What a container is, for the record that comes when its turn comes.
+    // What a container is, and so what kind of record it has in the body.
     enum Kind : unsigned char { kArray, kTable };
 
-    // A node of a trie, as a step on the way to a key.
-    struct Step {
+    // A node of a trie, for the path from a key's end back to the root.
+    struct TrieNode {
         std::uint32_t parent;
         unsigned char byte;
     };
     static constexpr std::uint32_t kNoParent = UINT32_MAX;
 
     bool ReadHeader();
-    bool CutSections();
-    bool MakeObjects();
-    void PlaceTables();
+    bool LocateSections();
+    bool AllocateObjects();
+    void AssignUnits();
     bool ReadBody();
     bool ReadTable(BinTable& table, std::uint32_t node_count);
     bool ReadEntry(std::uint32_t word, BinTable::Unit& unit);
     bool ReadArray(BinArray& array);
-    [[nodiscard]] bool LeadsTo(std::uint32_t node, cstr key) const;
+    [[nodiscard]] bool PathSpells(std::uint32_t node, cstr key) const;
     template <class Unit>
-    bool TakeValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit);
+    bool SetValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit);
 
     [[nodiscard]] std::uint32_t UnitCount(std::uint32_t table) const { return WordAt(unit_counts_, table); }
     [[nodiscard]] std::uint32_t NodeCount(std::uint32_t table) const { return WordAt(node_counts_, table); }
@@ -106,17 +111,17 @@ private:
     const unsigned char* pool_ = nullptr;
     const unsigned char* unit_counts_ = nullptr;
     const unsigned char* node_counts_ = nullptr;
-    std::uint32_t most_nodes_ = 0; // of one table
-    std::uint32_t unit_count_ = 0; // of all tables: what the header says may be more
+    std::uint32_t max_nodes_ = 0;  // of one table
+    std::uint32_t unit_count_ = 0; // of all tables: the header's number may be higher
     StringPool strings_;
-    Tessarin::List<Step> path_;       // of the table at hand
-    Tessarin::List<Kind> kinds_;      // the containers in their order, as they are handed out
-    std::uint32_t tables_handed_ = 1; // the root is
-    std::uint32_t arrays_handed_ = 0;
+    Tessarin::List<TrieNode> nodes_;       // the nodes of the current table
+    Tessarin::List<Kind> kinds_;           // the containers in container order, as their parents are read
+    std::uint32_t tables_assigned_ = 1; // the root is from the start
+    std::uint32_t arrays_assigned_ = 0;
     std::uint32_t elements_used_ = 0;
 };
 
-/// A file without even a root is none.
+/// A file without a root table is invalid.
 bool BinaryLoader::ReadHeader() {
     for (std::uint32_t* field : {&header_.magic, &header_.node_count, &header_.strings_size, &header_.table_count,
                                  &header_.table_unit_count, &header_.array_count, &header_.array_unit_count}) {
@@ -125,38 +130,38 @@ bool BinaryLoader::ReadHeader() {
     return header_.magic == kMagic && header_.table_count != 0;
 }
 
-/// Finds the parts in front of the body, sums up the counts, and holds all numbers against what is left for the body.
-bool BinaryLoader::CutSections() {
+/// Finds the sections before the body, sums the counts, and checks that the body can have as much as all numbers say.
+bool BinaryLoader::LocateSections() {
     const std::uint64_t counts_size = std::uint64_t{header_.table_count} * kWordSize;
-    if (!cursor_.Cut(header_.strings_size, pool_) || !cursor_.Cut(counts_size, unit_counts_) ||
-        !cursor_.Cut(counts_size, node_counts_)) {
+    if (!cursor_.ReadSection(header_.strings_size, pool_) || !cursor_.ReadSection(counts_size, unit_counts_) ||
+        !cursor_.ReadSection(counts_size, node_counts_)) {
         return false;
     }
     std::uint64_t units = 0, nodes = 0;
     for (std::uint32_t table = 0; table < header_.table_count; ++table) {
-        if (NodeCount(table) == 0) return false; // not even a root
+        if (NodeCount(table) == 0) return false; // every trie has a root
         units += UnitCount(table);
         nodes += NodeCount(table);
-        most_nodes_ = std::max(most_nodes_, NodeCount(table));
+        max_nodes_ = std::max(max_nodes_, NodeCount(table));
     }
     if (nodes != header_.node_count || units > nodes || units > header_.table_unit_count) return false;
     unit_count_ = static_cast<std::uint32_t>(units);
     const std::uint64_t body_size = nodes * kWordSize + units * 2 * kWordSize +
                                     std::uint64_t{header_.array_count} * kWordSize +
                                     std::uint64_t{header_.array_unit_count} * kElementSize;
-    return body_size <= cursor_.Left();
+    return body_size <= cursor_.Remaining();
 }
 
-/// REQUIRES: the counts fit the body, which also keeps the sum of the containers from running over
-bool BinaryLoader::MakeObjects() {
-    return path_.Make(most_nodes_) && tree_.tables.Make(header_.table_count) &&
+/// REQUIRES: the counts fit the body, so that the number of all containers can't overflow
+bool BinaryLoader::AllocateObjects() {
+    return nodes_.Make(max_nodes_) && tree_.tables.Make(header_.table_count) &&
            tree_.arrays.Make(header_.array_count) && tree_.table_units.Make(unit_count_) &&
            tree_.array_units.Make(header_.array_unit_count) && kinds_.Make(header_.table_count + header_.array_count) &&
            strings_.Read(pool_, header_.strings_size);
 }
 
-/// Gives each table its run of Units.
-void BinaryLoader::PlaceTables() {
+/// Gives each table its part of the Units of all tables.
+void BinaryLoader::AssignUnits() {
     BinTable::Unit* units = tree_.table_units.begin();
     for (std::uint32_t index = 0; index < header_.table_count; ++index) {
         BinTable& table = tree_.tables[index];
@@ -166,12 +171,12 @@ void BinaryLoader::PlaceTables() {
     }
 }
 
-/// Takes the containers in their order, which each record that is read makes longer. One that nobody holds never gets a
-/// turn; that and whatever else wasn't used up shows at the end.
+/// Reads the containers in container order; each record appends the children that it names. A container without a
+/// parent is therefore never read. The counts at the end show that, and whatever else the body has too few of.
 bool BinaryLoader::ReadBody() {
     kinds_[0] = kTable;
     std::uint32_t tables_read = 0, arrays_read = 0;
-    while (tables_read + arrays_read < tables_handed_ + arrays_handed_) {
+    while (tables_read + arrays_read < tables_assigned_ + arrays_assigned_) {
         if (kinds_[tables_read + arrays_read] == kTable) {
             if (!ReadTable(tree_.tables[tables_read], NodeCount(tables_read))) return false;
             ++tables_read;
@@ -183,44 +188,45 @@ bool BinaryLoader::ReadBody() {
            elements_used_ == header_.array_unit_count;
 }
 
-/// Children follow in the order of their parents. So `placed`, the first node without a parent, is where those of the
-/// next node begin, and a node must have got its parent before its turn comes.
+/// Children are in the order of their parents. So `placed`, the first node without a parent, is where the children of
+/// the next node begin, and a node must have a parent before it is read.
 bool BinaryLoader::ReadTable(BinTable& table, std::uint32_t node_count) {
     std::uint32_t placed = 1;
     std::uint32_t unit = 0;
-    path_[0].parent = kNoParent;
+    nodes_[0].parent = kNoParent;
     for (std::uint32_t index = 0; index < placed; ++index) {
         std::uint32_t word;
         if (!cursor_.ReadWord(word) || ChildCount(word) > node_count - placed) return false;
-        path_[index].byte = KeyByte(word);
-        const bool has_elder = index != 0 && path_[index - 1].parent == path_[index].parent;
-        if (has_elder && path_[index - 1].byte >= path_[index].byte) return false;
-        for (std::uint32_t left = ChildCount(word); left != 0; --left) path_[placed++].parent = index;
+        nodes_[index].byte = KeyByte(word);
+        const bool has_sibling = index != 0 && nodes_[index - 1].parent == nodes_[index].parent;
+        if (has_sibling && nodes_[index - 1].byte >= nodes_[index].byte) return false;
+        for (std::uint32_t left = ChildCount(word); left != 0; --left) nodes_[placed++].parent = index;
         if ((word & (kTerminalBit | kValueBits)) == 0) continue;
         if (unit == table.count || !ReadEntry(word, table.units[unit])) return false;
-        if (!LeadsTo(index, table.units[unit++].key)) return false;
+        if (!PathSpells(index, table.units[unit++].key)) return false;
     }
     return placed == node_count && unit == table.count;
 }
 
-/// Whether the way from the root to a node spells the key that ends there. The table finds its keys by their texts.
-bool BinaryLoader::LeadsTo(std::uint32_t node, cstr key) const {
-    std::uint32_t left = Tessarin::CstrLength(key);
-    for (; path_[node].parent != kNoParent; node = path_[node].parent) {
-        if (left == 0 || static_cast<unsigned char>(key[--left]) != path_[node].byte) return false;
+/// Whether the path from the root to a node spells `key`, the key that ends there. Needed because tables find their
+/// keys by these texts.
+bool BinaryLoader::PathSpells(std::uint32_t node, cstr key) const {
+    std::uint32_t unspelled = Tessarin::CstrLength(key);
+    for (; nodes_[node].parent != kNoParent; node = nodes_[node].parent) {
+        if (unspelled == 0 || static_cast<unsigned char>(key[--unspelled]) != nodes_[node].byte) return false;
     }
-    return left == 0;
+    return unspelled == 0;
 }
 
-/// A node with value bits that isn't terminal is refused here.
+/// Fails for a node that has value bits and isn't terminal.
 bool BinaryLoader::ReadEntry(std::uint32_t word, BinTable::Unit& unit) {
     std::uint32_t key, value;
     if ((word & kTerminalBit) == 0 || !cursor_.ReadWord(key) || !cursor_.ReadWord(value)) return false;
     unit.key = strings_.At(key);
-    return unit.key != nullptr && TakeValue((word & kValueBits) >> kValueShift, value, unit.key, unit);
+    return unit.key != nullptr && SetValue((word & kValueBits) >> kValueShift, value, unit.key, unit);
 }
 
-/// The elements of all arrays lie side by side, so an array can only take what those before it have left.
+/// The elements of all arrays are in one block, of which an array takes as many as the arrays before it have left.
 bool BinaryLoader::ReadArray(BinArray& array) {
     std::uint32_t count;
     if (!cursor_.ReadWord(count) || count > header_.array_unit_count - elements_used_) return false;
@@ -229,37 +235,36 @@ bool BinaryLoader::ReadArray(BinArray& array) {
     elements_used_ += count;
     for (BinArray::Unit *unit = array.units, *end = unit + count; unit != end; ++unit) {
         std::uint32_t type, value;
-        if (!cursor_.ReadByte(type) || !cursor_.ReadWord(value) || !TakeValue(type, value, nullptr, *unit))
-            return false;
+        if (!cursor_.ReadByte(type) || !cursor_.ReadWord(value) || !SetValue(type, value, nullptr, *unit)) return false;
     }
     return true;
 }
 
-/// A table's number in the file isn't used: which table comes next is plain from the order.
+/// A table's number in the file isn't used: the order determines which table comes next.
 template <class Unit>
-bool BinaryLoader::TakeValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit) {
-    const std::uint32_t handed = tables_handed_ + arrays_handed_;
+bool BinaryLoader::SetValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit) {
+    const std::uint32_t assigned = tables_assigned_ + arrays_assigned_;
     switch (type) {
     case kScalarBit >> kValueShift:
         unit.kind = KIND_STRING;
         unit.value.text = strings_.At(value);
         return unit.value.text != nullptr;
     case kTableBit >> kValueShift: {
-        if (tables_handed_ == header_.table_count) return false;
-        BinTable& table = tree_.tables[tables_handed_++];
+        if (tables_assigned_ == header_.table_count) return false;
+        BinTable& table = tree_.tables[tables_assigned_++];
         table.name = name;
         unit.kind = KIND_TABLE;
         unit.value.table = &table;
-        kinds_[handed] = kTable;
+        kinds_[assigned] = kTable;
         return true;
     }
     case kArrayBit >> kValueShift: {
-        if (arrays_handed_ == header_.array_count || value != arrays_handed_) return false;
-        BinArray& array = tree_.arrays[arrays_handed_++];
+        if (arrays_assigned_ == header_.array_count || value != arrays_assigned_) return false;
+        BinArray& array = tree_.arrays[arrays_assigned_++];
         array.name = name;
         unit.kind = KIND_ARRAY;
         unit.value.array = &array;
-        kinds_[handed] = kArray;
+        kinds_[assigned] = kArray;
         return true;
     }
     default:

@@ -1,4 +1,4 @@
-/// The load of the binary form.
+// Loads the binary form of a configuration file into a read tree.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_LOADER_H
 #define TESSARIN_CONFIGURE_BINARY_LOADER_H
@@ -9,9 +9,9 @@
 
 namespace Configure {
 
-/// Makes the tree of a file's bytes, which aren't needed afterwards. Bytes behind the last record don't matter.
-/// returns  true, and every operation on the tree is then safe; false if the bytes aren't a whole and sound file or
-///          memory runs out, and `tree` may then hold parts, for the caller to clear
+/// Builds the tree from a file's bytes, which aren't needed afterwards. Bytes behind the last record are ignored.
+/// returns  true, and every operation on the tree is then safe; false if the bytes aren't a complete and valid file
+///          or memory runs out; `tree` may then hold parts, which the caller must clear
 /// REQUIRES: `tree` is empty
 [[nodiscard]] bool LoadBinary(const unsigned char* bytes, std::uint32_t size, BinTree& tree);
 

@@ -1,7 +1,11 @@
-// Reading. A bitmap of the pool has the places at which a text starts, with the number of texts before each word of it:
-// so an offset leads to its text in constant time, and one that points elsewhere is told apart.
+// Reading. A bitmap with one bit per byte of the pool marks where texts start, and each of its words has the number of
+// texts before it. So an offset leads to its text in constant time (the rank of its bit), and an offset at which no
+// text starts is rejected.
 //
-// Writing. An index leads from a text's address to its offset, for a text that is in the pool already.
+//     pool      a \0 1 \0 c \0 a b \0      offset 4 is the start of "c"
+//     bitmap    1 0  1 0  1 0  1 0 0       two bits before it are set, so "c" is texts_[2]
+//
+// Writing. A hash index from the addresses of interned texts to their offsets in the pool.
 
 #include "configure/binary/string_pool.h"
 
@@ -15,7 +19,7 @@ namespace {
 
 constexpr std::uint32_t kFirstSlots = 64;
 
-/// Behind the NUL of the text at `offset`; 0 if none follows.
+/// The offset behind the NUL of the text at `offset`; 0 if there is no NUL.
 std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::uint32_t size) {
     const void* nul = std::memchr(bytes + offset, 0, size - offset);
     if (nul == nullptr) return 0;
@@ -24,10 +28,10 @@ std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::u
 
 } // namespace
 
-/// Twice through the bytes: the places first, so that the room for the texts is made once.
+/// Two passes over the bytes: the first counts the texts, so that they are allocated at once.
 bool StringPool::Read(const unsigned char* bytes, std::uint32_t size) {
     size_ = size;
-    if (!stretches_.Make(size / kStretch + 1) || !FindStarts(bytes)) return false;
+    if (!bitmap_.Make(size / kWordBits + 1) || !FindStarts(bytes)) return false;
     Tessarin::InternBatch batch(*Tessarin::string_table);
     std::uint32_t start = 0;
     for (cstr& text : texts_) {
@@ -40,15 +44,15 @@ bool StringPool::Read(const unsigned char* bytes, std::uint32_t size) {
     return batch.InternAll();
 }
 
-/// Marks where texts start, and makes the room for them.
+/// Fills the bitmap, and allocates the texts.
 bool StringPool::FindStarts(const unsigned char* bytes) {
     std::uint32_t count = 0;
-    std::uint32_t stretches_done = 0;
+    std::uint32_t words_done = 0;
     for (std::uint32_t start = 0; start < size_;) {
         const std::uint32_t next = NextStart(bytes, start, size_);
         if (next == 0) break;
-        for (; stretches_done <= start / kStretch; ++stretches_done) stretches_[stretches_done].texts_before = count;
-        stretches_[start / kStretch].starts |= std::uint64_t{1} << start % kStretch;
+        for (; words_done <= start / kWordBits; ++words_done) bitmap_[words_done].texts_before = count;
+        bitmap_[start / kWordBits].starts |= std::uint64_t{1} << start % kWordBits;
         ++count;
         start = next;
     }

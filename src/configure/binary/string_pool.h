@@ -1,4 +1,5 @@
-/// The pool of texts in a binary form, from both sides.
+// The pool of texts of the binary form: StringPool is a pool that was read from a file, PoolBuilder one that is
+// written. How both find a text: string_pool.cpp.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_STRING_POOL_H
 #define TESSARIN_CONFIGURE_BINARY_STRING_POOL_H
@@ -13,28 +14,28 @@
 
 namespace Configure {
 
-/// A file's pool, interned. Each text is interned once however many name it, so a load costs the file's size whatever
-/// its offsets are.
+/// A file's pool, interned. Each text is interned once, however many offsets refer to it, so the cost of a load is
+/// bounded by the file's size whatever its offsets are.
 class StringPool {
 public:
-    /// Interns the texts in their order. Bytes at the end that no NUL ends are no text. False if one can't be interned
-    /// or memory runs out. The bytes aren't needed any more.
+    /// Interns the texts in their order. Bytes at the end without a NUL behind them are no text. False if a text can't
+    /// be interned or memory runs out. The bytes aren't needed afterwards.
     [[nodiscard]] bool Read(const unsigned char* bytes, std::uint32_t size);
 
     /// The text that starts at an offset; null if none starts there.
     [[nodiscard]] cstr At(std::uint32_t offset) const {
         if (offset >= size_) return nullptr;
-        const Stretch& stretch = stretches_[offset / kStretch];
-        const std::uint64_t start = std::uint64_t{1} << offset % kStretch;
-        if ((stretch.starts & start) == 0) return nullptr;
-        return texts_[stretch.texts_before + static_cast<std::uint32_t>(std::popcount(stretch.starts & (start - 1)))];
+        const BitmapWord& word = bitmap_[offset / kWordBits];
+        const std::uint64_t start = std::uint64_t{1} << offset % kWordBits;
+        if ((word.starts & start) == 0) return nullptr;
+        return texts_[word.texts_before + static_cast<std::uint32_t>(std::popcount(word.starts & (start - 1)))];
     }
 
 private:
-    static constexpr std::uint32_t kStretch = 64;
+    static constexpr std::uint32_t kWordBits = 64;
 
-    // So many bytes of the pool, with a bit for each at which a text starts.
-    struct Stretch {
+    // One bit per byte of the pool, set where a text starts; beside it the number of texts before this word.
+    struct BitmapWord {
         std::uint64_t starts = 0;
         std::uint32_t texts_before = 0;
     };
@@ -42,11 +43,11 @@ private:
     bool FindStarts(const unsigned char* bytes);
 
     std::uint32_t size_ = 0;
-    Tessarin::List<Stretch> stretches_;
+    Tessarin::List<BitmapWord> bitmap_;
     Tessarin::List<cstr> texts_;
 };
 
-/// A pool in the making: each text once, by its first use.
+/// A pool that is written: each text once, in the order of first use.
 class PoolBuilder {
 public:
     static constexpr std::uint32_t kNoOffset = UINT32_MAX;

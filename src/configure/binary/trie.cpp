@@ -1,10 +1,26 @@
-// No tree is built. With the keys sorted, a trie's node is a range of them and a depth: the keys that begin with the
-// bytes that lead to the node. Its children are the range's parts by the byte at that depth.
+// The trie of a table's keys is made without building a tree. In the sorted list of keys, a node of the trie is a range
+// and a depth: the keys that begin with the `depth` bytes on the path to the node. Its children are the parts of the
+// range that agree in the next byte. Taking the ranges depth by depth yields the nodes breadth-first.
 //
-// The sort compares eight bytes of each key as one number, kept with the key, and then sorts each run of equal ones by
-// the next eight. So a text is read once from front to back, and no byte is compared twice. Where two neighbours part
-// is seen on the way: `shared` says it, and then ranges are parted without a look at the texts. Cost: the bytes of all
-// keys, and for n keys n log n comparisons of numbers for each eight bytes that they have in common.
+//     sorted keys          0 "a"    1 "ab"    2 "ad"    3 "c"
+//
+//     depth 0, ranges    [ 0        1         2         3     )     the root; two children, by the bytes a and c
+//     depth 1, ranges    [ 0        1         2   )   [ 3     )     a, where "a" ends, with two children; c, where "c"
+//     ends depth 2, ranges             [ 1   )   [ 2   )                 b, where "ab" ends; d, where "ad" ends
+//
+//     nodes              root, a, c, b, d
+//
+// Invariants:
+//
+//  1. In a range only the first key can end at the node, as it is the shortest one: equal keys are merged before.
+//  2. The ranges of a depth don't overlap, so there are at most as many of them as keys.
+//  3. `common_prefix` of a key is known as soon as the key is in its final place, so ranges are split without reading
+//     the texts again.
+//
+// The sort is a radix sort by windows: it compares eight bytes of each key as one number, kept with the key, and then
+// sorts each group of keys with equal windows by the next eight. So a text is read once from front to back, and no byte
+// is compared twice. Cost: the bytes of all keys, and for n keys n log n comparisons of numbers for each eight bytes
+// that they have in common.
 
 #include "configure/binary/trie.h"
 
@@ -28,7 +44,7 @@ std::uint64_t WindowOf(const char* text, std::uint32_t count) {
     return window;
 }
 
-/// Whether the text ends in the window: a text has no zeros of its own.
+/// Whether the text ends in the window: texts contain no zeros.
 bool EndsInside(std::uint64_t window) { return (window & 0xFF) == 0; }
 
 } // namespace
@@ -37,10 +53,10 @@ bool TrieBuilder::Add(cstr key, bool may_share) {
     return keys_.Push({0, key, Tessarin::CstrLength(key), keys_.Count(), 0, may_share});
 }
 
-/// One level of the trie after the other. The ranges of a level don't overlap, so a level is no longer than the keys.
+/// Makes the nodes of one depth after the other.
 bool TrieBuilder::Build() {
     nodes_.Clear();
-    if (!Sort() || !MergeEqualKeys() || HoldsTooManyNodes()) return false;
+    if (!Sort() || !MergeEqualKeys() || ExceedsNodeLimit()) return false;
     levels_[0].Clear();
     if (!levels_[0].Push({0, key_count_})) return false;
     for (std::uint32_t depth = 0; !levels_[depth % 2].IsEmpty(); ++depth) {
@@ -53,47 +69,48 @@ bool TrieBuilder::Build() {
     return true;
 }
 
-/// By bytes as unsigned numbers, equal keys in the order in which they came.
+/// Sorts the keys by their bytes as unsigned numbers, equal keys by their entries.
 bool TrieBuilder::Sort() {
     unsorted_.Clear();
     if (keys_.IsEmpty()) return true;
     if (!SortRange({0, keys_.Count()}, 0)) return false;
     while (!unsorted_.IsEmpty()) {
-        const Unsorted next = unsorted_.Pop();
+        const UnsortedRange next = unsorted_.Pop();
         if (!SortRange(next.range, next.depth)) return false;
     }
     return true;
 }
 
-/// What the range's first key shares with the one in front is known already, whichever key will be the first.
+/// Sorts keys with the same first `depth` bytes by the next eight. The common prefix of the range's first key with the
+/// key before it is known already, and is the same whichever key becomes the first.
 bool TrieBuilder::SortRange(Range range, std::uint32_t depth) {
-    Key* const keys = keys_.begin();
-    const std::uint32_t shared = keys[range.first].shared;
+    Key* keys = keys_.begin();
+    const std::uint32_t first_common_prefix = keys[range.first].common_prefix;
     for (Key* key = keys + range.first; key != keys + range.last; ++key) {
         key->window = WindowOf(key->text + depth, key->length - depth);
     }
     std::sort(keys + range.first, keys + range.last, [](const Key& left, const Key& right) {
         return left.window != right.window ? left.window < right.window : left.entry < right.entry;
     });
-    keys[range.first].shared = shared;
-    std::uint32_t run = range.first;
+    keys[range.first].common_prefix = first_common_prefix;
+    std::uint32_t equal_from = range.first;
     for (std::uint32_t index = range.first + 1; index < range.last; ++index) {
         const std::uint64_t difference = keys[index].window ^ keys[index - 1].window;
         if (difference == 0) continue;
-        keys[index].shared = depth + static_cast<std::uint32_t>(std::countl_zero(difference)) / 8;
-        if (!EndRun({run, index}, depth)) return false;
-        run = index;
+        keys[index].common_prefix = depth + static_cast<std::uint32_t>(std::countl_zero(difference)) / 8;
+        if (!DeferEqualWindows({equal_from, index}, depth)) return false;
+        equal_from = index;
     }
-    return EndRun({run, range.last}, depth);
+    return DeferEqualWindows({equal_from, range.last}, depth);
 }
 
-/// What to do about keys with one window.
-bool TrieBuilder::EndRun(Range run, std::uint32_t depth) {
-    if (run.last - run.first < 2 || EndsInside(keys_[run.first].window)) return true;
-    return unsorted_.Push({run, depth + kWindowBytes});
+/// Notes keys with equal windows, which are to be sorted by what is behind the window, unless they end in it.
+bool TrieBuilder::DeferEqualWindows(Range equal, std::uint32_t depth) {
+    if (equal.last - equal.first < 2 || EndsInside(keys_[equal.first].window)) return true;
+    return unsorted_.Push({equal, depth + kWindowBytes});
 }
 
-/// Equal keys are neighbours, and have one address.
+/// Keeps one of the entries with equal keys, which are neighbours and have one address: the last one added.
 bool TrieBuilder::MergeEqualKeys() {
     key_count_ = 0;
     for (const Key& key : keys_) {
@@ -108,17 +125,18 @@ bool TrieBuilder::MergeEqualKeys() {
     return true;
 }
 
-/// Each key adds the nodes of the bytes that it doesn't share. Asked first, as some long keys make more nodes than
-/// there is memory for.
-bool TrieBuilder::HoldsTooManyNodes() {
+/// Each key adds a node per byte behind its common prefix with the key before it. Checked before nodes are made, as a
+/// few long keys can make more nodes than there is memory for.
+bool TrieBuilder::ExceedsNodeLimit() {
     std::uint64_t count = 1;
-    for (std::uint32_t index = 0; index < key_count_; ++index) count += keys_[index].length - keys_[index].shared;
+    for (std::uint32_t index = 0; index < key_count_; ++index)
+        count += keys_[index].length - keys_[index].common_prefix;
     return count > kMostFileBytes / kWordSize;
 }
 
-/// Of a range's keys only the first can end at the node. Its children go to the next level.
+/// Appends the node of a range, and its children's ranges to `children`.
 bool TrieBuilder::AddNode(Range range, std::uint32_t depth, Tessarin::List<Range>& children) {
-    const Key* const keys = keys_.begin();
+    const Key* keys = keys_.begin();
     std::uint32_t first = range.first;
     Node node = {kRootBit, kNoEntry};
     if (depth != 0) node.word = WordOfKeyByte(static_cast<unsigned char>(keys[first].text[depth - 1]));
@@ -128,7 +146,7 @@ bool TrieBuilder::AddNode(Range range, std::uint32_t depth, Tessarin::List<Range
     }
     while (first != range.last) {
         std::uint32_t last = first + 1;
-        while (last != range.last && keys[last].shared > depth) ++last;
+        while (last != range.last && keys[last].common_prefix > depth) ++last;
         if (!children.Push({first, last})) return false;
         ++node.word; // at most 255 times: no key has the byte 0
         first = last;

@@ -1,4 +1,5 @@
-/// The trie of one table's keys, as the binary form stores it.
+// The trie of one table's keys, in the order in which the binary form stores its nodes. How it is built without a tree,
+// with a picture: trie.cpp.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_TRIE_H
 #define TESSARIN_CONFIGURE_BINARY_TRIE_H
@@ -10,7 +11,7 @@
 
 namespace Configure {
 
-/// One builder serves table after table: Clear, Add for each entry, Build, and then Nodes.
+/// One builder is used for table after table: Clear, Add for each entry, Build, and then Nodes.
 class TrieBuilder {
 public:
     static constexpr std::uint32_t kNoEntry = UINT32_MAX;
@@ -22,7 +23,7 @@ public:
 
     void Clear() { keys_.Clear(); }
 
-    /// Takes an entry's key. Entries that share one become the last of them, if all of them may.
+    /// Adds an entry's key. Of entries with one key the last is kept, if all of them may share it.
     /// False if memory runs out. REQUIRES: the key is interned
     [[nodiscard]] bool Add(cstr key, bool may_share);
 
@@ -34,38 +35,37 @@ public:
     [[nodiscard]] Tessarin::List<Node>& Nodes() { return nodes_; }
 
 private:
-    // While the keys are sorted, eight bytes at a time, `window` has those from some depth on, as a number.
     struct Key {
-        std::uint64_t window;
+        std::uint64_t window; // while keys are sorted: eight bytes from the current depth on, as a number
         cstr text;
         std::uint32_t length;
         std::uint32_t entry;
-        std::uint32_t shared; // with the key in front, in bytes
+        std::uint32_t common_prefix; // with the key before it, in bytes; 0 for the first key
         bool may_share;
     };
 
-    // Neighbours in the list of keys.
+    // Keys from `first` on, up to and without `last`.
     struct Range {
         std::uint32_t first, last;
     };
-    // Keys that are alike in their first `depth` bytes, to be sorted by the rest.
-    struct Unsorted {
+    // Keys with the same first `depth` bytes, still to be sorted by the others.
+    struct UnsortedRange {
         Range range;
         std::uint32_t depth;
     };
 
     bool Sort();
     bool SortRange(Range range, std::uint32_t depth);
-    bool EndRun(Range run, std::uint32_t depth);
+    bool DeferEqualWindows(Range equal, std::uint32_t depth);
     bool MergeEqualKeys();
-    [[nodiscard]] bool HoldsTooManyNodes();
+    [[nodiscard]] bool ExceedsNodeLimit();
     bool AddNode(Range range, std::uint32_t depth, Tessarin::List<Range>& children);
 
     Tessarin::List<Key> keys_;
-    std::uint32_t key_count_ = 0; // those left when equal ones are merged
+    std::uint32_t key_count_ = 0; // distinct keys: the first of keys_, once equal ones are merged
     Tessarin::List<Node> nodes_;
-    Tessarin::List<Unsorted> unsorted_;
-    Tessarin::List<Range> levels_[2];
+    Tessarin::List<UnsortedRange> unsorted_;
+    Tessarin::List<Range> levels_[2]; // the ranges of the current depth and of the next one, in turn
 };
 
 } // namespace Configure

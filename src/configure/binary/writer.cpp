@@ -1,8 +1,17 @@
-// One walk over the containers in container order makes pool, counts and body side by side in memory. What a parent
-// says of a child is known when the parent's turn comes, but for the number of a table's first node: that is the number
-// of nodes made when the table's own turn comes, and is put in then.
+// The writer of the binary form. One breadth-first walk over the containers appends to all sections of the file at
+// once, each of which is a buffer in memory; they are written one behind the other at the end.
 //
-// The tree is seen through its interfaces alone, and only forwards: an edited array may be slow to find a position in.
+//     containers_    root | its children | their children | ...      a queue: read at one end, appended at the other
+//     sections       pool_   unit_counts_   node_counts_   body_
+//
+// Invariants:
+//
+//  1. The order of containers_ is container order, so records, counts and array numbers are appended in their final
+//     order.
+//  2. When a parent's record is made, all that it says of a child is known, except the number of a table's first node.
+//     That is the number of nodes made before the table's own record, and is patched in when that record is made.
+//  3. The tree is read through its public interfaces alone, and forwards only: finding an element of an edited array by
+//     its position may be slow.
 
 #include "configure/binary/writer.h"
 
@@ -17,7 +26,7 @@ namespace {
 
 constexpr std::int32_t kModeWrite = 1;
 
-/// The value bit of a Unit; 0 if it is of no kind.
+/// The value bit of a node for a Unit of a kind; 0 for a Unit without one.
 std::uint32_t ValueBit(std::uint32_t kind) {
     switch (kind) {
     case KIND_STRING:
@@ -31,20 +40,21 @@ std::uint32_t ValueBit(std::uint32_t kind) {
     }
 }
 
-/// One file in the making. The tree must stay as it is until Compile returns, and isn't needed after it.
+/// One file. The tree must not change until Compile returns, and isn't needed afterwards.
 class BinaryWriter {
 public:
     [[nodiscard]] bool Compile(ITable& root);
     [[nodiscard]] bool WriteTo(IFileIO& fileio, void* handle);
 
 private:
-    static constexpr std::uint32_t kNoPlace = UINT32_MAX;
+    static constexpr std::uint32_t kNoPatch = UINT32_MAX;
 
-    // One of the two, and for a table where in the body the number of its first node goes.
+    // A table or an array; the other is null. For a table but the root, the offset in the body at which its parent has
+    // the number of its first node.
     struct Container {
         ITable* table;
         IArray* array;
-        std::uint32_t place;
+        std::uint32_t patch;
     };
 
     bool AddTable(ITable& table);
@@ -59,28 +69,28 @@ private:
     ByteBuffer unit_counts_;
     ByteBuffer node_counts_;
     ByteBuffer body_;
-    Tessarin::List<Container> containers_; // in container order
-    TrieBuilder trie_;                     // of the table at hand
-    Tessarin::List<IIterator*> units_;     // its Units, by their numbers in the trie
+    Tessarin::List<Container> containers_; // the queue of the walk
+    TrieBuilder trie_;                     // of the current table's keys
+    Tessarin::List<IIterator*> units_;     // the current table's, by their entry numbers in the trie
 };
 
-/// The list of containers is the queue of the walk, and grows while it is gone through.
+/// Walks the containers. The list of them grows meanwhile.
 bool BinaryWriter::Compile(ITable& root) {
-    if (!containers_.Push({&root, nullptr, kNoPlace})) return false;
+    if (!containers_.Push({&root, nullptr, kNoPatch})) return false;
     for (std::uint32_t index = 0; index < containers_.Count(); ++index) {
-        const Container container = containers_[index]; // a copy: the list moves as it grows
+        const Container container = containers_[index]; // a copy, as the list may move when it grows
         if (container.array != nullptr) {
             if (!AddArray(*container.array)) return false;
             continue;
         }
-        if (container.place != kNoPlace) body_.PatchWord(container.place, header_.node_count);
+        if (container.patch != kNoPatch) body_.PatchWord(container.patch, header_.node_count);
         if (!AddTable(*container.table)) return false;
     }
     header_.strings_size = pool_.Size();
     return true;
 }
 
-/// A table's record and its two counts.
+/// Appends a table's record and its two counts.
 bool BinaryWriter::AddTable(ITable& table) {
     if (!CollectUnits(table) || !trie_.Build()) return false;
     std::uint32_t terminals = 0;
@@ -97,7 +107,8 @@ bool BinaryWriter::AddTable(ITable& table) {
     return unit_counts_.PutWord(terminals) && node_counts_.PutWord(trie_.Nodes().Count());
 }
 
-/// Only texts may share a key. The header counts the entries, the list of counts the keys.
+/// Collects a table's Units and adds their keys to the trie. Only texts may share a key. The header counts the Units,
+/// unit_counts the distinct keys.
 bool BinaryWriter::CollectUnits(ITable& table) {
     units_.Clear();
     trie_.Clear();
@@ -109,7 +120,8 @@ bool BinaryWriter::CollectUnits(ITable& table) {
     return true;
 }
 
-/// A node at which a key ends. The key comes into the pool before the text: the order of first use is part of the form.
+/// Appends a node at which a key ends. The key is added to the pool before the value's text: the order of first use is
+/// part of the form.
 bool BinaryWriter::AddEntry(std::uint32_t word, IIterator& unit) {
     const std::uint32_t value_bit = ValueBit(unit.GetType());
     const std::uint32_t key = pool_.OffsetOf(unit.GetKey());
@@ -117,9 +129,10 @@ bool BinaryWriter::AddEntry(std::uint32_t word, IIterator& unit) {
            AddValue(value_bit, unit);
 }
 
-/// Counted on the way and not asked for, so that the count can't differ from what follows it.
+/// Appends an array's record. Its elements are counted as they are appended and not by GetCount, so the count can't
+/// differ from what follows it.
 bool BinaryWriter::AddArray(IArray& array) {
-    const std::uint32_t place = body_.Size();
+    const std::uint32_t count_offset = body_.Size();
     std::uint32_t count = 0;
     if (!body_.PutWord(count)) return false;
     for (IIterator* unit = array.Begin(); unit != array.End(); unit = array.Next(unit)) {
@@ -129,12 +142,13 @@ bool BinaryWriter::AddArray(IArray& array) {
         }
         ++count;
     }
-    body_.PatchWord(place, count);
+    body_.PatchWord(count_offset, count);
     header_.array_unit_count += count;
     return true;
 }
 
-/// Arrays get their numbers as they are appended, which is array order.
+/// Appends the value of a node or an element. A table or an array is appended to the containers, and arrays are
+/// numbered in that order, which is array order.
 bool BinaryWriter::AddValue(std::uint32_t value_bit, IIterator& unit) {
     switch (value_bit) {
     case kScalarBit: {
@@ -144,13 +158,13 @@ bool BinaryWriter::AddValue(std::uint32_t value_bit, IIterator& unit) {
     case kTableBit:
         return containers_.Push({unit.GetTable(), nullptr, body_.Size()}) && body_.PutWord(0);
     case kArrayBit:
-        return containers_.Push({nullptr, unit.GetArray(), kNoPlace}) && body_.PutWord(header_.array_count++);
+        return containers_.Push({nullptr, unit.GetArray(), kNoPatch}) && body_.PutWord(header_.array_count++);
     default:
         return false;
     }
 }
 
-/// Word by word: a record's bytes would be those of this machine.
+/// Word by word, as the bytes of a FileHeader in memory depend on the machine.
 bool BinaryWriter::MakeHeader(ByteBuffer& bytes) const {
     for (const std::uint32_t field : {header_.magic, header_.node_count, header_.strings_size, header_.table_count,
                                       header_.table_unit_count, header_.array_count, header_.array_unit_count}) {
@@ -159,15 +173,15 @@ bool BinaryWriter::MakeHeader(ByteBuffer& bytes) const {
     return true;
 }
 
-/// All parts are within the limit of a file by themselves; only together they may not be.
+/// Each section is within the limit of a file; together they may not be.
 bool BinaryWriter::WriteTo(IFileIO& fileio, void* handle) {
     ByteBuffer header;
     if (!MakeHeader(header)) return false;
     std::uint64_t size = pool_.Size();
-    for (const ByteBuffer* part : {&header, &unit_counts_, &node_counts_, &body_}) size += part->Size();
+    for (const ByteBuffer* section : {&header, &unit_counts_, &node_counts_, &body_}) size += section->Size();
     if (size > kMostFileBytes) return false;
 
-    auto write = [&fileio, handle](const unsigned char* bytes, std::uint32_t count) {
+    const auto write = [&fileio, handle](const unsigned char* bytes, std::uint32_t count) {
         return count == 0 || fileio.Write(handle, bytes, count) == count;
     };
     return write(header.Bytes(), header.Size()) && write(pool_.Bytes(), pool_.Size()) &&

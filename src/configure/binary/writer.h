@@ -1,4 +1,4 @@
-/// The binary form of a tree, whatever family it is of.
+// Writes a configuration tree of any family in the binary form.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_WRITER_H
 #define TESSARIN_CONFIGURE_BINARY_WRITER_H
@@ -8,12 +8,12 @@
 
 namespace Configure {
 
-/// Writes a tree to a file, which is truncated before the tree is looked at. The bytes depend on the content alone.
-/// root     null fails, like a Unit of no kind, like an array or a table that shares its key with another entry, and
-///          like content too large for a file. Of texts that share a key the last one counts; a null text is an empty
-///          one
-/// returns  false also if the file can't be opened or written whole, and when memory runs out: the file stays as far as
-///          it was written
+/// Writes a tree to a file, which is truncated before the tree is read. The bytes depend on the content alone.
+/// root     null fails, and so do a Unit of no kind, an array or a table that shares its key with another entry, and
+///          content too large for a file. Of texts that share a key the last one is written; a null text is written as
+///          an empty one
+/// returns  false also if the file can't be opened or completely written, and when memory runs out; the file then has
+///          what was written until the failure
 [[nodiscard]] bool WriteBinary(IFileIO& fileio, const char* path, ITable* root);
 
 } // namespace Configure
