@@ -1,5 +1,5 @@
-// Command queues: a handle around one RecordRing, which holds all of the layout. What is tested here is what the ring
-// takes for granted: the handle, and sizes other than 0.
+// Command queues: a handle around one RecordRing, which does all of the work. The exported functions check what the
+// ring requires: a live handle, and a size other than 0.
 
 #include "containers/command_queue.h"
 
@@ -9,7 +9,7 @@
 
 static_assert(std::is_standard_layout_v<cmd> && offsetof(cmd, buffer) == 24, "seven fields, without a gap");
 
-/// The record comes first, then its buffer; without the buffer the record goes back too.
+/// Allocates the record, then its buffer; if there is no memory for the buffer, the record is freed again.
 cmd* cmd::Create(std::uint32_t capacity) {
     if (capacity == 0) return nullptr;
     auto* queue = static_cast<cmd*>(std::malloc(sizeof(cmd)));
@@ -26,7 +26,7 @@ void cmd::Destroy(cmd* queue) {
 }
 
 // ---------------------------------------------------------------------------------------- the exported functions
-// The guard, then the ring's own function. Nothing in the library calls these.
+// Each checks the handle, then calls the ring's function. Nothing in the library calls these.
 
 using Tessarin::IsLive;
 
@@ -48,7 +48,7 @@ void* cmd_push(cmd* queue, uint32_t size) {
 
 void cmd_push_element(cmd* queue, const void* command) {
     if (!IsLive(queue) || command == nullptr) return;
-    uint32_t size = Tessarin::RecordRing::FirstWord(command);
+    const uint32_t size = Tessarin::RecordRing::FirstWord(command);
     if (size != 0) queue->ring.Push(queue->buffer, command, size);
 }
 

@@ -1,4 +1,4 @@
-/// The record behind the cmd_ functions. Threads: one at a time per queue.
+// The record behind the cmd_ functions: a first-in, first-out queue of commands.
 
 #ifndef TESSARIN_CONTAINERS_COMMAND_QUEUE_H
 #define TESSARIN_CONTAINERS_COMMAND_QUEUE_H
@@ -9,13 +9,14 @@
 
 #include <cstdint>
 
-/// A ring that has a buffer from the start, and takes records of any size but 0. The fields' order is fixed.
+/// A ring that has a buffer from the start and accepts records of any size but 0. The order of the fields is fixed.
+/// Threads: one at a time per queue.
 struct cmd {
     static constexpr std::uint32_t kSignature = Tessarin::kCommandQueueSignature;
 
     std::uint32_t signature;
     Tessarin::RecordRing ring;
-    unsigned char* buffer; // the ring's bytes, the queue's own; never null
+    unsigned char* buffer; // the ring's bytes, owned by the queue; never null
 
     /// Null for a capacity of 0, or if memory runs out.
     [[nodiscard]] static cmd* Create(std::uint32_t capacity);

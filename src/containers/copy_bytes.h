@@ -1,4 +1,5 @@
-/// The copy of one element or value, whose size is known only at run time.
+// The copy of one element or value, whose size is known only at run time. Sizes that containers mostly hold are copied
+// inline, as a call of memmove costs more than such a copy.
 
 #ifndef TESSARIN_CONTAINERS_COPY_BYTES_H
 #define TESSARIN_CONTAINERS_COPY_BYTES_H
@@ -8,7 +9,7 @@
 
 namespace Tessarin {
 
-/// The bytes pass through registers, so the two places may overlap.
+/// All bytes are read before one is written, so the two places may overlap.
 template <std::uint32_t Size>
 inline void* CopyFixed(void* to, const void* from) {
     unsigned char bytes[Size];
@@ -16,7 +17,7 @@ inline void* CopyFixed(void* to, const void* from) {
     return std::memcpy(to, bytes, Size);
 }
 
-/// The sizes that containers mostly hold are copied in place: a call costs more than such a copy.
+/// The two places may overlap.
 /// returns  `to`
 inline void* CopyBytes(void* to, const void* from, std::uint32_t size) {
     switch (size) {

@@ -1,11 +1,14 @@
-/// Object pools.
-///
-/// Blocks lie back to back in chunks, without a header and without rounding: a block is aligned as far as its size is.
-///
-/// Invariants:
-/// 1. A chunk's size, block_size * blocks_per_chunk, fits 32 bits.
-/// 2. Every chunk is in `chunks`, but for one that may wait in `unlisted`. While it waits no further chunk is made, so
-///    one place is enough, and no chunk is ever leaked.
+// Fixed-size pools. Blocks lie back to back in chunks, without a header and without rounding: a block is aligned as far
+// as its size is.
+//
+//     chunks       [ chunk 0 | chunk 1 | ... ]       each [ block | block | ... ] of blocks_per_chunk * block_size
+//     bytes free_list    [ block, block, ..., block ]      a stack of addresses; the next block to allocate is on top
+//
+// Invariants:
+//
+//  1. A chunk's size, block_size * blocks_per_chunk, fits 32 bits.
+//  2. Every chunk is in `chunks`, except that one may wait in `unlisted`. No further chunk is made while one waits, so
+//     that field is enough, and no chunk is ever leaked.
 
 #include "containers/fixed_size_pool.h"
 
@@ -18,16 +21,16 @@ static_assert(std::is_standard_layout_v<omem>);
 
 namespace {
 
-/// In bytes. A pool makes few chunks, so their list may stay small.
+/// In bytes. A pool makes few chunks, so their list may grow by small steps.
 constexpr std::uint32_t kChunkListThreshold = 64;
 
 std::uint64_t ChunkBytes(std::uint32_t block_size, std::uint32_t blocks) { return std::uint64_t{block_size} * blocks; }
 
 } // namespace
 
-/// A pool is made with its first chunk, so that a host learns at once if there is no memory for any.
+/// A pool is created with its first chunk, so that creation fails if there is no memory for any block.
 omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
-    std::uint64_t bytes = ChunkBytes(block_size, blocks_per_chunk);
+    const std::uint64_t bytes = ChunkBytes(block_size, blocks_per_chunk);
     if (bytes == 0 || bytes > Tessarin::kLargestSize) return nullptr;
     auto* pool = static_cast<omem*>(std::malloc(sizeof(omem)));
     if (pool == nullptr) return nullptr;
@@ -39,32 +42,32 @@ omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     return nullptr;
 }
 
-/// Both lists hold addresses. That of the free blocks may double up to two chunks' worth of bytes.
+/// Both lists have addresses as elements. The list of free blocks doubles up to two chunks' worth of bytes.
 bool omem::CreateLists() {
     chunks = farr::Create(sizeof(void*));
     if (chunks == nullptr) return false;
     free_list = farr::Create(sizeof(void*));
     if (free_list == nullptr) return false;
-    std::uint64_t two_chunks = ChunkBytes(block_size, blocks_per_chunk) * 2;
+    const std::uint64_t two_chunks = ChunkBytes(block_size, blocks_per_chunk) * 2;
     chunks->ResetThreshold(kChunkListThreshold);
     free_list->ResetThreshold(two_chunks > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(two_chunks));
     return true;
 }
 
-/// Blocks that the list of free ones had no room for count as out.
+/// Blocks that the list of free ones had no room for count as not freed.
 std::int32_t omem::Destroy(omem* pool) {
-    std::uint32_t all_chunks = pool->chunks->count + (pool->unlisted == nullptr ? 0 : 1);
-    std::uint32_t out = pool->blocks_per_chunk * all_chunks - pool->free_list->count;
+    const std::uint32_t all_chunks = pool->chunks->count + (pool->unlisted == nullptr ? 0 : 1);
+    const std::uint32_t unfreed = pool->blocks_per_chunk * all_chunks - pool->free_list->count;
     for (std::uint32_t i = 0; i < pool->chunks->count; ++i) std::free(pool->chunks->Items<void*>()[i]);
     std::free(pool->unlisted);
     farr::Destroy(pool->free_list);
     farr::Destroy(pool->chunks);
     std::free(pool);
-    return static_cast<std::int32_t>(out);
+    return static_cast<std::int32_t>(unfreed);
 }
 
-/// Makes a chunk whose blocks are all free. It counts as made even if a list has no room: a chunk waits to be listed,
-/// a block that isn't listed is lost until Clear.
+/// Makes a chunk whose blocks are all free. It succeeds even if a list can't grow: the chunk then waits to be listed,
+/// and a block that isn't listed is lost until Clear.
 bool omem::AddChunk() {
     if (unlisted != nullptr && !chunks->PushItem(unlisted)) return false;
     unlisted = nullptr;
@@ -75,18 +78,18 @@ bool omem::AddChunk() {
     return true;
 }
 
-/// In ascending order, so that the highest is dealt out first.
+/// In ascending order, so that the highest is allocated first.
 void omem::FreeBlocks(void* chunk) {
     auto* block = static_cast<unsigned char*>(chunk);
     for (std::uint32_t i = 0; i < blocks_per_chunk; ++i, block += block_size) Free(block);
 }
 
-/// The list can still be empty behind a new chunk, if it had no memory for a single entry.
+/// The list can still be empty after AddChunk, if it had no memory for a single entry.
 void* omem::AllocFromNewChunk() { return AddChunk() && HasFree() ? TakeFree() : nullptr; }
 
 void omem::FreeIntoFullList(void* block) { free_list->PushItem(block); }
 
-/// What callers still hold of the pool is free from here on and will be dealt out again.
+/// Blocks that callers still hold are free afterwards and will be allocated again.
 void omem::Clear() {
     free_list->count = 0;
     for (std::uint32_t i = 0; i < chunks->count; ++i) FreeBlocks(chunks->Items<void*>()[i]);
@@ -97,7 +100,7 @@ void omem::Clear() {
 
 using Tessarin::IsLive;
 
-// As everywhere: the guard, then the record's own function.
+// Each checks the handle, then calls the record's member function.
 
 omem* omem_create(uint32_t block_size, uint32_t blocks_per_chunk) { return omem::Create(block_size, blocks_per_chunk); }
 

@@ -1,5 +1,6 @@
-/// Blocks of one fixed size, dealt out last-in, first-out: the record behind the omem_ functions, for the library's own
-/// use without their guard. Threads: one at a time per pool.
+// The record behind the omem_ functions: a pool of blocks of one fixed size, reused last-in, first-out. The library
+// itself calls the member functions, which don't check the handle. The pools of tables are of another kind, see
+// memory/block_pool.h.
 
 #ifndef TESSARIN_CONTAINERS_FIXED_SIZE_POOL_H
 #define TESSARIN_CONTAINERS_FIXED_SIZE_POOL_H
@@ -8,21 +9,22 @@
 
 #include <cstdint>
 
-/// The order of the first five fields is fixed. A block is free if and only if `free_list` holds its address.
+/// The order of the first five fields is fixed. A block is free if and only if `free_list` has its address.
+/// Threads: one at a time per pool.
 struct omem {
-    static constexpr std::uint32_t kSignature = Tessarin::kObjectPoolSignature;
+    static constexpr std::uint32_t kSignature = Tessarin::kFixedSizePoolSignature;
 
     std::uint32_t signature;
-    farr* chunks;    // void*: what malloc gave, in order of age
-    farr* free_list; // void*: a stack, the next block to deal out on top
+    farr* chunks;    // void*: the blocks from malloc, the oldest first
+    farr* free_list; // void*: a stack, the next block to allocate on top
     std::uint32_t block_size;
     std::uint32_t blocks_per_chunk;
-    void* unlisted; // a chunk that `chunks` had no room for, or null; the pool's own like the others
+    void* unlisted; // a chunk that `chunks` had no room for, or null; owned by the pool like the others
 
     /// Null if memory runs out, if either argument is 0, or if a chunk would pass 32 bits.
     [[nodiscard]] static omem* Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk);
 
-    /// The number of blocks that are out.
+    /// returns  the number of blocks that weren't freed
     static std::int32_t Destroy(omem* pool);
 
     /// Null if memory runs out.
@@ -37,7 +39,7 @@ struct omem {
     /// REQUIRES: HasFree()
     void* TakeFree() { return free_list->Items<void*>()[--free_list->count]; }
 
-    /// A block that the list has no room for is lost until Clear or Destroy.
+    /// A block that the list of free ones can't grow for is lost until Clear or Destroy.
     void Free(void* block) {
         if (!free_list->TryPushItem(block)) [[unlikely]]
             FreeIntoFullList(block);
@@ -46,7 +48,7 @@ struct omem {
     void Clear();
 
 private:
-    // Out of line, so that the usual way needs neither stack nor saved registers.
+    // Out of line, so that the usual case needs neither stack nor saved registers.
     [[gnu::noinline, gnu::cold]] void* AllocFromNewChunk();
     [[gnu::noinline, gnu::cold]] void FreeIntoFullList(void* block);
     bool CreateLists();

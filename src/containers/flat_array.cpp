@@ -1,10 +1,11 @@
-/// Flat arrays.
-///
-/// Invariants:
-/// 1. count * element_size <= capacity, and both sides fit 32 bits: whatever would pass them is refused as if memory
-///    had run out. Products are taken in 64 bits before they are compared.
-/// 2. `data` is a block of its own even when capacity is 0.
-/// 3. No operation changes a field before it has all the memory that it needs.
+// Flat arrays: one heap block that is replaced by a larger one when it is full (growth.h).
+//
+// Invariants:
+//
+//  1. count * element_size <= capacity, and both sides fit 32 bits: an operation that would exceed them fails as if
+//     memory had run out. Products are computed in 64 bits before they are compared.
+//  2. `data` is a heap block even when capacity is 0.
+//  3. No operation changes a field before it has all the memory that it needs.
 
 #include "containers/flat_array.h"
 
@@ -21,24 +22,24 @@ namespace {
 /// Arrays double below this need, in bytes. Other containers have limits of their own.
 constexpr std::uint32_t kDoublingLimit = 0xFFFF;
 
-/// From this capacity on, in bytes, the heap is asked to move a block instead of copying it: it can do so by mapping
-/// its pages elsewhere or by extending it in place. Growth by a fixed step, as in an object pool's list of free blocks,
-/// would otherwise cost the square of the size.
-constexpr std::uint32_t kMovedByHeap = 0x20000;
+/// From this capacity on, in bytes, a block grows by realloc: the heap can map its pages elsewhere or extend it in
+/// place instead of copying it. Growth by a fixed step, as in the list of free blocks of a fixed-size pool, would
+/// otherwise cost the square of the size.
+constexpr std::uint32_t kReallocFrom = 0x20000;
 
-/// A block even for size 0, where the runtime library may answer null.
-void* TakeBuffer(std::uint32_t bytes) { return std::malloc(bytes == 0 ? 1 : bytes); }
+/// A block even for size 0, for which malloc may return null.
+void* AllocateBuffer(std::uint32_t bytes) { return std::malloc(bytes == 0 ? 1 : bytes); }
 
 } // namespace
 
-/// The record comes first, then its buffer; without the buffer the record goes back too.
+/// Allocates the record, then its buffer; if there is no memory for the buffer, the record is freed again.
 farr* farr::Create(std::uint32_t element_size, std::uint32_t elements) {
-    std::uint64_t bytes = std::uint64_t{element_size} * elements;
+    const std::uint64_t bytes = std::uint64_t{element_size} * elements;
     if (bytes == 0 || bytes > Tessarin::kLargestSize) return nullptr;
     auto* arr = static_cast<farr*>(std::malloc(sizeof(farr)));
     if (arr == nullptr) return nullptr;
-    auto capacity = static_cast<std::uint32_t>(bytes);
-    *arr = farr{kSignature, 0, capacity, element_size, kFirstThreshold, TakeBuffer(capacity)};
+    const auto capacity = static_cast<std::uint32_t>(bytes);
+    *arr = farr{kSignature, 0, capacity, element_size, kFirstThreshold, AllocateBuffer(capacity)};
     arr->ResetThreshold(kFirstThreshold);
     if (arr->data != nullptr) return arr;
     std::free(arr);
@@ -50,12 +51,12 @@ void farr::Destroy(farr* arr) {
     std::free(arr);
 }
 
-/// All of the buffer is copied, used or not: an array that was cleared keeps its bytes in the copy, as in the original.
+/// The whole buffer is copied, used or not: the bytes of a cleared array are in the copy as in the original.
 farr* farr::Copy() const {
     auto* copy = static_cast<farr*>(std::malloc(sizeof(farr)));
     if (copy == nullptr) return nullptr;
     *copy = *this;
-    copy->data = TakeBuffer(capacity);
+    copy->data = AllocateBuffer(capacity);
     if (copy->data == nullptr) {
         std::free(copy);
         return nullptr;
@@ -64,13 +65,13 @@ farr* farr::Copy() const {
     return copy;
 }
 
-/// Puts the used bytes into a buffer of another size. False if memory runs out, the array unchanged.
+/// Moves the used bytes to a buffer of another size. False if memory runs out, the array unchanged.
 /// REQUIRES: bytes >= UsedBytes()
-bool farr::Regrow(std::uint32_t bytes) {
-    bool moved_by_heap = capacity >= kMovedByHeap && bytes > capacity;
-    void* grown = moved_by_heap ? std::realloc(data, bytes) : TakeBuffer(bytes);
+bool farr::Reallocate(std::uint32_t bytes) {
+    const bool use_realloc = capacity >= kReallocFrom && bytes > capacity;
+    void* grown = use_realloc ? std::realloc(data, bytes) : AllocateBuffer(bytes);
     if (grown == nullptr) return false;
-    if (!moved_by_heap) {
+    if (!use_realloc) {
         std::memcpy(grown, data, UsedBytes());
         std::free(data);
     }
@@ -79,16 +80,16 @@ bool farr::Regrow(std::uint32_t bytes) {
     return true;
 }
 
-/// Appends where the buffer is full or elements have no size. A null source leaves the element unset.
-void* farr::PushWithCare(const void* source) {
-    std::uint64_t need = (std::uint64_t{count} + 1) * element_size;
+/// The push for a full buffer, and for elements of size 0. A null source leaves the element uninitialised.
+void* farr::PushSlowly(const void* source) {
+    const std::uint64_t need = (std::uint64_t{count} + 1) * element_size;
     if (count == UINT32_MAX || need > Tessarin::kLargestSize) return nullptr;
-    // A source inside the buffer moves with it.
-    auto offset = reinterpret_cast<std::uintptr_t>(source) - reinterpret_cast<std::uintptr_t>(data);
-    bool own = source != nullptr && offset < capacity;
+    // A source inside the buffer moves with the buffer.
+    const auto offset = reinterpret_cast<std::uintptr_t>(source) - reinterpret_cast<std::uintptr_t>(data);
+    const bool own = source != nullptr && offset < capacity;
     if (need > capacity) {
-        auto bytes = static_cast<std::uint32_t>(need);
-        if (!Regrow(Tessarin::ThresholdCapacity(bytes, threshold, kDoublingLimit))) return nullptr;
+        const auto bytes = static_cast<std::uint32_t>(need);
+        if (!Reallocate(Tessarin::ThresholdCapacity(bytes, threshold, kDoublingLimit))) return nullptr;
     }
     if (own) source = static_cast<unsigned char*>(data) + offset;
     void* slot = Slot(count++);
@@ -96,36 +97,36 @@ void* farr::PushWithCare(const void* source) {
     return slot;
 }
 
-/// A buffer that is too small gets exactly the size needed, without slack: who resizes knows what is coming. A count of
-/// 0 is no request to empty the array.
+/// A buffer that is too small gets exactly the size needed, without slack: a caller that resizes knows how many
+/// elements it needs. A count of 0 does nothing; it doesn't empty the array.
 void farr::Resize(std::uint32_t new_count, bool zero_fill) {
-    std::uint64_t need = std::uint64_t{new_count} * element_size;
+    const std::uint64_t need = std::uint64_t{new_count} * element_size;
     if (new_count == 0 || need > Tessarin::kLargestSize) return;
-    if (need > capacity && !Regrow(static_cast<std::uint32_t>(need))) return;
+    if (need > capacity && !Reallocate(static_cast<std::uint32_t>(need))) return;
     if (zero_fill && new_count > count) std::memset(Slot(count), 0, static_cast<std::size_t>(need) - UsedBytes());
     count = new_count;
 }
 
-/// Linear in the elements behind the index. No erase gives memory back; that is Adapt's.
+/// Costs a move of the elements behind the index. No erase gives memory back; Adapt does.
 void farr::Erase(std::uint32_t index) {
     if (index >= count) return;
     std::memmove(Slot(index), Slot(index + 1), std::size_t{count - index - 1} * element_size);
     --count;
 }
 
-/// Constant: the last element takes the place, so the order is lost.
+/// In constant time: the last element takes the erased one's place, so the order changes.
 void farr::FastErase(std::uint32_t index) {
     if (index >= count) return;
     --count;
     if (index < count) Tessarin::CopyBytes(Slot(index), Slot(count), element_size);
 }
 
-/// Takes a new buffer even where the size is right already: element pointers are stale after it in any case.
-void farr::Adapt() { Regrow(UsedBytes()); }
+/// Allocates a new buffer even if the size is right already: element pointers are invalid afterwards in any case.
+void farr::Adapt() { Reallocate(UsedBytes()); }
 
 // ---------------------------------------------------------------------------------------- the exported functions
-// The guard, then the record's own function. Nothing in the library calls these, since a host may have functions of the
-// same names.
+// Each checks the handle, then calls the record's member function. Nothing in the library calls these, since a
+// host may define functions of the same names.
 
 using Tessarin::IsLive;
 
@@ -149,7 +150,7 @@ void farr_reset_threshold(farr* arr, uint32_t threshold) {
     if (IsLive(arr)) arr->ResetThreshold(threshold);
 }
 
-// An element size of 0 is let in here, unlike at creation; PushWithCare knows of it.
+// An element size of 0 is allowed here, unlike at creation; PushSlowly handles it.
 void farr_reset(farr* arr, uint32_t element_size) {
     if (!IsLive(arr)) return;
     arr->count = 0;
@@ -194,14 +195,14 @@ void* farr_begin(farr* arr) { return IsLive(arr) && arr->count != 0 ? arr->data 
 
 void* farr_end(farr*) { return nullptr; }
 
-// Only the exact address behind the last element ends a walk.
+// Only the exact address behind the last element ends an iteration.
 void* farr_next(farr* arr, void* element) {
     if (!IsLive(arr) || element == nullptr) return nullptr;
     unsigned char* next = static_cast<unsigned char*>(element) + arr->element_size;
     return next == arr->Slot(arr->count) ? nullptr : next;
 }
 
-// The runtime library's sort is undefined for a null comparison, so that is turned away.
+// qsort is undefined for a null comparison, so that is ignored.
 void farr_sort(farr* arr, int (*compare)(const void*, const void*)) {
     if (IsLive(arr) && compare != nullptr) std::qsort(arr->data, arr->count, arr->element_size, compare);
 }

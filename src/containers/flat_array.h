@@ -1,5 +1,5 @@
-/// A growable run of elements of one fixed size, raw bytes to it, in one heap block: the record behind the farr_
-/// functions, for the library's own use without their guard. Threads: one at a time per array.
+// The record behind the farr_ functions: a growable array of elements of one fixed size, kept as raw bytes in one heap
+// block. The library itself calls the member functions, which don't check the handle.
 
 #ifndef TESSARIN_CONTAINERS_FLAT_ARRAY_H
 #define TESSARIN_CONTAINERS_FLAT_ARRAY_H
@@ -11,7 +11,8 @@
 #include <cstddef>
 #include <cstdint>
 
-/// Invariant: count * element_size <= capacity. The fields' order is fixed; `data` is never null.
+/// Invariant: count * element_size <= capacity. The order of the fields is fixed; `data` is never null.
+/// Threads: one at a time per array.
 struct farr {
     static constexpr std::uint32_t kSignature = Tessarin::kFlatArraySignature;
     static constexpr std::uint32_t kFirstElements = 12;
@@ -22,7 +23,7 @@ struct farr {
     std::uint32_t capacity; // bytes
     std::uint32_t element_size;
     std::uint32_t threshold; // bytes
-    void* data;              // `capacity` bytes from malloc, the array's own
+    void* data;              // `capacity` bytes from malloc, owned by the array
 
     /// Null if memory runs out, if either argument is 0, or if the buffer would pass 32 bits.
     [[nodiscard]] static farr* Create(std::uint32_t element_size, std::uint32_t elements = kFirstElements);
@@ -38,17 +39,17 @@ struct farr {
 
     [[nodiscard]] std::uint32_t UsedBytes() const { return count * element_size; }
 
-    /// Appends an element with its bytes unset; null if memory runs out, the array unchanged.
+    /// Appends an element, its bytes uninitialised; null if memory runs out, the array unchanged.
     void* Push() {
-        if (NeedsCare()) [[unlikely]]
-            return PushWithCare(nullptr);
+        if (NeedsSlowPush()) [[unlikely]]
+            return PushSlowly(nullptr);
         return Slot(count++);
     }
 
     /// Appends a copy; `source` may be one of the array's own elements.
     void* PushElement(const void* source) {
-        if (NeedsCare()) [[unlikely]]
-            return PushWithCare(source);
+        if (NeedsSlowPush()) [[unlikely]]
+            return PushSlowly(source);
         return Tessarin::CopyBytes(Slot(count++), source, element_size);
     }
 
@@ -56,7 +57,7 @@ struct farr {
     /// REQUIRES, here and below: element_size == sizeof(T)
     template <class T>
     bool PushItem(T item) {
-        return TryPushItem(item) || PushWithCare(&item) != nullptr;
+        return TryPushItem(item) || PushSlowly(&item) != nullptr;
     }
 
     /// The same, but false also where the buffer would have to grow.
@@ -79,12 +80,14 @@ struct farr {
     void Adapt();
 
 private:
-    /// True if the next element doesn't fit, and always for elements of size 0, whose count could run over: the 1 makes
-    /// the left side wrap to the largest number.
-    [[nodiscard]] bool NeedsCare() const { return std::uint64_t{count} * element_size + element_size - 1 >= capacity; }
+    /// True if the next element doesn't fit, and always for elements of size 0, whose count could overflow: subtracting
+    /// 1 makes the left side wrap to the largest number.
+    [[nodiscard]] bool NeedsSlowPush() const {
+        return std::uint64_t{count} * element_size + element_size - 1 >= capacity;
+    }
 
-    [[gnu::noinline, gnu::cold]] void* PushWithCare(const void* source);
-    bool Regrow(std::uint32_t bytes);
+    [[gnu::noinline, gnu::cold]] void* PushSlowly(const void* source);
+    bool Reallocate(std::uint32_t bytes);
 };
 
 #endif

@@ -1,11 +1,15 @@
-/// Hash maps: an array of buckets, each the head of a chain of nodes from an object pool.
-///
-/// Invariants:
-/// 1. A node's key hashes to the bucket that it hangs from, and no key occurs twice.
-/// 2. Nodes never move. Growth relinks them, so that callers may keep pointers to nodes and values.
-/// 3. A node's size is a multiple of a pointer's: pool blocks lie back to back, and every node must be aligned.
-/// 4. A bucket's filter has the mark of every key in its chain; it may have others.
-/// 5. `buckets`, `filters`, `bucket_count` and `reciprocal` change together, in one place.
+// Hash maps: an array of buckets, each the head of a chain of nodes from a fixed-size pool.
+//
+//     buckets     [ chain 0 | chain 1 | ... ]     chain --> [ key | next | value ][ value's bytes ] --next--> ... -->
+//     null filters     [ 16 bits | 16 bits | ... ]     behind the buckets in one heap block
+//
+// Invariants:
+//
+//  1. A node's key hashes to the bucket whose chain it is in, and no key occurs twice.
+//  2. Nodes never move: growth relinks them. So callers may keep pointers to nodes and values.
+//  3. A node's size is a multiple of a pointer's: pool blocks lie back to back, and every node must be aligned.
+//  4. A bucket's filter has the bit of every key in its chain; it may have others.
+//  5. `buckets`, `filters`, `bucket_count` and `reciprocal` change together, in AllocateBuckets.
 
 #include "containers/hash_map.h"
 
@@ -21,8 +25,8 @@ static_assert(sizeof(hm_node) == 3 * sizeof(void*)); // the value follows direct
 
 namespace {
 
-/// A pool of nodes, or null. Small maps take small chunks.
-omem* TakePool(std::uint32_t bucket_count, std::uint32_t value_size) {
+/// A pool of nodes, or null. Small maps have small chunks.
+omem* CreatePool(std::uint32_t bucket_count, std::uint32_t value_size) {
     std::uint64_t node_size = std::uint64_t{sizeof(hm_node)} + value_size;
     node_size = (node_size + alignof(hm_node) - 1) / alignof(hm_node) * alignof(hm_node);
     if (node_size > Tessarin::kLargestSize) return nullptr;
@@ -31,30 +35,30 @@ omem* TakePool(std::uint32_t bucket_count, std::uint32_t value_size) {
 
 } // namespace
 
-/// The record, the buckets, the pool, in this order; whatever is missing, the others go back.
+/// Allocates the record, the buckets and the pool, in this order; if one can't be allocated, the others are freed.
 hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
     if (bucket_count == 0 || value_size == 0) return nullptr;
     auto* map = static_cast<hm*>(std::malloc(sizeof(hm)));
     if (map == nullptr) return nullptr;
     *map = hm{kSignature, 0, value_size, 0, nullptr, nullptr, nullptr, 0};
-    if (map->TakeBuckets(bucket_count)) map->pool = TakePool(bucket_count, value_size);
+    if (map->AllocateBuckets(bucket_count)) map->pool = CreatePool(bucket_count, value_size);
     if (map->pool != nullptr) return map;
     std::free(map->buckets);
     std::free(map);
     return nullptr;
 }
 
-/// Nodes needn't be visited: they go with the pool's chunks.
+/// Nodes needn't be visited: they are freed with the pool's chunks.
 void hm::Destroy(hm* map) {
     omem::Destroy(map->pool);
     std::free(map->buckets);
     std::free(map);
 }
 
-/// Takes empty buckets in place of those that it has, which the caller frees. False, and no change, if memory runs out
-/// or their bytes would pass 32 bits.
-bool hm::TakeBuckets(std::uint64_t number) {
-    std::uint64_t bytes = number * (sizeof(*buckets) + sizeof(*filters));
+/// Replaces the buckets by empty ones; the caller frees the old ones. False if memory runs out or their bytes would
+/// exceed 32 bits, the map then unchanged.
+bool hm::AllocateBuckets(std::uint64_t number) {
+    const std::uint64_t bytes = number * (sizeof(*buckets) + sizeof(*filters));
     if (bytes > Tessarin::kLargestSize) return false;
     void* block = std::malloc(static_cast<std::size_t>(bytes));
     if (block == nullptr) return false;
@@ -66,7 +70,7 @@ bool hm::TakeBuckets(std::uint64_t number) {
     return true;
 }
 
-/// Called for each chain of a walk through all: fetches the nodes of the chains ahead, whose order in memory is none.
+/// Called for each chain of a loop over all of them: prefetches nodes of later chains, which are in no order in memory.
 void hm::Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t number) const {
     constexpr std::uint32_t kAhead = 8;
     if (number - index <= 2 * kAhead) return;
@@ -74,12 +78,12 @@ void hm::Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t num
     if (chains[index + kAhead] != nullptr) __builtin_prefetch(chains[index + kAhead]->next);
 }
 
-/// Doubles the buckets. If memory runs out the chains just get longer. Old chains are walked from their heads and nodes
-/// hung in front of the new ones, so each chain's order is reversed.
+/// Doubles the buckets. If memory runs out the chains just get longer. Old chains are read from their heads, and each
+/// node becomes the head of its new chain, so the order of a chain is reversed.
 void hm::Grow() {
-    std::uint32_t old_number = bucket_count;
+    const std::uint32_t old_number = bucket_count;
     hm_node** old = buckets;
-    if (!TakeBuckets(std::uint64_t{old_number} * 2)) return;
+    if (!AllocateBuckets(std::uint64_t{old_number} * 2)) return;
     for (std::uint32_t i = 0; i < old_number; ++i) {
         Prefetch(old, i, old_number);
         for (hm_node* node = old[i]; node != nullptr;) {
@@ -91,22 +95,22 @@ void hm::Grow() {
     std::free(old);
 }
 
-/// Set where the buckets may have to grow or the pool may have no free node.
-std::uint32_t hm::SetWithCare(std::uintptr_t key, const void* value) {
+/// The set for a map whose buckets may have to grow or whose pool may have no free node.
+std::uint32_t hm::SetSlowly(std::uintptr_t key, const void* value) {
     if (count > bucket_count) Grow();
     if (hm_node* node = Find(key)) return Store(node, value);
     auto* node = static_cast<hm_node*>(pool->Alloc());
     return node == nullptr ? 0 : Add(node, BucketIndex(key), key, value);
 }
 
-/// Out of line, so that the copy's call needs no room on the stack of the functions that every set goes through.
+/// Out of line, so that the functions that every set goes through need no stack for the call of the copy.
 std::uint32_t hm::StoreAnySize(hm_node* node, const void* value) {
     Tessarin::CopyBytes(node + 1, value, value_size);
     return 1;
 }
 
-/// The buckets stay as many as they have become, and the pool keeps its chunks. A node's link outlives its return to
-/// the pool, which writes nothing into free blocks.
+/// The number of buckets stays, and the pool keeps its chunks. A node's `next` can be read after the node was freed, as
+/// the pool writes nothing into free blocks.
 void hm::Clear() {
     for (std::uint32_t i = 0; i < bucket_count; ++i) {
         Prefetch(buckets, i, bucket_count);
@@ -117,7 +121,7 @@ void hm::Clear() {
     count = 0;
 }
 
-/// The head of the first chain at or above a bucket. A walk costs the buckets as well as the entries.
+/// The head of the first chain from a bucket on. An iteration costs the buckets as well as the entries.
 hm_node* hm::FirstFrom(std::uint32_t bucket) const {
     for (; bucket < bucket_count; ++bucket) {
         if (buckets[bucket] != nullptr) return buckets[bucket];
@@ -163,7 +167,7 @@ hm_node* i32hm_begin(hm* map) { return IsLive(map) ? map->Begin() : nullptr; }
 
 hm_node* i32hm_next(hm* map, hm_node* node) { return IsLive(map) && node != nullptr ? map->Next(node) : nullptr; }
 
-// The other prefix names the same functions: one address each, so that a host may compare them.
+// The names with the other prefix are aliases: a function has one address under both, so that a host may compare them.
 
 hm* ptrhm_create(uint32_t bucket_count, uint32_t value_size) __attribute__((alias("i32hm_create")));
 void ptrhm_destroy(hm* map) __attribute__((alias("i32hm_destroy")));

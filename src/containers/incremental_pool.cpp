@@ -1,9 +1,12 @@
-/// Incremental pools: a chain of chunks of one size, the newest first.
-///
-/// Invariants:
-/// 1. There is always a current chunk, and used <= capacity in each.
-/// 2. Requests lie back to back, unaligned: a host that wants alignment asks for sizes that keep it.
-/// 3. Only the current chunk deals out. The rest of an older one is given up, so a request never searches.
+// Incremental pools: a bump allocator over a list of chunks of one size.
+//
+//     current --> [ header | used ... | free ... ] --next--> [ header | used ... | unused rest ] --next--> null
+//
+// Invariants:
+//
+//  1. There is always a current chunk, and used <= capacity in each chunk.
+//  2. Allocations lie back to back, unaligned: a host that needs alignment must ask for sizes that keep it.
+//  3. Only the current chunk is allocated from. The rest of an older one stays unused, so no allocation searches.
 
 #include "containers/incremental_pool.h"
 
@@ -16,9 +19,9 @@ using Tessarin::IsLive;
 static_assert(std::is_standard_layout_v<imem> && std::is_standard_layout_v<IncrementalChunk>);
 static_assert(sizeof(IncrementalChunk) == 2 * sizeof(void*) + 2 * sizeof(std::uint32_t)); // nothing before the data
 
-/// The fields come on top of the capacity, which may be the largest 32-bit number.
+/// The header is added to the capacity, which may be the largest 32-bit number.
 IncrementalChunk* IncrementalChunk::Create(std::uint32_t capacity, IncrementalChunk* next) {
-    std::uint64_t bytes = std::uint64_t{sizeof(IncrementalChunk)} + capacity;
+    const std::uint64_t bytes = std::uint64_t{sizeof(IncrementalChunk)} + capacity;
     if (bytes > SIZE_MAX) return nullptr;
     auto* chunk = static_cast<IncrementalChunk*>(std::malloc(static_cast<std::size_t>(bytes)));
     if (chunk == nullptr) return nullptr;
@@ -45,7 +48,7 @@ void imem::Destroy(imem* pool) {
     std::free(pool);
 }
 
-/// The new chunk becomes current only once it exists: without memory the old one goes on serving what it can.
+/// If memory runs out the old chunk stays current, for requests that fit its rest.
 void* imem::AllocFromNewChunk(std::uint32_t size) {
     if (size == 0 || size > chunk_size) return nullptr;
     IncrementalChunk* chunk = IncrementalChunk::Create(chunk_size, current);

@@ -1,5 +1,4 @@
-/// Runs of bytes dealt out one behind the other, taken back only all at once: the record behind the imem_ functions.
-/// Threads: one at a time per pool.
+// The record behind the imem_ functions: a bump allocator, whose memory is freed only all at once.
 
 #ifndef TESSARIN_CONTAINERS_INCREMENTAL_POOL_H
 #define TESSARIN_CONTAINERS_INCREMENTAL_POOL_H
@@ -11,11 +10,11 @@
 
 namespace Tessarin {
 
-/// Stands at the start of its malloc block; the data area follows directly behind it.
+/// The header of a chunk; the data area follows directly behind it in the same malloc block.
 struct IncrementalChunk {
-    IncrementalChunk* next; // the one made before, or null
+    IncrementalChunk* next; // the chunk made before this one, or null
     std::uint32_t capacity; // bytes of the data area
-    std::uint32_t used;     // bytes dealt out, never above capacity
+    std::uint32_t used;     // bytes allocated, never above capacity
     unsigned char* data;
 
     [[nodiscard]] static IncrementalChunk* Create(std::uint32_t capacity, IncrementalChunk* next);
@@ -23,7 +22,8 @@ struct IncrementalChunk {
 
 } // namespace Tessarin
 
-/// The fields' order is fixed. Only the newest chunk deals out: what an older one has left is given up.
+/// The order of the fields is fixed. Only the newest chunk is allocated from: what is left of an older one stays
+/// unused. Threads: one at a time per pool.
 struct imem {
     static constexpr std::uint32_t kSignature = Tessarin::kIncrementalPoolSignature;
 

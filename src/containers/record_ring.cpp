@@ -1,7 +1,7 @@
-// Where a ring's buffer is replaced. Both ways go through Straighten, which alone copies: the new ring is straight from
-// offset 0. No word changes before the new buffer is there.
+// The operations of a ring that replace its buffer: growth, and Adapt. Both use Linearise, which copies the records so
+// that they begin at offset 0. No word of the ring changes before the new buffer is allocated.
 //
-// Sizes are added in 64 bits: a ring that would have to pass 32 is refused as if memory had run out.
+// Sizes are added in 64 bits: a ring that would need more than 32 bits fails to grow as if memory had run out.
 
 #include "containers/record_ring.h"
 
@@ -14,17 +14,18 @@ namespace Tessarin {
 
 namespace {
 
-/// Rings double below this request, in bytes; arrays have a limit that is one less.
+/// Rings double below this need, in bytes; for arrays the limit is one less.
 constexpr std::uint32_t kDoublingLimit = 0x10000;
 
-/// What a ring without a buffer takes beside its first record.
+/// The bytes that a ring's first buffer has beside the first record.
 constexpr std::uint32_t kFirstSlack = 4096;
 
-/// The size of the next buffer, made from all of the old one and not from what is missing. 0 if it would pass 32 bits.
+/// The size of the next buffer. The need is all of the old buffer and the new record, whatever room the old one has
+/// left. 0 if it would exceed 32 bits.
 std::uint32_t NextCapacity(std::uint32_t capacity, std::uint32_t size) {
-    std::uint64_t request = std::uint64_t{capacity == 0 ? kFirstSlack : capacity} + size;
+    const std::uint64_t request = std::uint64_t{capacity == 0 ? kFirstSlack : capacity} + size;
     if (request > kLargestSize) return 0;
-    auto need = static_cast<std::uint32_t>(request);
+    const auto need = static_cast<std::uint32_t>(request);
     return capacity == 0 ? need : ProportionalCapacity(need, kDoublingLimit);
 }
 
@@ -34,28 +35,28 @@ static_assert(std::is_standard_layout_v<RecordRing> && sizeof(RecordRing) == 20)
 
 std::uint32_t RecordRing::UsedBytes() const { return UsedEnd() - head + (IsWrapped() ? tail : 0); }
 
-/// Puts the records into a new buffer, the oldest first. The old one is left to the caller. False if memory runs out.
+/// Copies the records to a new buffer, the oldest first. The caller frees the old one. False if memory runs out.
 /// REQUIRES: new_capacity >= UsedBytes(), and not 0
-bool RecordRing::Straighten(Bytes& bytes, std::uint32_t new_capacity) {
-    auto* straight = static_cast<Bytes>(std::malloc(new_capacity));
-    if (straight == nullptr) return false;
-    std::uint32_t used = UsedBytes();
+bool RecordRing::Linearise(Bytes& bytes, std::uint32_t new_capacity) {
+    auto* linear = static_cast<Bytes>(std::malloc(new_capacity));
+    if (linear == nullptr) return false;
+    const std::uint32_t used = UsedBytes();
     if (count != 0) {
-        std::uint32_t first_run = UsedEnd() - head;
-        std::memcpy(straight, bytes + head, first_run);
-        std::memcpy(straight + first_run, bytes, used - first_run); // nothing if it was straight
+        const std::uint32_t before_wrap = UsedEnd() - head;
+        std::memcpy(linear, bytes + head, before_wrap);
+        std::memcpy(linear + before_wrap, bytes, used - before_wrap); // 0 bytes if it was linear
     }
-    bytes = straight;
+    bytes = linear;
     capacity = new_capacity;
     head = skip = 0;
     tail = used;
     return true;
 }
 
-/// Reserve where the buffer has no room. The old buffer is not freed here, as the record to come may lie in it.
+/// Reserve for a buffer without room. The old buffer isn't freed here, as the record to be appended may be in it.
 RecordRing::Bytes RecordRing::Grow(Bytes& bytes, std::uint32_t size) {
-    std::uint32_t new_capacity = NextCapacity(capacity, size);
-    if (new_capacity == 0 || !Straighten(bytes, new_capacity)) return nullptr;
+    const std::uint32_t new_capacity = NextCapacity(capacity, size);
+    if (new_capacity == 0 || !Linearise(bytes, new_capacity)) return nullptr;
     Bytes room = bytes + tail;
     tail += size;
     ++count;
@@ -75,7 +76,7 @@ bool RecordRing::Adapt(Bytes& bytes) {
     if (count == 0) return false;
     if (UsedBytes() == capacity) return true;
     Bytes old = bytes;
-    if (!Straighten(bytes, UsedBytes())) return false;
+    if (!Linearise(bytes, UsedBytes())) return false;
     std::free(old);
     return true;
 }

@@ -1,13 +1,11 @@
-/// The first-in, first-out ring of records of any length that the command queue and the event list share.
-///
-/// A record is a run of bytes whose first word, a u32, is its size, that word included. Records lie back to back, each
-/// of them contiguous: one that would have to be split starts at offset 0, and the buffer's end stays unused until the
-/// head has gone past it.
-///
-///     straight   tail > head    . . . [head ... tail) . . .
-///     wrapped    tail <= head   [0 ... tail) . . . [head ... capacity - skip) skip
-///
-/// Threads: one at a time per ring.
+// The ring buffer of the command queue and the event list: a first-in, first-out queue of records of any length.
+//
+// The first word of a record, a u32, is its size in bytes, that word included. Records lie back to back, each of them
+// contiguous: a record that would have to be split starts at offset 0, and the buffer's end stays unused until the head
+// has passed it.
+//
+//     linear     tail > head    . . . [head ... tail) . . .
+//     wrapped    tail <= head   [0 ... tail) . . . [head ... capacity - skip) skip
 
 #ifndef TESSARIN_CONTAINERS_RECORD_RING_H
 #define TESSARIN_CONTAINERS_RECORD_RING_H
@@ -18,12 +16,13 @@
 
 namespace Tessarin {
 
-/// The five words of a ring. The pointer to its bytes stands right behind them in the record of the owner, who hands it
-/// in: as a member it would be aligned, and the words would not follow an owner's signature without a gap.
+/// The five words of a ring. The pointer to its bytes is the next field in the owner's record, and is passed to every
+/// function: as a member it would be aligned, and there would be a gap between an owner's signature and the words.
+/// Threads: one at a time per ring.
 ///
 /// Invariants:
 /// 1. Without records head, tail and skip are 0.
-/// 2. With records the ring is straight or wrapped as above; tail == head is a full ring. skip is 0 unless wrapped.
+/// 2. With records the ring is linear or wrapped as above; tail == head is a full ring. skip is 0 unless wrapped.
 /// 3. head < capacity and tail <= capacity, whatever the first words of the records say.
 /// 4. The buffer has `capacity` bytes from malloc, and is null if that is 0.
 struct RecordRing {
@@ -45,10 +44,10 @@ struct RecordRing {
 
     [[nodiscard]] Bytes Front(Bytes bytes) const { return count == 0 ? nullptr : bytes + head; }
 
-    /// Room for one more record, its bytes unset. Null if memory runs out, the ring unchanged.
-    /// REQUIRES: size > 0; the record's first word equals `size` before Pop gets to it
+    /// Appends a record, its bytes uninitialised. Null if memory runs out, the ring unchanged.
+    /// REQUIRES: size > 0; the record's first word equals `size` before Pop reaches it
     Bytes Reserve(Bytes& bytes, std::uint32_t size) {
-        if (std::uint32_t offset; TakeRoom(size, offset)) [[likely]]
+        if (std::uint32_t offset; TryAppend(size, offset)) [[likely]]
             return bytes + offset;
         Bytes old = bytes;
         Bytes room = Grow(bytes, size);
@@ -56,21 +55,21 @@ struct RecordRing {
         return room;
     }
 
-    /// Appends a copy; the source may be one of the ring's own records, or one that has just been popped.
-    /// REQUIRES: size > 0, the source's first word
+    /// Appends a copy; the source may be one of the ring's own records, or one that was just popped.
+    /// REQUIRES: size > 0, and the source's first word equals `size`
     Bytes Push(Bytes& bytes, const void* source, std::uint32_t size) {
-        if (std::uint32_t offset; TakeRoom(size, offset)) [[likely]]
+        if (std::uint32_t offset; TryAppend(size, offset)) [[likely]]
             return static_cast<Bytes>(std::memmove(bytes + offset, source, size));
         return GrowAndPush(bytes, source, size);
     }
 
-    /// Removes the oldest record, if there is one. A first word that points out of the used bytes empties the ring:
-    /// nothing behind such a record can be found.
+    /// Removes the oldest record, if there is one. If its first word points beyond the used bytes, the ring is emptied:
+    /// no record behind such a one can be found.
     void Pop(Bytes bytes) {
         if (count <= 1) return Clear();
-        std::uint32_t end = UsedEnd();
-        // With other records behind it, only damage brings a record this close to the end.
-        std::uint32_t size = end - head < sizeof size ? UINT32_MAX : FirstWord(bytes + head);
+        const std::uint32_t end = UsedEnd();
+        // With other records behind it, a record this close to the end has been damaged.
+        const std::uint32_t size = end - head < sizeof size ? UINT32_MAX : FirstWord(bytes + head);
         if (size < end - head) [[likely]] {
             head += size;
             --count;
@@ -82,20 +81,20 @@ struct RecordRing {
         }
     }
 
-    /// Straightens the records into a buffer of exactly their size. True if it has that size, now or from the start;
+    /// Moves the records to a buffer of exactly their size. True if the buffer has that size, also if it had it before;
     /// false for a ring without records, or if memory runs out, the ring unchanged.
     bool Adapt(Bytes& bytes);
 
 private:
     [[nodiscard]] bool IsWrapped() const { return count != 0 && tail <= head; }
 
-    /// Where the run of records that begins at the head ends.
+    /// The end of the contiguous records that begin at the head.
     [[nodiscard]] std::uint32_t UsedEnd() const { return IsWrapped() ? capacity - skip : tail; }
 
-    /// Counts in a record where the buffer has room for it: at the tail, else at the start. False if it has none.
-    bool TakeRoom(std::uint32_t size, std::uint32_t& offset) {
-        bool wrapped = IsWrapped();
-        if (std::uint32_t room = (wrapped ? head : capacity) - tail; room >= size) [[likely]] {
+    /// Appends a record where the buffer has room for it: at the tail, else at offset 0. False if it has none.
+    bool TryAppend(std::uint32_t size, std::uint32_t& offset) {
+        const bool wrapped = IsWrapped();
+        if (const std::uint32_t room = (wrapped ? head : capacity) - tail; room >= size) [[likely]] {
             offset = tail;
             tail += size;
         } else if (!wrapped && head >= size) {
@@ -112,7 +111,7 @@ private:
     [[gnu::noinline, gnu::cold]] Bytes Grow(Bytes& bytes, std::uint32_t size);
     [[gnu::noinline, gnu::cold]] Bytes GrowAndPush(Bytes& bytes, const void* source, std::uint32_t size);
     [[nodiscard]] std::uint32_t UsedBytes() const;
-    bool Straighten(Bytes& bytes, std::uint32_t new_capacity);
+    bool Linearise(Bytes& bytes, std::uint32_t new_capacity);
 };
 
 } // namespace Tessarin

@@ -12,8 +12,7 @@
 //     a slot      [ tag: hash / 99991, 16 bits | address of a text, 48 bits ]      0 while it is free
 //                                                    |
 //                                                    v
-//     an arena    ... [ length, 4 bytes | text | NUL ][ length | text | NUL ] ...      1 MiB, the newest is allocated
-//     from
+//     an arena    ... [ length, 4 bytes | text | NUL ][ length | text | NUL ] ...      1 MiB, bump-allocated
 //
 // Invariants:
 //

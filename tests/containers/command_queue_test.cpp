@@ -1,4 +1,4 @@
-/// Command queues, and with them the ring below: its words after each operation, and a model at random.
+// Command queues, and with them the ring: its five words after each operation, and random operations against a model.
 
 #include "containers/command_queue.h"
 #include "tests/support/records.h"
@@ -32,20 +32,20 @@ void PushRecord(cmd* queue, const Record& record) {
     std::memcpy(room, record.data(), record.size());
 }
 
-/// Operations, each with the words that it leaves: +N pushes N bytes, - pops, c clears, a0 and a1 adapt with that
-/// answer.
-const std::pair<std::uint32_t, const char*> kCourses[] = {
+/// A capacity, then operations, each with the ring's words after it: +N pushes N bytes, - pops, c clears, a0 and a1
+/// adapt with that result.
+const std::pair<std::uint32_t, const char*> kSequences[] = {
     // A full ring, wrapped, grows.
     {16, "+8 16/1/0/8/0 +8 16/2/0/16/0 - 16/1/8/16/0 +8 16/2/8/8/0 a1 16/2/8/8/0 +8 48/3/0/24/0"},
     {16, "a0 16/0/0/0/0 +8 16/1/0/8/0 c 16/0/0/0/0 a0 16/0/0/0/0 - 16/0/0/0/0 +6 16/1/0/6/0 - 16/0/0/0/0"},
-    // The buffer's end is skipped, and used again once the head has gone past it.
+    // The buffer's end is skipped, and used again once the head has passed it.
     {16, "+6 16/1/0/6/0 +6 16/2/0/12/0 - 16/1/6/12/0 +6 16/2/6/6/4 - 16/1/0/6/0 +6 16/2/0/12/0 - 16/1/6/12/0 "
          "- 16/0/0/0/0 +16 16/1/0/16/0 +4 40/2/0/20/0"},
-    // Growth and adapting straighten a wrapped ring, and drop what was skipped.
+    // Growth and adapting make a wrapped ring linear, without the skipped end.
     {16, "+6 16/1/0/6/0 +6 16/2/0/12/0 - 16/1/6/12/0 +5 16/2/6/5/4 +4 40/3/0/15/0"},
     {16, "+6 16/1/0/6/0 +6 16/2/0/12/0 - 16/1/6/12/0 +5 16/2/6/5/4 a1 11/2/0/11/0 a1 11/2/0/11/0 +4 30/3/0/15/0 "
          "- 30/2/6/15/0 a1 9/2/0/9/0"},
-    // A wrapped ring takes what fits below its head.
+    // A wrapped ring accepts what fits below its head.
     {24, "+12 24/1/0/12/0 +12 24/2/0/24/0 - 24/1/12/24/0 +8 24/2/12/8/0 +4 24/3/12/12/0 - 24/2/0/12/0 +12 24/3/0/24/0"},
     // Doubled below a request of 64 KiB; above, one and a half times, in floats.
     {32768, "+8 32768/1/0/8/0 +32767 131070/2/0/32775/0"},
@@ -53,12 +53,12 @@ const std::pair<std::uint32_t, const char*> kCourses[] = {
     {16777219, "+4 16777219/1/0/4/0 +16777218 50331656/2/0/16777222/0"},
 };
 
-TEST(CommandQueue, KeepsItsWords) {
-    for (auto [capacity, course] : kCourses) {
-        SCOPED_TRACE(course);
+TEST(CommandQueue, RingWordsAfterEachOperation) {
+    for (const auto& [capacity, sequence] : kSequences) {
+        SCOPED_TRACE(sequence);
         cmd* queue = cmd_create(capacity);
         std::deque<Record> model;
-        std::istringstream steps(course);
+        std::istringstream steps(sequence);
         for (std::string step, words; steps >> step >> words;) {
             SCOPED_TRACE(step);
             if (step[0] == '+') {
@@ -85,21 +85,22 @@ TEST(CommandQueue, KeepsItsWords) {
 }
 
 /// Small sizes against a small ring, so that it wraps and fills often; every byte of what comes out is compared.
-TEST(CommandQueue, AgreesWithAModel) {
+TEST(CommandQueue, AgreesWithADeque) {
     std::mt19937 engine(5);
-    auto random = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(engine() % limit); };
+    const auto random = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(engine() % limit); };
     cmd* queue = cmd_create(64);
     std::deque<Record> model;
     std::size_t wrapped = 0, grown = 0, shrunk = 0;
     for (std::uint32_t step = 0; step < 100000; ++step) {
-        std::uint32_t choice = random(1000), before = cmd_capacity(queue);
+        const std::uint32_t choice = random(1000), before = cmd_capacity(queue);
         if (choice < 490 && model.size() < 200) {
             model.push_back(MakeRecord(4 + random(40), step));
             if (choice % 2 == 0)
                 PushRecord(queue, model.back());
             else
                 cmd_push_element(queue, model.back().data());
-        } else if (choice < 500 && !model.empty()) { // the queue's own, which a growth would move, or a pop has let go
+        } else if (choice < 500 &&
+                   !model.empty()) { // a record of the queue itself, which growth would move, or which was just popped
             model.push_back(model.front());
             const void* own = cmd_front(queue);
             if (choice % 2 == 0) {
@@ -149,16 +150,16 @@ TEST(CommandQueue, RefusesBadHandlesAndSizes) {
     cmd_push_element(queue, none.data());
     EXPECT_EQ(WordsOf(queue), "16/0/0/0/0");
     PushRecord(queue, record);
-    EXPECT_EQ(cmd_push(queue, UINT32_MAX), nullptr); // 15 in 32 bits, which would do
+    EXPECT_EQ(cmd_push(queue, UINT32_MAX), nullptr); // 15 in 32 bits, which would fit
     EXPECT_EQ(cmd_push(queue, UINT32_MAX - 15), nullptr);
     EXPECT_EQ(WordsOf(queue), "16/1/0/8/0");
     cmd_destroy(queue);
 }
 
-/// Straight and wrapped; the sanitizers see a read outside the buffer.
+/// Linear and wrapped; the sanitizers see a read outside the buffer.
 TEST(CommandQueue, SurvivesADamagedSize) {
-    for (bool wrapped : {false, true}) {
-        for (std::uint32_t damaged : {0U, 5U, 9U, 14U, 16U, 17U, 22U, 4000U, UINT32_MAX}) {
+    for (const bool wrapped : {false, true}) {
+        for (const std::uint32_t damaged : {0U, 5U, 9U, 14U, 16U, 17U, 22U, 4000U, UINT32_MAX}) {
             cmd* queue = cmd_create(24);
             for (int i = 0; i < 3; ++i) PushRecord(queue, MakeRecord(8));
             if (wrapped) {

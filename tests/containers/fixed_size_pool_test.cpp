@@ -1,4 +1,4 @@
-/// Object pools: the order in which blocks are dealt out, the count at the end, and memory that runs out.
+// Fixed-size pools (omem_): the order of allocation, the count of unfreed blocks, and failing allocations.
 
 #include "containers/fixed_size_pool.h"
 #include "tessarin/containers.h"
@@ -17,16 +17,16 @@ namespace {
 using TestSupport::FailEachAllocation;
 using TestSupport::FailingHeap;
 
-std::vector<char*> TakeBlocks(omem* pool, int number) {
+std::vector<char*> AllocateBlocks(omem* pool, int number) {
     std::vector<char*> blocks(static_cast<std::size_t>(number));
     for (char*& block : blocks) block = static_cast<char*>(omem_alloc(pool));
     return blocks;
 }
 
-TEST(ObjectPool, DealsChunksOutFromTheTop) {
+TEST(FixedSizePool, AllocatesEachChunkFromTheTop) {
     omem* pool = omem_create(5, 4); // no stride is ever rounded
-    std::vector<char*> blocks = TakeBlocks(pool, 8);
-    for (std::size_t chunk : {0U, 4U}) {
+    std::vector<char*> blocks = AllocateBlocks(pool, 8);
+    for (const std::size_t chunk : {0U, 4U}) {
         const char* lowest = blocks[chunk + 3];
         for (std::size_t i = 0; i < 4; ++i) EXPECT_EQ(blocks[chunk + i], lowest + (3 - i) * 5);
     }
@@ -38,48 +38,48 @@ TEST(ObjectPool, DealsChunksOutFromTheTop) {
     EXPECT_EQ(omem_destroy(pool), 8);
 }
 
-TEST(ObjectPool, CountsWhatIsOut) {
+TEST(FixedSizePool, CountsUnfreedBlocks) {
     struct Case {
-        int taken;
-        std::size_t given_back;
-        std::int32_t out;
+        int allocated;
+        std::size_t freed;
+        std::int32_t unfreed;
     };
     for (const Case& c : {Case{0, 0, 0}, Case{8, 3, 5}, Case{5, 5, 0}, Case{4, 0, 4}}) {
         omem* pool = omem_create(16, 4);
-        std::vector<char*> blocks = TakeBlocks(pool, c.taken);
-        for (std::size_t i = 0; i < c.given_back; ++i) omem_free(pool, blocks[i]);
-        EXPECT_EQ(omem_destroy(pool), c.out);
+        std::vector<char*> blocks = AllocateBlocks(pool, c.allocated);
+        for (std::size_t i = 0; i < c.freed; ++i) omem_free(pool, blocks[i]);
+        EXPECT_EQ(omem_destroy(pool), c.unfreed);
     }
 }
 
-TEST(ObjectPool, ClearingFreesEveryBlockOfEveryChunk) {
+TEST(FixedSizePool, ClearingFreesEveryBlockOfEveryChunk) {
     omem* pool = omem_create(16, 4);
-    std::vector<char*> blocks = TakeBlocks(pool, 9); // three chunks
+    std::vector<char*> blocks = AllocateBlocks(pool, 9); // three chunks
     omem_free(pool, blocks[0]);
     omem_clear(pool);
     EXPECT_EQ(pool->free_list->count, 12U);
     EXPECT_EQ(omem_alloc(pool), blocks[8]);
-    std::vector<char*> others = TakeBlocks(pool, 11);
+    std::vector<char*> others = AllocateBlocks(pool, 11);
     EXPECT_EQ(others[10], blocks[3]); // the first chunk's lowest comes last
     EXPECT_EQ(std::set<char*>(others.begin(), others.end()).size(), 11U);
     EXPECT_EQ(omem_destroy(pool), 12);
 }
 
-TEST(ObjectPool, ItsListsGrowByTheirOwnThresholds) {
+TEST(FixedSizePool, ListsHaveTheirOwnThresholds) {
     omem* pool = omem_create(16, 100);
     EXPECT_EQ(farr_threshold(pool->chunks), 64U);
     EXPECT_EQ(farr_threshold(pool->free_list), 3200U);
     omem_destroy(pool);
-    // Freed in one go, so that the list passes the size from which the heap moves it.
+    // All are freed, so that the list exceeds the size from which it grows by realloc.
     pool = omem_create(8, 64);
-    std::vector<char*> blocks = TakeBlocks(pool, 40000);
+    std::vector<char*> blocks = AllocateBlocks(pool, 40000);
     for (char* block : blocks) omem_free(pool, block);
     std::reverse(blocks.begin(), blocks.end());
     for (char* block : blocks) ASSERT_EQ(omem_alloc(pool), block);
     EXPECT_EQ(omem_destroy(pool), 40000);
 }
 
-TEST(ObjectPool, RefusesWhatItCannotHold) {
+TEST(FixedSizePool, RefusesBadSizesAndHandles) {
     EXPECT_EQ(omem_create(0, 8), nullptr);
     EXPECT_EQ(omem_create(8, 0), nullptr);
     EXPECT_EQ(omem_create(0x10000, 0x10000), nullptr); // 4 GiB, which would be 0 in 32 bits
@@ -95,41 +95,41 @@ TEST(ObjectPool, RefusesWhatItCannotHold) {
     EXPECT_EQ(foreign, before);
 }
 
-TEST(ObjectPool, LosesNothingWhenMemoryRunsOut) {
+TEST(FixedSizePool, EveryAllocationMayFail) {
     constexpr std::uint32_t kBlocks = 3;
-    constexpr int kTaken = 90; // enough chunks for their list to grow, and enough blocks for theirs when freed
-    std::size_t failures = FailEachAllocation([](FailingHeap& heap) {
+    constexpr int kAllocated = 90; // enough for the list of chunks to grow, and for the list of free blocks
+    const std::size_t failures = FailEachAllocation([](FailingHeap& heap) {
         omem* pool = omem_create(8, kBlocks);
-        void* blocks[kTaken] = {};
+        void* blocks[kAllocated] = {};
         for (void*& block : blocks) block = omem_alloc(pool);
-        EXPECT_LE(std::count(std::begin(blocks), std::end(blocks), nullptr), pool == nullptr ? kTaken : 1);
+        EXPECT_LE(std::count(std::begin(blocks), std::end(blocks), nullptr), pool == nullptr ? kAllocated : 1);
         for (void* block : blocks) omem_free(pool, block);
-        omem_clear(pool); // blocks that were lost come back
-        EXPECT_TRUE(pool == nullptr || pool->free_list->count >= kTaken - kBlocks);
+        omem_clear(pool); // blocks that the list had no room for are free again
+        EXPECT_TRUE(pool == nullptr || pool->free_list->count >= kAllocated - kBlocks);
         EXPECT_EQ(omem_destroy(pool), 0);
         EXPECT_TRUE(pool != nullptr || heap.Failed());
         EXPECT_EQ(heap.Outstanding(), 0);
     });
-    EXPECT_GT(failures, 6U + kTaken / kBlocks);
+    EXPECT_GT(failures, 6U + kAllocated / kBlocks);
 }
 
-TEST(ObjectPool, ListsAChunkLaterThatFoundNoRoom) {
+TEST(FixedSizePool, ListsAChunkLaterIfItsListIsFull) {
     omem* pool = omem_create(8, 1);
-    TakeBlocks(pool, 12); // the list of chunks is full
+    AllocateBlocks(pool, 12); // the list of chunks is full
     {
-        FailingHeap heap(1); // the thirteenth chunk is made, its list entry isn't
+        const FailingHeap heap(1); // the thirteenth chunk is made, its list entry isn't
         EXPECT_NE(omem_alloc(pool), nullptr);
         EXPECT_TRUE(heap.Failed());
     }
     EXPECT_EQ(pool->chunks->count, 12U);
     {
-        FailingHeap heap(0); // while one waits, no other is made
+        const FailingHeap heap(0); // while one waits, no other is allocated
         EXPECT_EQ(omem_alloc(pool), nullptr);
         EXPECT_EQ(heap.Allocations(), 1U);
     }
     omem_clear(pool);
     EXPECT_EQ(pool->free_list->count, 13U);
-    TakeBlocks(pool, 14);
+    AllocateBlocks(pool, 14);
     EXPECT_EQ(pool->chunks->count, 14U);
     EXPECT_EQ(omem_destroy(pool), 14);
 }

@@ -1,4 +1,4 @@
-/// Flat arrays: the growth numbers, every operation against a plain vector, and refusals.
+// Flat arrays: capacities after growth, random operations against a vector, and refusals.
 
 #include "containers/growth.h"
 #include "tessarin/containers.h"
@@ -15,7 +15,7 @@
 namespace {
 
 int CompareIntegers(const void* left, const void* right) {
-    int a = *static_cast<const int*>(left), b = *static_cast<const int*>(right);
+    const int a = *static_cast<const int*>(left), b = *static_cast<const int*>(right);
     return (a > b) - (a < b);
 }
 
@@ -33,7 +33,7 @@ std::vector<int> ItemsOf(farr* arr) {
     return items;
 }
 
-TEST(FlatArray, BeginsEmptyOrNotAtAll) {
+TEST(FlatArray, Creation) {
     farr* arr = farr_create(4);
     EXPECT_EQ(farr_capacity(arr), 48U);
     EXPECT_EQ(farr_threshold(arr), 8388608U);
@@ -88,7 +88,7 @@ TEST(FlatArray, GrowsByItsRule) {
     }
 }
 
-TEST(FlatArray, SlackNeverPasses32Bits) {
+TEST(FlatArray, CapacitiesNeverExceed32Bits) {
     using Tessarin::ProportionalCapacity;
     using Tessarin::ThresholdCapacity;
     EXPECT_EQ(ThresholdCapacity(0xFFFFFF00, 0x800000, 0xFFFF), UINT32_MAX);
@@ -99,11 +99,11 @@ TEST(FlatArray, SlackNeverPasses32Bits) {
     EXPECT_EQ(ProportionalCapacity(11184813, 0xFFFF), 16777220U); // 16777219.5 has no 32-bit float either
 }
 
-/// An array and a vector of elements, changed alike.
-struct Twins {
+/// An array and a vector of elements, to which the same operations are applied.
+struct ArrayAndVector {
     using Element = std::vector<unsigned char>;
 
-    explicit Twins(std::uint32_t element_size) : size(element_size), arr(farr_create(element_size)) {}
+    explicit ArrayAndVector(std::uint32_t element_size) : size(element_size), arr(farr_create(element_size)) {}
 
     void Step(std::mt19937& random) {
         auto index = static_cast<std::uint32_t>(random() % (items.size() + 2));
@@ -145,7 +145,7 @@ struct Twins {
         if (own != nullptr) items.push_back(Element(items[index]));
     }
 
-    /// The fast erase has swapped the vector's element to the end, where the array's erased place is filled from.
+    /// For the fast erase the vector's element was swapped to the end before, as the array moves its last element.
     void Remove(std::uint32_t index, void (*erase)(farr*, std::uint32_t)) {
         erase(arr, index);
         if (index >= items.size()) return;
@@ -173,21 +173,21 @@ struct Twins {
     std::vector<Element> items;
 };
 
-TEST(FlatArray, HoldsWhatAVectorWouldHold) {
-    for (std::uint32_t element_size : {1U, 3U, 4U, 8U, 16U, 40U}) {
+TEST(FlatArray, AgreesWithAVector) {
+    for (const std::uint32_t element_size : {1U, 3U, 4U, 8U, 16U, 40U}) {
         SCOPED_TRACE(element_size);
         std::mt19937 random(element_size);
-        Twins twins(element_size);
+        ArrayAndVector both(element_size);
         for (int step = 0; step < 1500; ++step) {
-            twins.Step(random);
-            ASSERT_NO_FATAL_FAILURE(twins.Compare());
+            both.Step(random);
+            ASSERT_NO_FATAL_FAILURE(both.Compare());
         }
-        farr_destroy(twins.arr);
+        farr_destroy(both.arr);
     }
 }
 
-TEST(FlatArray, PushesAnElementOfItsOwnWhileItMoves) {
-    for (std::uint32_t elements : {12U, 20000U}) { // a copied buffer, and one that the heap moves
+TEST(FlatArray, PushesAnElementOfItsOwnWhileItGrows) {
+    for (const std::uint32_t elements : {12U, 20000U}) { // a buffer that is copied, and one that grows by realloc
         farr* arr = farr_create_capacity(16, elements);
         farr_resize(arr, elements, 1);
         std::memset(farr_at(arr, elements - 1), 0x5A, 16);
@@ -258,7 +258,7 @@ TEST(FlatArray, SortsARange) {
     }
 }
 
-TEST(FlatArray, GivesBackWhatALargeBufferHasTooMuch) {
+TEST(FlatArray, AdaptShrinksALargeBuffer) {
     farr* arr = farr_create(4);
     farr_resize(arr, 100000, 1);
     const int value = 7;
@@ -270,7 +270,7 @@ TEST(FlatArray, GivesBackWhatALargeBufferHasTooMuch) {
     farr_destroy(arr);
 }
 
-TEST(FlatArray, WorksWithoutBytes) {
+TEST(FlatArray, EmptyBuffersAndElementsOfSizeZero) {
     farr* arr = farr_create(4);
     farr_adapt(arr);
     EXPECT_EQ(farr_capacity(arr), 0U);
@@ -284,12 +284,12 @@ TEST(FlatArray, WorksWithoutBytes) {
     EXPECT_EQ(farr_push(arr), first);
     farr_resize(arr, UINT32_MAX, 1);
     EXPECT_EQ(farr_count(arr), UINT32_MAX);
-    EXPECT_EQ(farr_push(arr), nullptr); // the count has no room
+    EXPECT_EQ(farr_push(arr), nullptr); // the count can't grow
     EXPECT_EQ(farr_count(arr), UINT32_MAX);
     farr_destroy(arr);
 }
 
-TEST(FlatArray, LeavesBadHandlesAlone) {
+TEST(FlatArray, IgnoresBadHandlesAndNullElements) {
     std::array<std::uint32_t, 8> foreign = {20, 1, 2, 3, 4, 5, 6, 7};
     const auto before = foreign;
     int item = 1;

@@ -1,5 +1,4 @@
-/// Hash maps: contents and order against a model that follows the rules word by word, refusals, and memory that runs
-/// out.
+// Hash maps: content and order of iteration against a model of the same rules, refusals, and failing allocations.
 
 #include "containers/hash_map.h"
 #include "tessarin/containers.h"
@@ -30,7 +29,7 @@ Keys KeysInOrder(hm* map) {
 
 std::uint32_t Set(hm* map, std::uintptr_t key, std::uint32_t value) { return i32hm_set(map, key, &value); }
 
-/// Keys that share no bucket for the bits that don't count.
+/// Keys that differ in bits that the hash doesn't ignore.
 std::uintptr_t KeyOf(std::uint32_t number) { return std::uintptr_t{number} * 8; }
 
 std::uint32_t ValueAt(const void* place) {
@@ -39,10 +38,10 @@ std::uint32_t ValueAt(const void* place) {
     return value;
 }
 
-/// The buckets and their chains, with a plain remainder and nothing shared with the map's own code.
-class Model {
+/// Buckets and chains by the same rules, without any of the map's code.
+class MapModel {
 public:
-    explicit Model(std::uint32_t bucket_count) : chains_(bucket_count) {}
+    explicit MapModel(std::uint32_t bucket_count) : chains_(bucket_count) {}
 
     void Set(std::uint32_t key, std::uint32_t value) {
         if (values_.size() > chains_.size()) Double();
@@ -71,7 +70,7 @@ public:
 
 private:
     std::deque<std::uint32_t>& Chain(std::uint32_t key) {
-        std::uint32_t hash = (key >> 3) * 0x9E3779B1U;
+        const std::uint32_t hash = (key >> 3) * 0x9E3779B1U;
         return chains_[hash % chains_.size()];
     }
 
@@ -79,7 +78,7 @@ private:
         auto old = std::move(chains_);
         chains_.assign(old.size() * 2, {});
         for (const auto& chain : old) {
-            for (std::uint32_t key : chain) Chain(key).push_front(key);
+            for (const std::uint32_t key : chain) Chain(key).push_front(key);
         }
     }
 
@@ -87,7 +86,7 @@ private:
     std::unordered_map<std::uint32_t, std::uint32_t> values_;
 };
 
-void ExpectAlike(hm* map, const Model& model) {
+void ExpectAlike(hm* map, const MapModel& model) {
     ASSERT_EQ(KeysInOrder(map), model.InOrder());
     ASSERT_EQ(i32hm_empty(map), model.Values().empty() ? 1U : 0U);
     for (const auto& [key, value] : model.Values()) {
@@ -97,14 +96,14 @@ void ExpectAlike(hm* map, const Model& model) {
     }
 }
 
-TEST(HashMap, HoldsWhatItsRulesSayInTheirOrder) {
-    for (std::uint32_t bucket_count : {1U, 3U, 20U, 64U, 99991U}) {
-        for (std::uint32_t key_mask : {0x7FU, 0x3FFU, 0xFFFFFFFFU}) {
+TEST(HashMap, AgreesWithAModelInContentAndOrder) {
+    for (const std::uint32_t bucket_count : {1U, 3U, 20U, 64U, 99991U}) {
+        for (const std::uint32_t key_mask : {0x7FU, 0x3FFU, 0xFFFFFFFFU}) {
             SCOPED_TRACE(bucket_count);
             SCOPED_TRACE(key_mask);
             std::mt19937 random(bucket_count + key_mask);
             hm* map = i32hm_create(bucket_count, 4);
-            Model model(bucket_count);
+            MapModel model(bucket_count);
             for (std::uint32_t step = 0; step < 3000; ++step) {
                 auto key = static_cast<std::uint32_t>(random()) & key_mask;
                 if (random() % 3 == 0) {
@@ -143,17 +142,17 @@ TEST(HashMap, NodesStayWhereTheyAre) {
         ASSERT_EQ(ValueAt(i32hm_ptr2value(nodes[i])), i + 1);
     }
     EXPECT_EQ(map->count, 1000U);
-    hm_node copy = *nodes[7]; // found by its key, not by its address
+    hm_node copy = *nodes[7]; // the entry is found by the key, not by the address
     i32hm_erase_ptr(map, &copy);
     EXPECT_EQ(i32hm_find(map, KeyOf(7)), nullptr);
     EXPECT_EQ(map->count, 999U);
-    Set(map, 1, 1); // the block given back last is the next one
+    Set(map, 1, 1); // the block freed last is allocated next
     EXPECT_EQ(i32hm_find(map, 1), nodes[7]);
     i32hm_destroy(map);
 }
 
-TEST(HashMap, KeepsValuesOfAnySizeApartAndAligned) {
-    for (std::uint32_t size : {1U, 2U, 4U, 5U, 8U, 12U, 16U, 100U}) {
+TEST(HashMap, ValuesOfAnySizeAreSeparateAndAligned) {
+    for (const std::uint32_t size : {1U, 2U, 4U, 5U, 8U, 12U, 16U, 100U}) {
         SCOPED_TRACE(size);
         hm* map = i32hm_create(4, size);
         std::vector<unsigned char> value(size);
@@ -173,9 +172,9 @@ TEST(HashMap, KeepsValuesOfAnySizeApartAndAligned) {
     }
 }
 
-TEST(HashMap, TellsWideKeysApart) {
+TEST(HashMap, WideKeysGetDifferentBuckets) {
     if constexpr (sizeof(std::uintptr_t) > 4) {
-        for (std::uint32_t bucket_count : {16U, 128U, 1024U, 99991U}) {
+        for (const std::uint32_t bucket_count : {16U, 128U, 1024U, 99991U}) {
             hm* map = i32hm_create(bucket_count, 4);
             for (std::uint32_t i = 0; i < 4; ++i) Set(map, 0x7F0012345670U + (std::uintptr_t{i} << 32), i);
             for (std::uint32_t i = 0; i < 4; ++i) {
@@ -190,7 +189,7 @@ TEST(HashMap, TellsWideKeysApart) {
     }
 }
 
-TEST(HashMap, RefusesWhatItCannotHold) {
+TEST(HashMap, RefusesBadSizesAndHandles) {
     EXPECT_EQ(i32hm_create(0, 4), nullptr);
     EXPECT_EQ(i32hm_create(4, 0), nullptr);
     EXPECT_EQ(i32hm_create(UINT32_MAX, 4), nullptr);
@@ -220,7 +219,7 @@ TEST(HashMap, RefusesWhatItCannotHold) {
     i32hm_destroy(map);
 }
 
-TEST(HashMap, HasEachFunctionOnceUnderTwoNames) {
+TEST(HashMap, BothPrefixesNameTheSameFunctions) {
     // Through volatile pointers: a compiler takes differently named functions to be different without looking.
     using Function = void (*volatile)();
     auto same = [](auto* integer_name, auto* pointer_name) {
@@ -237,9 +236,9 @@ TEST(HashMap, HasEachFunctionOnceUnderTwoNames) {
     EXPECT_FALSE(same(i32hm_get, ptrhm_find));
 }
 
-TEST(HashMap, WorksOnWhenMemoryRunsOut) {
+TEST(HashMap, EveryAllocationMayFail) {
     constexpr std::uint32_t kKeys = 100;
-    std::size_t failures = FailEachAllocation([](FailingHeap& heap) {
+    const std::size_t failures = FailEachAllocation([](FailingHeap& heap) {
         hm* map = i32hm_create(2, 4);
         bool set[kKeys] = {};
         for (std::uint32_t key = 0; map != nullptr && key < kKeys; ++key) set[key] = Set(map, KeyOf(key), key) == 1;
@@ -248,7 +247,8 @@ TEST(HashMap, WorksOnWhenMemoryRunsOut) {
             EXPECT_TRUE(set[key] ? place != nullptr && ValueAt(place) == key : place == nullptr && heap.Failed());
         }
         EXPECT_TRUE(map == nullptr || map->count >= kKeys - 1);
-        for (std::uint32_t key = 0; key < kKeys; ++key) i32hm_erase_key(map, KeyOf(key)); // no room in the pool's list
+        for (std::uint32_t key = 0; key < kKeys; ++key)
+            i32hm_erase_key(map, KeyOf(key)); // the pool's list of free blocks may not grow
         EXPECT_EQ(i32hm_empty(map), 1U);
         i32hm_destroy(map);
         EXPECT_TRUE(map != nullptr || heap.Failed());
@@ -259,7 +259,7 @@ TEST(HashMap, WorksOnWhenMemoryRunsOut) {
     hm* map = i32hm_create(40, 4); // 21 nodes to a chunk
     for (std::uint32_t key = 0; key < 21; ++key) Set(map, KeyOf(key), key);
     {
-        FailingHeap heap(0);
+        const FailingHeap heap(0);
         EXPECT_EQ(Set(map, 1000, 1), 0U);
         EXPECT_TRUE(heap.Failed());
         EXPECT_EQ(Set(map, 8, 77), 1U); // needs no node

@@ -9,8 +9,7 @@
 //     the body would need for them.
 //  2. Every byte is read through a Cursor, which can't leave the file.
 //  3. A table's record has exactly its number of nodes and of keys, and a node's children are in the same table. So
-//  each
-//     node but the root has one parent, which comes before it, and each key has a Unit.
+//     each node but the root has one parent, which comes before it, and each key has a Unit.
 //  4. The path to a node spells the key that ends there, so keys can be found by their texts and the trie isn't kept.
 //  5. Tables are assigned to Units in table order. An array's number must be the next one in array order. So each table
 //     and each array but the root has one parent that comes before it: the result is a tree, however deep.
