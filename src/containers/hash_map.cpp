@@ -9,7 +9,7 @@
 //  2. Nodes never move: growth relinks them. So callers may keep pointers to nodes and values.
 //  3. A node's size is a multiple of a pointer's: pool blocks lie back to back, and every node must be aligned.
 //  4. A bucket's filter has the bit of every key in its chain; it may have others.
-//  5. `buckets`, `filters`, `bucket_count` and `reciprocal` change together, in AllocateBuckets.
+//  5. `buckets`, `filters` and `bucket_count` change together, in AllocateBuckets.
 
 #include "containers/hash_map.h"
 
@@ -40,7 +40,7 @@ hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
     if (bucket_count == 0 || value_size == 0) return nullptr;
     auto* map = static_cast<hm*>(std::malloc(sizeof(hm)));
     if (map == nullptr) return nullptr;
-    *map = hm{kSignature, 0, value_size, 0, nullptr, nullptr, nullptr, 0};
+    *map = hm{kSignature, 0, value_size, 0, nullptr, nullptr, nullptr};
     if (map->AllocateBuckets(bucket_count)) map->pool = CreatePool(bucket_count, value_size);
     if (map->pool != nullptr) return map;
     std::free(map->buckets);
@@ -66,7 +66,6 @@ bool hm::AllocateBuckets(std::uint64_t number) {
     buckets = static_cast<hm_node**>(block);
     filters = reinterpret_cast<std::uint16_t*>(buckets + number);
     bucket_count = static_cast<std::uint32_t>(number);
-    reciprocal = UINT64_MAX / bucket_count + 1; // 0 for one bucket, which gives the remainder 0 as it should
     return true;
 }
 

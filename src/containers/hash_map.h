@@ -29,7 +29,6 @@ struct hm {
     omem* pool;
     hm_node** buckets;
     std::uint16_t* filters; // one per bucket, in the same heap block: the filter bits of the keys in its chain, or more
-    std::uint64_t reciprocal; // of bucket_count
 
     /// Null if memory runs out, if either argument is 0, or if a size would pass 32 bits.
     [[nodiscard]] static hm* Create(std::uint32_t bucket_count, std::uint32_t value_size);
@@ -83,18 +82,7 @@ private:
         return (low >> 3) * 0x9E3779B1U + high * 0x85EBCA6BU;
     }
 
-    /// Hash(key) % bucket_count, by two multiplications where the compiler has a product wide enough, a division being
-    /// several times as slow. The product with the reciprocal is the quotient's fraction, in units of 2^-64; that times
-    /// the count is the remainder, exact for any two 32-bit numbers.
-    [[nodiscard]] std::uint32_t BucketIndex(std::uintptr_t key) const {
-#if defined(__SIZEOF_INT128__)
-        __extension__ using Product = unsigned __int128;
-        const std::uint64_t fraction = reciprocal * Hash(key);
-        return static_cast<std::uint32_t>((Product{fraction} * bucket_count) >> 64);
-#else
-        return Hash(key) % bucket_count;
-#endif
-    }
+    [[nodiscard]] std::uint32_t BucketIndex(std::uintptr_t key) const { return Hash(key) % bucket_count; }
 
     /// One bit of sixteen, chosen by other bits of the key than the bucket. A chain whose filter lacks the bit doesn't
     /// have the key, so most lookups of absent keys read no node. Nodes are far apart in memory: without filters a
