@@ -98,6 +98,8 @@ private:
     bool ReadEntry(std::uint32_t word, BinTable::Unit& unit);
     bool ReadArray(BinArray& array);
     [[nodiscard]] bool PathSpells(std::uint32_t node, cstr key) const;
+    template <class Objects>
+    auto* AssignNext(Objects& objects, std::uint32_t& assigned, Kind kind, cstr name);
     template <class Unit>
     bool SetValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit);
 
@@ -239,33 +241,35 @@ bool BinaryLoader::ReadArray(BinArray& array) {
     return true;
 }
 
+/// Names the next of all tables or of all arrays, and appends it to the containers.
+/// REQUIRES: `assigned`, the number of those assigned so far, is below their count
+template <class Objects>
+auto* BinaryLoader::AssignNext(Objects& objects, std::uint32_t& assigned, Kind kind, cstr name) {
+    kinds_[tables_assigned_ + arrays_assigned_] = kind;
+    auto& object = objects[assigned++];
+    object.name = name;
+    return &object;
+}
+
+/// Fails if there is no such text, table or array, or if `type` isn't exactly one of the three.
 /// A table's number in the file isn't used: the order determines which table comes next.
 template <class Unit>
 bool BinaryLoader::SetValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit) {
-    const std::uint32_t assigned = tables_assigned_ + arrays_assigned_;
     switch (type) {
     case kScalarBit >> kValueShift:
         unit.kind = KIND_STRING;
         unit.value.text = strings_.At(value);
         return unit.value.text != nullptr;
-    case kTableBit >> kValueShift: {
+    case kTableBit >> kValueShift:
         if (tables_assigned_ == header_.table_count) return false;
-        BinTable& table = tree_.tables[tables_assigned_++];
-        table.name = name;
         unit.kind = KIND_TABLE;
-        unit.value.table = &table;
-        kinds_[assigned] = kTable;
+        unit.value.table = AssignNext(tree_.tables, tables_assigned_, kTable, name);
         return true;
-    }
-    case kArrayBit >> kValueShift: {
+    case kArrayBit >> kValueShift:
         if (arrays_assigned_ == header_.array_count || value != arrays_assigned_) return false;
-        BinArray& array = tree_.arrays[arrays_assigned_++];
-        array.name = name;
         unit.kind = KIND_ARRAY;
-        unit.value.array = &array;
-        kinds_[assigned] = kArray;
+        unit.value.array = AssignNext(tree_.arrays, arrays_assigned_, kArray, name);
         return true;
-    }
     default:
         return false;
     }
