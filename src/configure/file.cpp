@@ -6,48 +6,22 @@
 #include "configure/binary/format.h"
 #include "configure/binary/loader.h"
 #include "configure/binary/writer.h"
+#include "configure/text/characters.h"
 #include "configure/text/edit_loader.h"
 #include "configure/text/read_loader.h"
 #include "configure/text/writer.h"
 #include "files/file_io.h"
+#include "files/whole_file.h"
 #include "strings/normal_forms.h"
 #include "strings/string_table.h"
 
-#include <cstdlib>
 #include <new>
 
 namespace Configure {
 namespace {
 
-/// A file's bytes, with the text form's end mark behind them; null if they can't be had.
-struct FileBytes {
-    char* bytes = nullptr;
-    std::uint32_t size = 0;
-
-    ~FileBytes() { std::free(bytes); }
-
-    bool Read(::IFileIO& fileio, const char* path) {
-        void* handle = fileio.Open(path, 0);
-        if (handle == nullptr) return false;
-        const bool read = ReadFrom(fileio, handle);
-        fileio.Close(handle);
-        return read;
-    }
-
-private:
-    bool ReadFrom(::IFileIO& fileio, void* handle) {
-        const std::int32_t measured = fileio.GetSize(handle);
-        if (measured < 0) return false;
-        size = static_cast<std::uint32_t>(measured);
-        bytes = static_cast<char*>(std::malloc(std::size_t{size} + 1));
-        if (bytes == nullptr || fileio.Read(handle, bytes, size + 1, size) != size) return false;
-        bytes[size] = '\xFF';
-        return true;
-    }
-};
-
-std::uint32_t FormatOf(const FileBytes& file) {
-    return HasBinaryHead(file.bytes, file.size) ? FORMAT_BINARY : FORMAT_TEXT;
+std::uint32_t FormatOf(const Tessarin::WholeFile& file) {
+    return HasBinaryHead(file.bytes.get(), file.size) ? FORMAT_BINARY : FORMAT_TEXT;
 }
 
 } // namespace
@@ -70,10 +44,11 @@ void File::Release() { delete this; }
 
 ITable* File::Load(const char* path, std::uint32_t access, std::uint32_t format) {
     Reset();
-    FileBytes file;
-    if (Tessarin::IsEmpty(path) || !file.Read(*fileio_, path)) return nullptr;
+    Tessarin::WholeFile file;
+    if (Tessarin::IsEmpty(path) || !file.Read(*fileio_, path, 1)) return nullptr;
+    file.bytes[file.size] = kEndMark;
     if (format == FORMAT_AUTO) format = FormatOf(file);
-    ITable* root = LoadForm(file.bytes, file.size, access, format);
+    ITable* root = LoadForm(file.bytes.get(), file.size, access, format);
     if (root == nullptr) {
         Reset();
         return nullptr;

@@ -304,7 +304,8 @@ Table* RootFromJson(char* text) {
 } // namespace Tessarin
 
 Tessarin::ITable* OpenTableFile(const char* path) {
-    return Tessarin::RootFromJson(Tessarin::ReadWholeFile(path, 1).bytes);
+    Tessarin::WholeFile file;
+    return file.Read(path, 1) ? Tessarin::RootFromJson(file.bytes.release()) : nullptr;
 }
 
 Tessarin::ITable* OpenTableBuffer(const void* data, std::uint32_t size) {

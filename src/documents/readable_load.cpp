@@ -22,7 +22,6 @@
 #include "tessarin/documents.h"
 
 #include <array>
-#include <cstdlib>
 #include <cstring>
 
 namespace Tessarin {
@@ -274,9 +273,9 @@ bool ReadReadable(Table& root, char* text, std::uint32_t size) {
 
 Tessarin::ITable* OpenTableReadableFile(const char* path) {
     using namespace Tessarin;
-    WholeFile file = ReadWholeFile(path, 2);
-    Table* table = file.bytes == nullptr ? nullptr : MakeTable();
-    bool filled = table != nullptr && ReadReadable(*table, file.bytes, file.size);
-    std::free(file.bytes);
+    WholeFile file;
+    Table* table = file.Read(path, 2) ? MakeTable() : nullptr;
+    const bool filled = table != nullptr && ReadReadable(*table, file.bytes.get(), file.size);
+    file.bytes.reset();
     return FinishRoot(table, filled);
 }

@@ -4,6 +4,7 @@
 
 #include "files/file_io.h"
 
+#include "files/open_modes.h"
 #include "files/stream.h"
 #include "platform/host_file.h"
 #include "platform/host_path.h"
@@ -13,8 +14,6 @@
 
 namespace Tessarin {
 namespace {
-
-constexpr std::int32_t kModeRead = 0, kModeWrite = 1;
 
 std::FILE* OpenToRead(const char* path, const char* mode) {
     std::FILE* stream = OpenFile(path, mode);
@@ -32,8 +31,8 @@ std::FILE* Stream(void* handle) { return static_cast<std::FILE*>(handle); }
 
 void* FileIO::Open(const char* path, std::int32_t mode) {
     if (IsEmpty(path)) return nullptr;
-    if (mode == kModeRead) return OpenToRead(path, "rb");
-    if (mode == kModeWrite) return OpenFile(path, "wb+");
+    if (mode == kOpenToRead) return OpenToRead(path, "rb");
+    if (mode == kOpenToWrite) return OpenFile(path, "wb+");
     return nullptr;
 }
 

@@ -1,36 +1,58 @@
-// The size is asked for once, and the file must give exactly that many bytes: one that shrinks meanwhile fails, and of
-// one that grows the first bytes are taken.
+// Both kinds of opened file are measured and read by the same few lines; a handle of a file service is wrapped for
+// them.
 
 #include "files/whole_file.h"
 
 #include "files/file_objects.h"
+#include "files/open_modes.h"
 
-#include <cstdlib>
 #include <cstring>
 
 namespace Tessarin {
 namespace {
 
-WholeFile ReadAll(FileReader& file, std::uint32_t spare) {
+/// An open handle of a service, with the operations of a file object.
+struct OpenedHandle {
+    ::IFileIO& service;
+    void* handle;
+
+    [[nodiscard]] std::int32_t GetSize() const { return service.GetSize(handle); }
+    std::uint32_t Read(void* buffer, std::uint32_t buffer_size, std::uint32_t count) const {
+        return service.Read(handle, buffer, buffer_size, count);
+    }
+};
+
+template <class OpenedFile>
+bool ReadAll(OpenedFile& file, std::uint32_t spare, WholeFile& whole) {
     const std::int32_t measured = file.GetSize();
-    if (measured < 0) return {nullptr, 0};
+    if (measured < 0) return false;
     const auto size = static_cast<std::uint32_t>(measured);
-    auto* bytes = static_cast<char*>(std::malloc(std::size_t{size} + spare));
-    if (bytes == nullptr) return {nullptr, 0};
-    std::memset(bytes + size, 0, spare);
-    if (file.Read(bytes, size, size) == size) return {bytes, size};
-    std::free(bytes);
-    return {nullptr, 0};
+    if (size + spare == 0) return true;
+    HeapBytes bytes(static_cast<char*>(std::malloc(std::size_t{size} + spare)));
+    if (bytes == nullptr || file.Read(bytes.get(), size + spare, size) != size) return false;
+    std::memset(bytes.get() + size, 0, spare);
+    whole.bytes = std::move(bytes);
+    whole.size = size;
+    return true;
 }
 
 } // namespace
 
-WholeFile ReadWholeFile(const char* path, std::uint32_t spare) {
+bool WholeFile::Read(const char* path, std::uint32_t spare) {
     FileReader* file = FileReader::Open(path);
-    if (file == nullptr) return {nullptr, 0};
-    const WholeFile whole = ReadAll(*file, spare);
+    if (file == nullptr) return false;
+    const bool read = ReadAll(*file, spare, *this);
     file->Release();
-    return whole;
+    return read;
+}
+
+bool WholeFile::Read(::IFileIO& service, const char* path, std::uint32_t spare) {
+    void* handle = service.Open(path, kOpenToRead);
+    if (handle == nullptr) return false;
+    OpenedHandle file{service, handle};
+    const bool read = ReadAll(file, spare, *this);
+    service.Close(handle);
+    return read;
 }
 
 } // namespace Tessarin

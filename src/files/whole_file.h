@@ -1,22 +1,40 @@
-/// A file read whole, for the loaders that edit its text in place.
+// A file read whole into one block of the heap: the one place where a file is opened, measured, read and closed.
+//
+// The size is asked for once, and the file must give exactly that many bytes: one that shrinks meanwhile fails, and of
+// one that grows the first bytes are taken. A file that was opened is closed, also after a failure.
 
 #ifndef TESSARIN_FILES_WHOLE_FILE_H
 #define TESSARIN_FILES_WHOLE_FILE_H
 
+#include "tessarin/documents.h"
+
 #include <cstdint>
+#include <cstdlib>
+#include <memory>
 
 namespace Tessarin {
 
-struct WholeFile {
-    char* bytes;        ///< the file and the spare bytes behind it, the caller's, freed with free; null on a failure
-    std::uint32_t size; ///< of the file alone
+struct FreeBlock {
+    void operator()(void* block) const { std::free(block); }
 };
 
-/// Reads a file into one block with `spare` zero bytes behind the file's own.
-/// returns  null bytes and nothing left behind if the file can't be opened or measured, gives fewer bytes than its size
-///          says, or when memory runs out; a null or an empty path is such a file
-/// REQUIRES: `spare` isn't 0, so that the block of an empty file is one
-WholeFile ReadWholeFile(const char* path, std::uint32_t spare);
+/// Bytes in a block from malloc.
+using HeapBytes = std::unique_ptr<char[], FreeBlock>;
+
+struct WholeFile {
+    HeapBytes bytes;        // the file's own and the spare ones behind them; null for none at all
+    std::uint32_t size = 0; // of the file alone
+
+    /// Reads a file through the library's own file object, which takes the path as it is.
+    /// spare    zero bytes to be behind the file's own
+    /// returns  false, with no bytes, if the file can't be opened or measured, gives fewer bytes than its size says, or
+    ///          when memory runs out; a null or an empty path is such a file
+    [[nodiscard]] bool Read(const char* path, std::uint32_t spare);
+
+    /// The same through a file service: Open to read, GetSize, Read with a buffer size that counts the spare bytes, and
+    /// Close. There is no Read if there is no byte to allocate.
+    [[nodiscard]] bool Read(::IFileIO& service, const char* path, std::uint32_t spare);
+};
 
 } // namespace Tessarin
 

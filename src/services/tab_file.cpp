@@ -12,6 +12,7 @@
 #include "services/tab_file.h"
 
 #include "files/file_io.h"
+#include "files/whole_file.h"
 #include "platform/number_text.h"
 #include "strings/normal_forms.h"
 #include "strings/string_table.h"
@@ -163,20 +164,13 @@ bool TabFile::Open(const char* path, std::uint32_t flags) {
     flags_ = flags;
     path_ = string_table->InternPath(path);
     if (path_ == nullptr) return false;
-    void* handle = file_io_->Open(path_, 0);
-    if (handle == nullptr) return false;
-    const bool loaded = Load(handle);
-    file_io_->Close(handle);
-    if (!loaded) Clear();
-    return loaded;
-}
-
-bool TabFile::Load(void* handle) {
-    const std::int32_t size = file_io_->GetSize(handle);
-    if (size <= 0) return size == 0;
-    text_size_ = static_cast<std::uint32_t>(size);
-    text_ = static_cast<char*>(std::malloc(text_size_));
-    return text_ != nullptr && file_io_->Read(handle, text_, text_size_, text_size_) == text_size_ && Split();
+    WholeFile file;
+    if (!file.Read(*file_io_, path_, 0)) return false;
+    text_ = file.bytes.release();
+    text_size_ = file.size;
+    if (text_size_ == 0 || Split()) return true;
+    Clear();
+    return false;
 }
 
 /// The columns are those of the file's first line, even if it is skipped.

@@ -32,7 +32,6 @@ private:
     ~TabFile() override;
 
     void Clear();
-    bool Load(void* handle);
     bool Split();
     bool SplitDefaultRow(Fields& fields);
     bool SplitRows(Fields& fields);

@@ -1,18 +1,23 @@
-#include "tessarin/documents.h"
+// Files as the library opens, measures, reads and writes them, and what a host's own file service is asked for.
+
+#include "tessarin/configure.h"
+#include "tessarin/tab_files.h"
 
 #include "files/file_io.h"
 #include "files/whole_file.h"
 #include "tests/support/failing_heap.h"
+#include "tests/support/memory_files.h"
 #include "tests/support/temporary_folder.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <filesystem>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -30,6 +35,11 @@ std::ptrdiff_t OpenFiles() {
     std::error_code none;
     const fs::directory_iterator files("/proc/self/fd", none);
     return none ? 0 : std::distance(begin(files), end(files));
+}
+
+bool ReadsWhole(const char* path) {
+    Tessarin::WholeFile whole;
+    return whole.Read(path, 2);
 }
 
 class FileAccess : public testing::Test {
@@ -125,9 +135,9 @@ TEST_F(FileAccess, MeasuresWhat31BitsHold) {
     for (const std::uintmax_t size : {kMost + 1, 2 * kMost + 2, 2 * kMost + 3}) {
         fs::resize_file(path, size);
         EXPECT_EQ(SizeOf(path), -1) << size;
-        EXPECT_EQ(Tessarin::ReadWholeFile(path.c_str(), 2).bytes, nullptr);
+        EXPECT_FALSE(ReadsWhole(path.c_str()));
     }
-    EXPECT_EQ(Tessarin::ReadWholeFile(folder.Path("").c_str(), 2).bytes, nullptr);
+    EXPECT_FALSE(ReadsWhole(folder.Path("").c_str()));
 }
 
 TEST_F(FileAccess, ServiceReadsWhatItWrote) {
@@ -192,25 +202,72 @@ TEST_F(FileAccess, NamesAreUtf8AndReadInPathForm) {
 TEST_F(FileAccess, ReadsAWholeFileWithZerosBehindIt) {
     for (const std::string& text : {std::string(), std::string("a\0b", 3), std::string(200'000, '\xff')}) {
         const std::string path = folder.File("whole", text);
-        for (const std::uint32_t spare : {1U, 2U}) {
-            const Tessarin::WholeFile whole = Tessarin::ReadWholeFile(path.c_str(), spare);
-            ASSERT_NE(whole.bytes, nullptr);
+        for (const std::uint32_t spare : {0U, 1U, 2U}) {
+            Tessarin::WholeFile whole;
+            ASSERT_TRUE(whole.Read(path.c_str(), spare));
             ASSERT_EQ(whole.size, text.size());
-            EXPECT_EQ(std::string(whole.bytes, whole.size + spare), text + std::string(spare, '\0'));
-            std::free(whole.bytes);
+            ASSERT_EQ(whole.bytes == nullptr, whole.size + spare == 0);
+            EXPECT_EQ(std::string(whole.bytes.get(), whole.size + spare), text + std::string(spare, '\0'));
         }
     }
-    for (const char* path : {static_cast<const char*>(nullptr), "", "/missing/file"}) {
-        EXPECT_EQ(Tessarin::ReadWholeFile(path, 2).bytes, nullptr);
+    for (const char* path : {static_cast<const char*>(nullptr), "", "/missing/file"}) EXPECT_FALSE(ReadsWhole(path));
+}
+
+/// Writes down how it is called.
+struct RecordingFiles : TestSupport::MemoryFiles {
+    void* Open(const char* path, std::int32_t mode) override {
+        calls += "open " + std::to_string(mode);
+        return MemoryFiles::Open(path, mode);
+    }
+    void Close(void* handle) override {
+        calls += ", close";
+        MemoryFiles::Close(handle);
+    }
+    std::int32_t GetSize(void* handle) override {
+        calls += ", size";
+        return MemoryFiles::GetSize(handle);
+    }
+    std::uint32_t Read(void* handle, void* buffer, std::uint32_t buffer_size, std::uint32_t count) override {
+        calls += ", read " + std::to_string(buffer_size) + " " + std::to_string(count);
+        return MemoryFiles::Read(handle, buffer, buffer_size, count);
+    }
+
+    std::string calls;
+};
+
+/// Hosts check what they are asked for, and some can't do more than is asked here.
+TEST(HostsFileService, SeesTheseCallsOfALoad) {
+    const struct {
+        std::optional<std::int32_t> claimed_size;
+        const char* text; // null for no such file
+        const char* configuration;
+        const char* tab_file;
+    } cases[] = {
+        {{}, "a = 1\n", "open 0, size, read 7 6, close", "open 0, size, read 6 6, close"},
+        {{}, "", "open 0, size, read 1 0, close", "open 0, size, close"},
+        {-1, "a", "open 0, size, close", "open 0, size, close"},
+        {{}, nullptr, "open 0", "open 0"},
+    };
+    for (const auto& each : cases) {
+        RecordingFiles files;
+        if (each.text != nullptr) files["f"] = each.text;
+        files.claimed_size = each.claimed_size;
+        Configure::IFile* configuration = CreateRLFile(&files);
+        static_cast<void>(configuration->Load("f", Configure::ACCESS_READ, Configure::FORMAT_TEXT));
+        EXPECT_EQ(std::exchange(files.calls, {}), each.configuration);
+        configuration->Release();
+        ITabFile* tab_file = CreateTabFile(&files);
+        static_cast<void>(tab_file->Open("f", 0));
+        EXPECT_EQ(files.calls, each.tab_file);
+        tab_file->Release();
     }
 }
 
 TEST_F(FileAccess, ReadsNoWholeFileWithoutMemory) {
     const std::string path = folder.File("whole", "text");
     const std::size_t failures = TestSupport::FailEachAllocation([&](const FailingHeap& heap) {
-        const Tessarin::WholeFile whole = Tessarin::ReadWholeFile(path.c_str(), 2);
-        EXPECT_EQ(whole.bytes == nullptr, heap.Failed());
-        std::free(whole.bytes);
+        const bool read = ReadsWhole(path.c_str());
+        EXPECT_EQ(read, !heap.Failed());
     });
     EXPECT_GE(failures, 2U); // the object, the bytes, and on some hosts the name
 }

@@ -70,7 +70,9 @@ TEST(LinuxFiles, ReadsNoWholeFileThatGivesLessThanItsSize) {
     if (handle == nullptr) GTEST_SKIP() << "the host has no " << path;
     EXPECT_GT(service.GetSize(handle), static_cast<std::int32_t>(ReadWhole(path).size()));
     service.Close(handle);
-    EXPECT_EQ(Tessarin::ReadWholeFile(path, 2).bytes, nullptr);
+    Tessarin::WholeFile whole;
+    EXPECT_FALSE(whole.Read(path, 2));
+    EXPECT_EQ(whole.bytes, nullptr);
 }
 
 } // namespace

@@ -19,12 +19,11 @@
 #include "configure/binary/format.h"
 #include "configure/binary/string_pool.h"
 #include "configure/binary/trie.h"
+#include "files/open_modes.h"
 #include "memory/list.h"
 
 namespace Configure {
 namespace {
-
-constexpr std::int32_t kModeWrite = 1;
 
 /// The value bit of a node for a Unit of a kind; 0 for a Unit without one.
 std::uint32_t ValueBit(std::uint32_t kind) {
@@ -192,7 +191,7 @@ bool BinaryWriter::WriteTo(IFileIO& fileio, void* handle) {
 } // namespace
 
 bool WriteBinary(IFileIO& fileio, const char* path, ITable* root) {
-    void* handle = fileio.Open(path, kModeWrite);
+    void* handle = fileio.Open(path, Tessarin::kOpenToWrite);
     if (handle == nullptr) return false;
     BinaryWriter writer;
     const bool written = root != nullptr && writer.Compile(*root) && writer.WriteTo(fileio, handle);

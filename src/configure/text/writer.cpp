@@ -11,6 +11,7 @@
 
 #include "configure/text/writer.h"
 
+#include "files/open_modes.h"
 #include "memory/list.h"
 #include "strings/string_table.h"
 
@@ -129,7 +130,7 @@ private:
 } // namespace
 
 bool WriteText(::IFileIO& fileio, const char* path, ITable* root) {
-    void* handle = fileio.Open(path, 1);
+    void* handle = fileio.Open(path, Tessarin::kOpenToWrite);
     if (handle == nullptr) return false;
     const bool written = root != nullptr && TextWriter(fileio, handle).Write(*root);
     fileio.Close(handle);
