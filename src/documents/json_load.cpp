@@ -1,6 +1,6 @@
-// The parser tells what it finds, and that goes into the table at once, without a document in between. Objects that are
-// open stand on a stack of their own; their tables are put into order as they are closed. Where the parser meets a
-// fault the table is emptied again; what stays of a broken text are the keys and strings that were interned by then.
+// A JSON text into a table: what the parser finds is stored at once, without a document in between. Objects that are
+// open are on a stack of the heap's; their tables are put into order as they end. Where the text is wrong the table is
+// emptied again; what stays of such a text are the keys and strings that were interned by then.
 //
 // Members that share a key: strings and the three words store their own value. A number stores the value of the first
 // member of its key, arrays and objects count only if they are that first one. Looking the first member up each time
@@ -9,10 +9,9 @@
 // Those two are remembered in a map that an object gets when it first needs one.
 
 #include "containers/hash_map.h"
-#include "documents/json_raw_strings.h"
+#include "documents/json_parser.h"
 #include "files/whole_file.h"
 #include "memory/list.h"
-#include "platform/nearest_rounding.h"
 #include "strings/string_table.h"
 #include "tables/table.h"
 #include "tables/table_factory.h"
@@ -20,16 +19,8 @@
 
 #include <cstring>
 
-#include <rapidjson/reader.h>
-
 namespace Tessarin {
 namespace {
-
-using Reader = rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator>;
-using Length = rapidjson::SizeType;
-
-constexpr unsigned kParseFlags =
-    rapidjson::kParseInsituFlag | rapidjson::kParseCommentsFlag | rapidjson::kParseIterativeFlag;
 
 /// What an object must remember of a key's first member beyond its entry.
 struct FirstMember {
@@ -43,32 +34,26 @@ struct OpenObject {
     hm* firsts; // by key, FirstMember values; null until needed
 };
 
-/// Takes the parser's events. One that answers false ends the parse.
-class JsonFiller {
+/// The parser's handler. Stops it only where memory runs out.
+class JsonLoader {
 public:
-    explicit JsonFiller(Table& root) : root_(root) {}
-    ~JsonFiller() {
+    explicit JsonLoader(Table& root) : root_(root) {}
+    ~JsonLoader() {
         for (; !open_.IsEmpty(); open_.Pop()) DropFirsts();
     }
-    JsonFiller(const JsonFiller&) = delete;
-    JsonFiller& operator=(const JsonFiller&) = delete;
+    JsonLoader(const JsonLoader&) = delete;
+    JsonLoader& operator=(const JsonLoader&) = delete;
 
-    [[nodiscard]] bool OutOfMemory() const { return out_of_memory_; }
-
-    bool Null() { return Word(0); }
-    bool Bool(bool value) { return Word(value ? 1 : 0); }
-    bool Int(std::int32_t value) { return Integer(value, value); }
-    bool Uint(std::uint32_t value) { return Integer(value, value); }
-    bool Int64(std::int64_t value) { return Integer(value, static_cast<double>(value)); }
-    bool Uint64(std::uint64_t value) { return Integer(static_cast<std::int64_t>(value), static_cast<double>(value)); }
-    bool Double(double value);
-    bool RawNumber(const char*, Length, bool) { return false; } // never asked for
-    bool String(const char* text, Length length, bool);
-    bool StartObject();
-    bool Key(const char* text, Length length, bool);
-    bool EndObject(Length);
-    bool StartArray();
-    bool EndArray(Length);
+    bool Null(const char*) { return Word(0); }
+    bool Bool(bool value, const char*) { return Word(value ? 1 : 0); }
+    bool Integer(std::int64_t value, double as_real, const char*);
+    bool Real(double value, const char*);
+    bool String(std::string_view text);
+    bool Key(std::string_view text);
+    bool BeginObject(const char*);
+    bool EndObject(const char*);
+    bool BeginArray(const char*);
+    bool EndArray(const char*);
 
 private:
     static constexpr std::uint32_t kMostElements = 16;
@@ -86,7 +71,6 @@ private:
     }
 
     bool Word(std::int32_t word);
-    bool Integer(std::int64_t value, double as_real);
     Pair* EntryOfNumber();
     void StoreArray();
     template <class Vector>
@@ -98,12 +82,7 @@ private:
         return open_.Top().table->Entries().FindOrAppend(key_, existed); // null for a null key
     }
 
-    bool Open(Table& table) { return open_.Push({&table, nullptr}) || RunOut(); }
-
-    bool RunOut() {
-        out_of_memory_ = true;
-        return false;
-    }
+    bool Open(Table& table) { return open_.Push({&table, nullptr}); }
 
     const FirstMember* Remembered() {
         hm* firsts = open_.Top().firsts;
@@ -119,8 +98,8 @@ private:
     bool Remember(FirstMember first) {
         hm*& firsts = open_.Top().firsts;
         if (firsts == nullptr) firsts = hm::Create(16, sizeof first);
-        if (firsts == nullptr) return RunOut();
-        return Remembered() != nullptr || firsts->Set(MapKey(), &first) || RunOut();
+        if (firsts == nullptr) return false;
+        return Remembered() != nullptr || firsts->Set(MapKey(), &first);
     }
 
     void DropFirsts() {
@@ -131,17 +110,15 @@ private:
 
     Table& root_;
     List<OpenObject> open_;
-    cstr key_ = nullptr;        // of the member at hand; null if it is to be dropped
+    cstr key_ = nullptr;        // of the current member; null if it is to be dropped
     std::uint32_t ignored_ = 0; // arrays and objects that are open in one that isn't stored, that one included
     bool in_array_ = false;     // the elements of an array that is a member
-    bool out_of_memory_ = false;
     std::uint32_t elements_ = 0;
     float element_[kMostElements];
 };
 
-/// `null`, `false` or `true`. A root that is no object ends the parse, here as below.
-bool JsonFiller::Word(std::int32_t word) {
-    if (open_.IsEmpty()) return false;
+/// `null`, `false` or `true`.
+bool JsonLoader::Word(std::int32_t word) {
     if (!IsMember(static_cast<float>(word))) return true;
     Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_INTEGER)) return true;
@@ -150,15 +127,13 @@ bool JsonFiller::Word(std::int32_t word) {
     return true;
 }
 
-bool JsonFiller::Integer(std::int64_t value, double as_real) {
-    if (open_.IsEmpty()) return false;
+bool JsonLoader::Integer(std::int64_t value, double as_real, const char*) {
     if (!IsMember(static_cast<float>(as_real))) return true;
     if (Pair* pair = EntryOfNumber()) pair->SetInteger(static_cast<std::int32_t>(value));
     return true;
 }
 
-bool JsonFiller::Double(double value) {
-    if (open_.IsEmpty()) return false;
+bool JsonLoader::Real(double value, const char*) {
     if (!IsMember(static_cast<float>(value))) return true;
     if (Pair* pair = EntryOfNumber()) pair->SetReal(static_cast<float>(value));
     return true;
@@ -166,7 +141,7 @@ bool JsonFiller::Double(double value) {
 
 /// The entry to store a number in; null if the number doesn't count. The value of its key's first member is in the
 /// entry already, or goes back into it if a word came in between.
-Pair* JsonFiller::EntryOfNumber() {
+Pair* JsonLoader::EntryOfNumber() {
     const FirstMember* first = Remembered();
     if (first != nullptr && first->stored_nothing != 0) return nullptr;
     Pair* pair = Entry();
@@ -175,22 +150,21 @@ Pair* JsonFiller::EntryOfNumber() {
     return nullptr;
 }
 
-bool JsonFiller::String(const char* text, Length length, bool) {
-    if (open_.IsEmpty()) return false;
+bool JsonLoader::String(std::string_view text) {
     if (!IsMember(0.0F)) return true;
     Pair* pair = Entry();
     if (pair == nullptr || (pair->kind != VALUE_EMPTY && pair->kind != VALUE_STRING)) return true;
-    cstr interned = string_table->Intern(text, length);
+    const cstr interned = string_table->Intern(text.data(), text.size());
     if (interned != nullptr) pair->SetString(interned);
     return true;
 }
 
-bool JsonFiller::Key(const char* text, Length length, bool) {
-    if (ignored_ == 0) key_ = length == 0 ? nullptr : string_table->Intern(text, length);
+bool JsonLoader::Key(std::string_view text) {
+    if (ignored_ == 0) key_ = text.empty() ? nullptr : string_table->Intern(text.data(), text.size());
     return true;
 }
 
-bool JsonFiller::StartObject() {
+bool JsonLoader::BeginObject(const char*) {
     if (open_.IsEmpty()) return Open(root_);
     if (!IsMember(0.0F)) {
         ++ignored_;
@@ -203,7 +177,7 @@ bool JsonFiller::StartObject() {
 }
 
 /// A new table, attached; null if the member is dropped.
-Table* JsonFiller::ChildUnderKey() {
+Table* JsonLoader::ChildUnderKey() {
     if (FirstStoredNothing()) return nullptr;
     Pair* pair = Entry();
     if (pair == nullptr || pair->kind != VALUE_EMPTY) return nullptr;
@@ -212,7 +186,7 @@ Table* JsonFiller::ChildUnderKey() {
     return child;
 }
 
-bool JsonFiller::EndObject(Length) {
+bool JsonLoader::EndObject(const char*) {
     if (ignored_ != 0) {
         --ignored_;
         return true;
@@ -223,8 +197,7 @@ bool JsonFiller::EndObject(Length) {
     return true;
 }
 
-bool JsonFiller::StartArray() {
-    if (open_.IsEmpty()) return false;
+bool JsonLoader::BeginArray(const char*) {
     if (!IsMember(0.0F)) {
         ++ignored_;
         return true;
@@ -234,24 +207,24 @@ bool JsonFiller::StartArray() {
     return true;
 }
 
-bool JsonFiller::EndArray(Length) {
+bool JsonLoader::EndArray(const char*) {
     if (ignored_ != 0) {
         --ignored_;
         return true;
     }
     in_array_ = false;
     if (key_ == nullptr || FirstStoredNothing()) return true;
-    bool storable = (elements_ >= 2 && elements_ <= 4) || elements_ == kMostElements;
+    const bool storable = (elements_ >= 2 && elements_ <= 4) || elements_ == kMostElements;
     if (storable) {
         StoreArray();
         return true;
     }
-    bool first = open_.Top().table->Entries().Find(key_) == nullptr;
+    const bool first = open_.Top().table->Entries().Find(key_) == nullptr;
     return !first || Remember({1, 0});
 }
 
 /// Arrays of 2, 3, 4 and 16.
-void JsonFiller::StoreArray() {
+void JsonLoader::StoreArray() {
     Pair* pair = Entry();
     if (pair == nullptr || pair->kind != VALUE_EMPTY) return;
     switch (elements_) {
@@ -270,34 +243,30 @@ void JsonFiller::StoreArray() {
 }
 
 template <class Vector>
-void JsonFiller::StoreElements(Pair& pair, std::uint32_t (Pair::*store)(const Vector*)) {
+void JsonLoader::StoreElements(Pair& pair, std::uint32_t (Pair::*store)(const Vector*)) {
     Vector vector;
     std::memcpy(&vector, element_, sizeof vector);
     (pair.*store)(&vector);
 }
 
 /// A text that is no valid document leaves the table empty, with success; false only if memory ran out.
-bool Fill(Table& root, char* text) {
-    const NearestRounding rounding;
-    try {
-        ThrowingAllocator heap;
-        Reader reader(&heap);
-        rapidjson::InsituStringStream stream(text);
-        JsonFiller filler(root);
-        if (reader.Parse<kParseFlags>(stream, filler)) return true;
-        DestroyEntries(root.Entries().TakeAll(nullptr));
-        return !filler.OutOfMemory();
-    } catch (const std::bad_alloc&) {
+bool Load(Table& root, const char* text) {
+    JsonLoader loader(root);
+    switch (ParseJson(text, loader).error) {
+    case JsonError::kNone:
+        return true;
+    case JsonError::kStopped:
+    case JsonError::kOutOfMemory:
         return false;
+    default:
+        DestroyEntries(root.Entries().TakeAll(nullptr));
+        return true;
     }
 }
 
-/// Takes the text over, a NUL-terminated block from malloc or null.
-Table* RootFromJson(char* text) {
-    if (text == nullptr) return nullptr;
-    RawText raw(text);
-    Table* table = raw.Get() == nullptr ? nullptr : MakeTable();
-    return FinishRoot(table, table != nullptr && Fill(*table, raw.Get()));
+ITable* RootFromJson(const char* text) {
+    Table* table = MakeTable();
+    return FinishRoot(table, table != nullptr && Load(*table, text));
 }
 
 } // namespace
@@ -305,15 +274,14 @@ Table* RootFromJson(char* text) {
 
 Tessarin::ITable* OpenTableFile(const char* path) {
     Tessarin::WholeFile file;
-    return file.Read(path, 1) ? Tessarin::RootFromJson(file.bytes.release()) : nullptr;
+    return file.Read(path, 1) ? Tessarin::RootFromJson(file.bytes.get()) : nullptr;
 }
 
 Tessarin::ITable* OpenTableBuffer(const void* data, std::uint32_t size) {
     if (data == nullptr || size == 0) return nullptr;
-    auto* text = static_cast<char*>(std::malloc(std::size_t{size} + 1));
-    if (text != nullptr) {
-        std::memcpy(text, data, size);
-        text[size] = '\0';
-    }
-    return Tessarin::RootFromJson(text);
+    const Tessarin::HeapBytes text(static_cast<char*>(std::malloc(std::size_t{size} + 1)));
+    if (text == nullptr) return nullptr;
+    std::memcpy(text.get(), data, size);
+    text[size] = '\0';
+    return Tessarin::RootFromJson(text.get());
 }

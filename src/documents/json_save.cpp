@@ -1,7 +1,7 @@
 // A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces,
 // as an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
 
-#include "documents/json_raw_strings.h"
+#include "documents/throwing_allocator.h"
 #include "files/file_objects.h"
 #include "memory/list.h"
 #include "tables/table.h"

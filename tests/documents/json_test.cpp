@@ -5,7 +5,7 @@
 #include "tests/support/table_text.h"
 #include "tests/support/temporary_folder.h"
 
-#include "documents/json_raw_strings.h"
+#include "documents/throwing_allocator.h"
 #include "tables/table.h"
 #include "tessarin/documents.h"
 
@@ -29,85 +29,11 @@ ITable* Open(std::string_view text) { return OpenTableBuffer(text.data(), static
 
 std::string Load(std::string_view text) { return EntriesAndClose(Open(text)); }
 
-struct Case {
-    std::string_view text;
-    const char* entries;
-};
-
-void ExpectAll(const Case* first, const Case* last) {
-    for (; first != last; ++first) EXPECT_EQ(Load(first->text), first->entries) << first->text;
-}
-
-TEST(Json, EveryKindOfValue) {
-    const Case cases[] = {
-        {R"({"a":1,"b":-3,"c":0})", R"({"a":1,"b":-3,"c":0})"},
-        {R"({"a":3000000000,"b":5000000000,"c":18446744073709551615,"d":-9223372036854775808})",
-         R"({"a":-1294967296,"b":705032704,"c":-1,"d":0})"},
-        {R"({"a":1.5,"b":2.0,"c":1e2})", R"({"a":1.5,"b":2.0,"c":100.0})"},
-        {R"({"a":null,"b":false,"c":true})", R"({"a":0,"b":0,"c":1})"},
-        {R"({"o":{"p":{},"q":{"r":1}}})", R"({"o":{"p":{},"q":{"r":1}}})"},
-        {R"({"a":[1,2],"b":[1,2,3],"c":[1,2,3,4]})", R"({"a":[1.0,2.0],"b":[1.0,2.0,3.0],"c":[1.0,2.0,3.0,4.0]})"},
-        {R"({"m":[0,1,2,3,4,5,6,7,8,9,10,11,12,13,14,15]})",
-         R"({"m":[0.0,1.0,2.0,3.0,4.0,5.0,6.0,7.0,8.0,9.0,10.0,11.0,12.0,13.0,14.0,15.0]})"},
-        {R"({"a":[],"b":[1],"c":[1,2,3,4,5],"d":1})", R"({"d":1})"},
-        {R"({"v":[true,null,false],"w":["3",[4],{"x":5},6]})", R"({"v":[1.0,0.0,0.0],"w":[0.0,0.0,0.0,6.0]})"},
-        {R"({"":1,"a":{"":2}})", R"({"a":{}})"},
-    };
-    ExpectAll(std::begin(cases), std::end(cases));
-    ITable* beyond = Open(R"({"a":18446744073709551616})");
-    EXPECT_EQ(beyond->Find("a")->GetType(), Tessarin::VALUE_REAL);
-    EXPECT_EQ(beyond->GetReal("a"), 18446744073709551616.0F);
-    CloseTable(beyond);
-}
-
-TEST(Json, StringsAreRaw) {
-    const Case cases[] = {
-        {R"({"p":"c:\dir"})", R"({"p":"c:\\dir"})"},
-        {R"({"p":"\\","q":"a\nb","r":"\u0041"})", R"({"p":"\\\\","q":"a\\nb","r":"\\u0041"})"},
-        {R"({"p":"ends in \"})", R"({"p":"ends in \\"})"}, // the quote ends it whatever stands before
-        {R"({"p":"a\"b"})", "{}"},
-        {R"({"k\e\y":1})", R"({"k\\e\\y":1})"},
-        {"{\"p\":\"\xC3\xA4\xFF\x80\"}", "{\"p\":\"\xC3\xA4\xFF\x80\"}"}, // not validated
-        {"{\"p\":\"\x7F/\"}", "{\"p\":\"\x7F/\"}"},
-        {"{\"p\":\"a\tb\"}", "{}"},
-        {"{\"p\":\"a\nb\"}", "{}"},
-        {R"({"p":"open)", "{}"},
-    };
-    ExpectAll(std::begin(cases), std::end(cases));
-}
-
-TEST(Json, WhatIsNoDocumentIsAnEmptyTable) {
-    const Case cases[] = {
-        {" ", "{}"},
-        {"// x\n/* y */", "{}"},
-        {R"({"a":1,})", "{}"},
-        {R"({"a":1)", "{}"},
-        {"[not json", "{}"},
-        {R"({"a":1} x)", "{}"},
-        {"[1,2]", "{}"},
-        {"1", "{}"},
-        {"\"a\"", "{}"},
-        {"null", "{}"},
-        {R"({"a":NaN})", "{}"},
-        {R"({"a":Infinity})", "{}"},
-        {R"({"a":1e999})", "{}"},
-        {R"({"a":01})", "{}"},
-        {R"({'a':1})", "{}"},
-        {"\xEF\xBB\xBF{\"a\":1}", "{}"},
-        {R"({"a":\1})", "{}"},
-        {R"(\{"a":1})", "{}"},
-        {R"({"a":1}\)", "{}"},
-        {"// \\ c\n{/* \\\" */\"a\"/**/:1//\n}//", R"({"a":1})"},
-        {std::string_view("{\"a\":1}\0garbage", 15), R"({"a":1})"}, // a NUL ends the text
-        {std::string_view("{\"a\":\"x\0y\"}", 11), "{}"},
-    };
-    ExpectAll(std::begin(cases), std::end(cases));
-    EXPECT_EQ(Open(""), nullptr);
-    EXPECT_EQ(OpenTableBuffer(nullptr, 1), nullptr);
-}
-
 TEST(Json, MembersThatShareAKey) {
-    const Case cases[] = {
+    const struct {
+        std::string_view text;
+        const char* entries;
+    } cases[] = {
         {R"({"a":1,"a":2})", R"({"a":1})"},
         {R"({"a":1.5,"a":2,"a":2.5})", R"({"a":1.5})"},
         {R"({"a":"x","a":"y"})", R"({"a":"y"})"},
@@ -128,7 +54,7 @@ TEST(Json, MembersThatShareAKey) {
         {R"({"a":"x","a":1,"a":{},"a":[1,2],"a":true})", R"({"a":"x"})"},
         {R"({"a":1,"b":{"a":[1]},"c":{"a":[1,2]}})", R"({"a":1,"b":{},"c":{"a":[1.0,2.0]}})"},
     };
-    ExpectAll(std::begin(cases), std::end(cases));
+    for (const auto& each : cases) EXPECT_EQ(Load(each.text), each.entries) << each.text;
 }
 
 TEST(Json, RegistryKnowsLoadedTables) {
@@ -216,6 +142,8 @@ TEST(Json, RoundTrips) {
     second->Remove("__internal_type", 0);
     EXPECT_EQ(SavedJson(second), SavedJson(first));
     for (ITable* table : {first, second, third}) CloseTable(table);
+    EXPECT_EQ(Open(""), nullptr);
+    EXPECT_EQ(OpenTableBuffer(nullptr, 1), nullptr);
     EXPECT_EQ(OpenTableFile(nullptr), nullptr);
     EXPECT_EQ(OpenTableFile(""), nullptr);
     EXPECT_EQ(OpenTableFile(folder.Path("missing").c_str()), nullptr);
