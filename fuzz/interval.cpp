@@ -98,7 +98,7 @@ void CheckIntegers(const Interval& interval, std::int32_t value) {
     }
 }
 
-void CheckReals(const Interval& interval, float value) {
+void CheckReals(Interval& interval, float value) {
     const float clamped = interval.Clamp(value);
     if (interval.lower <= interval.upper) {
         Require(interval.lower <= clamped && clamped <= interval.upper, "clamped to what is outside");

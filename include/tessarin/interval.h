@@ -68,8 +68,8 @@ public:
 
     /// Hands out the bounds as they were written. The integers pass through a float, which is exact up to 2^24; beyond
     /// 32 bits they are held to that range. Always 1.
-    unsigned char To(std::int32_t& its_lower, std::int32_t& its_upper) const;
-    unsigned char To(float& its_lower, float& its_upper) const;
+    unsigned char To(std::int32_t& lower_bound, std::int32_t& upper_bound);
+    unsigned char To(float& lower_bound, float& upper_bound);
 
     /// One of a hundred values: the lower bound and 99 even steps above it. The upper bound is never reached, open
     /// marks play no part. All draws of a process come from one seed, which starts from the clock.

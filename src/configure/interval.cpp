@@ -139,17 +139,17 @@ float Interval::Clamp(float value) const {
     return upper > raised ? raised : upper;
 }
 
-unsigned char Interval::To(std::int32_t& lower_out, std::int32_t& upper_out) const {
+unsigned char Interval::To(std::int32_t& lower_bound, std::int32_t& upper_bound) {
     float real_lower = 0, real_upper = 0;
     static_cast<void>(To(real_lower, real_upper));
-    lower_out = Truncate(real_lower);
-    upper_out = Truncate(real_upper);
+    lower_bound = Truncate(real_lower);
+    upper_bound = Truncate(real_upper);
     return 1;
 }
 
-unsigned char Interval::To(float& lower_out, float& upper_out) const {
-    lower_out = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
-    upper_out = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
+unsigned char Interval::To(float& lower_bound, float& upper_bound) {
+    lower_bound = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
+    upper_bound = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
     return 1;
 }
 
