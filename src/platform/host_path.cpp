@@ -15,6 +15,8 @@ char* HostPath(const char*) { return nullptr; }
 
 #else
 
+#include "platform/ascii.h"
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -24,10 +26,8 @@ char* HostPath(const char*) { return nullptr; }
 namespace Tessarin {
 namespace {
 
-char Lower(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte; }
-
 bool SameButForCase(const char* name, const char* other) {
-    while (*name != '\0' && Lower(*name) == Lower(*other)) {
+    while (*name != '\0' && LowerCase(*name) == LowerCase(*other)) {
         ++name;
         ++other;
     }

@@ -11,6 +11,7 @@
 
 #include "platform/number_text.h"
 
+#include "platform/ascii.h"
 #include "platform/nearest_rounding.h"
 
 #include <algorithm>
@@ -54,10 +55,8 @@ bool IsSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); 
 
 bool IsDecimalDigit(char byte) { return byte >= '0' && byte <= '9'; }
 
-char Lower(char byte) { return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte; }
-
 bool IsDigit(char byte, int base) {
-    return IsDecimalDigit(byte) || (base == 16 && Lower(byte) >= 'a' && Lower(byte) <= 'f');
+    return IsDecimalDigit(byte) || (base == 16 && LowerCase(byte) >= 'a' && LowerCase(byte) <= 'f');
 }
 
 /// Moves `first` behind white space and one sign. Answers whether the sign is a minus.
@@ -70,7 +69,7 @@ bool SkipSign(const char*& first, const char* last) {
 /// Whether the text begins with `word`, which is in lower case.
 bool BeginsWith(const char* first, const char* last, const char* word) {
     for (; *word != '\0'; ++word, ++first) {
-        if (first == last || Lower(*first) != *word) return false;
+        if (first == last || LowerCase(*first) != *word) return false;
     }
     return true;
 }
@@ -104,7 +103,7 @@ const char* ReadDigits(const char* first, const char* last, int base, Numeral& n
 
 /// The exponent that the text begins with; 0 if it begins with none, or with a mark that no digit follows.
 std::int64_t ReadExponent(const char* first, const char* last, char mark) {
-    if (first == last || Lower(*first) != mark) return 0;
+    if (first == last || LowerCase(*first) != mark) return 0;
     ++first;
     const bool signed_once = first != last && (*first == '-' || *first == '+');
     const bool negative = signed_once && *first == '-';

@@ -4,6 +4,8 @@
 #ifndef TESSARIN_STRINGS_NORMAL_FORMS_H
 #define TESSARIN_STRINGS_NORMAL_FORMS_H
 
+#include "platform/ascii.h"
+
 #include <cstddef>
 
 namespace Tessarin {
@@ -13,11 +15,6 @@ enum class TextForm { kAsIs, kLowerCase };
 
 /// Null counts as empty.
 constexpr bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
-
-/// `A` to `Z` become `a` to `z`; every other byte stays, whatever the locale says of it.
-constexpr char LowerCase(char byte) {
-    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
-}
 
 /// Bytes of the longest path form, its terminator included. What doesn't fit is dropped.
 inline constexpr std::size_t kPathFormRoom = 256;

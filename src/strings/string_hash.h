@@ -8,7 +8,7 @@
 #ifndef TESSARIN_STRINGS_STRING_HASH_H
 #define TESSARIN_STRINGS_STRING_HASH_H
 
-#include "strings/normal_forms.h"
+#include "platform/ascii.h"
 
 #include <bit>
 #include <cstddef>

@@ -25,6 +25,7 @@
 
 #include "strings/string_table.h"
 
+#include "strings/normal_forms.h"
 #include "strings/string_hash.h"
 
 #include <cstdlib>

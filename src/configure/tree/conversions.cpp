@@ -2,8 +2,8 @@
 
 #include "configure/tree/conversions.h"
 
+#include "platform/ascii.h"
 #include "platform/number_text.h"
-#include "strings/normal_forms.h"
 #include "strings/string_table.h"
 
 namespace Configure {

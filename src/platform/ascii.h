@@ -1,0 +1,15 @@
+// Letters of ASCII: the C library's own functions depend on the locale, and these don't.
+
+#ifndef TESSARIN_PLATFORM_ASCII_H
+#define TESSARIN_PLATFORM_ASCII_H
+
+namespace Tessarin {
+
+/// `A` to `Z` become `a` to `z`; every other byte stays as it is.
+constexpr char LowerCase(char byte) {
+    return byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte + ('a' - 'A')) : byte;
+}
+
+} // namespace Tessarin
+
+#endif
