@@ -119,9 +119,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     files["file"] = text;
     const std::unique_ptr<ITabFile, Releaser> file(CreateTabFile(&files));
     // The second Open drops what the first one read.
-    for (std::uint32_t its_flags : {flags, flags ^ 7U, flags}) {
-        const std::optional<Grid> grid = Read(text, its_flags);
-        Require(file->Open("file", its_flags) == grid.has_value(), "refused for no reason, or not refused");
+    for (std::uint32_t tried_flags : {flags, flags ^ 7U, flags}) {
+        const std::optional<Grid> grid = Read(text, tried_flags);
+        Require(file->Open("file", tried_flags) == grid.has_value(), "refused for no reason, or not refused");
         CheckGrid(*file, grid.value_or(Grid{}));
     }
     Require(files.handles == 0, "a file stays open");

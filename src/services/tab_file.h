@@ -1,4 +1,4 @@
-/// The object behind ITabFile.
+// The object behind ITabFile: a tab-separated file as a grid of cells. tab_file.cpp shows the layout.
 
 #ifndef TESSARIN_SERVICES_TAB_FILE_H
 #define TESSARIN_SERVICES_TAB_FILE_H
@@ -9,8 +9,11 @@
 
 namespace Tessarin {
 
-/// Invariants: `text_` is null if and only if nothing is held, and then the counts are 0. `cells_` and `default_row_`
-/// point into `text_`. Without `cells_` one of the counts is 0, so that no cell is in range.
+class TabSplitter;
+
+/// Invariants: `text_` is null if and only if there is no file, or an empty one, and then the counts are 0. What
+/// `cells_` and `default_row_` hold points into `text_`. Without `cells_` one of the counts is 0, so that no cell is in
+/// range.
 class TabFile final : public ::ITabFile {
 public:
     /// Null if memory runs out for the object. A null `file_io` gives it a file service of its own.
@@ -27,15 +30,13 @@ public:
     float GetReal(std::uint32_t row, std::uint32_t column, float default_value) override;
 
 private:
-    class Fields;
-
     ~TabFile() override;
 
     void Clear();
     bool Split();
-    bool SplitDefaultRow(Fields& fields);
-    bool SplitRows(Fields& fields);
-    void SplitLine(Fields& fields, const char** row) const;
+    bool SplitDefaultRow(TabSplitter& splitter);
+    bool SplitRows(TabSplitter& splitter);
+    void SplitLines(TabSplitter& splitter, std::uint32_t count, const char** row) const;
 
     ::IFileIO* file_io_ = nullptr; // null if memory ran out for the object's own
     bool owns_file_io_ = false;
@@ -43,8 +44,7 @@ private:
     cstr path_ = nullptr; // of the last Open, in path form
     std::uint32_t row_count_ = 0;
     std::uint32_t column_count_ = 0;
-    std::uint32_t current_row_ = 0; // while the text is split
-    char* text_ = nullptr;          // with no NUL of its own: what no tab and no line feed closes is no field
+    char* text_ = nullptr; // with no NUL of its own: what no tab and no line feed closes is no field
     std::uint32_t text_size_ = 0;
     const char** cells_ = nullptr;       // row by row
     const char** default_row_ = nullptr; // null if none is in use, and while it is itself split

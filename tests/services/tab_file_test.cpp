@@ -1,4 +1,4 @@
-// Tab files: texts and flags against the grids they make, a model of the rules on random texts, numbers, and failures.
+// Tab files: texts and flags against the grids they make, numbers, and failures. Random texts are the fuzzer's matter.
 
 #include "tessarin/tab_files.h"
 
@@ -7,12 +7,10 @@
 #include "tests/support/memory_files.h"
 #include "tests/support/temporary_folder.h"
 
-#include <algorithm>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
 #include <optional>
-#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -128,101 +126,6 @@ TEST_F(TabFile, CutsTheTextAtTabsAndLineEnds) {
         {"a\tb\n", 0xFFFFFFF8, "1x2: a|b/"},
     };
     for (const auto& [text, flags, grid] : cases) EXPECT_EQ(GridOf(text, flags), grid) << text << flags;
-}
-
-/// The rules once more, over values: a text's lines, then their fields, then the rows.
-class Model {
-    using Line = std::vector<Cell>;
-
-public:
-    Model(std::string text, std::uint32_t flags) : text_(std::move(text)), flags_(flags) {}
-
-    std::string Grid() {
-        if (text_.empty()) return "0x0:";
-        std::ptrdiff_t rows =
-            std::count(text_.begin(), text_.end(), '\n') + std::count(text_.begin(), text_.end(), '\xFF');
-        const std::size_t end = text_.find_first_of("\n\xFF");
-        const std::ptrdiff_t tabs =
-            std::count(text_.begin(), text_.begin() + static_cast<std::ptrdiff_t>(std::min(end, text_.size())), '\t');
-        columns_ = end == 0 ? 0 : static_cast<std::size_t>(tabs + (end == std::string::npos ? 0 : 1));
-        std::vector<Line> lines = Lines();
-        if (Has(kLine)) {
-            if (rows-- <= 1) return kRefused;
-            TakeFirst(lines);
-        }
-        if (Has(kColumn) && columns_-- <= 1) return kRefused;
-        if (columns_ == 0) return GridText(static_cast<std::size_t>(rows), 0, {});
-        std::optional<Line> defaults;
-        if (Has(kDefaults)) {
-            if (rows-- <= 1) return kRefused;
-            defaults = Row(TakeFirst(lines), std::nullopt);
-        }
-        lines.resize(static_cast<std::size_t>(rows));
-        std::vector<Cell> cells;
-        for (const auto& line : lines) {
-            const Line row = Row(line, defaults);
-            cells.insert(cells.end(), row.begin(), row.end());
-        }
-        return GridText(lines.size(), columns_, cells);
-    }
-
-private:
-    /// Bytes 0xFF can make more lines than there are.
-    static Line TakeFirst(std::vector<Line>& lines) {
-        Line first = lines.empty() ? Line() : lines[0];
-        if (!lines.empty()) lines.erase(lines.begin());
-        return first;
-    }
-
-    [[nodiscard]] bool Has(std::uint32_t flag) const { return (flags_ & flag) != 0; }
-
-    /// The closed fields of each line; a last line without its end has one fewer than its text suggests.
-    [[nodiscard]] std::vector<Line> Lines() const {
-        std::vector<Line> lines;
-        for (std::size_t at = 0; at < text_.size();) {
-            const std::size_t end = text_.find('\n', at);
-            std::string line = text_.substr(at, end - at);
-            if (end != std::string::npos && !line.empty() && line.back() == '\r') line.pop_back();
-            if (end != std::string::npos) line += '\t';
-            lines.emplace_back();
-            for (std::size_t tab; (tab = line.find('\t')) != std::string::npos; line.erase(0, tab + 1)) {
-                lines.back().emplace_back(line.substr(0, tab).c_str()); // up to a NUL in it
-            }
-            at = end == std::string::npos ? end : end + 1;
-        }
-        return lines;
-    }
-
-    [[nodiscard]] Line Row(Line line, const std::optional<Line>& defaults) const {
-        if (Has(kColumn) && line.size() > 1) line.erase(line.begin());
-        line.resize(columns_);
-        for (std::size_t i = 0; i < columns_; ++i) {
-            if (defaults && line[i] == "") line[i] = (*defaults)[i];
-        }
-        return line;
-    }
-
-    std::string text_;
-    std::uint32_t flags_;
-    std::size_t columns_ = 0;
-};
-
-TEST_F(TabFile, AgreesWithTheModelOnRandomTexts) {
-    std::mt19937 random(20);
-    const std::string bytes = "a\t\n\r\xFF\t\nb\0"s; // those behind the first seven come up less
-    for (int i = 0; i < 50000; ++i) {
-        const std::size_t length = random() % (i % 50 == 0 ? 900 : 24);
-        const std::size_t dense = random() % 8 + 1; // one byte in so many is drawn, the others are fillers
-        std::string text;
-        while (text.size() < length) {
-            const bool drawn = random() % dense == 0;
-            const std::size_t kinds = random() % 8 == 0 ? bytes.size() : 4;
-            text += drawn ? bytes[random() % kinds] : 'c';
-        }
-        for (std::uint32_t flags = 0; flags < 8; ++flags) {
-            ASSERT_EQ(GridOf(text, flags), Model(text, flags).Grid()) << testing::PrintToString(text) << flags;
-        }
-    }
 }
 
 TEST_F(TabFile, ReadsNumbersInAnyLocale) {
