@@ -1,13 +1,16 @@
-// The rounding is std::from_chars's, which knows no locale. It isn't given the text as it stands, for three reasons: it
-// leaves the value unset when that is out of range, it loses count of exponents beyond some ten thousand, and it takes
-// no plus sign and no "0x". So the text is read here into its significant digits and a power of the base, and
-// from_chars gets a canonical text of bounded length: the digits as an integer, and an exponent that can't be far from
-// range.
+// Numbers from text and back. The rounding is std::from_chars's, which knows no locale. It isn't given the text of a
+// real as it is, for three reasons:
+//  - it leaves the value unset when that is out of range, and infinity and zero are both out of range;
+//  - implementations lose count of exponents beyond some ten thousand, which a long text's digits may make up for;
+//  - it takes no plus sign and no "0x".
+// So the text is read here into its significant digits and a power of the base, and from_chars gets a canonical text of
+// bounded length: the digits as an integer, and an exponent. This is for the sake of exact values alone. No benchmark
+// row has a use for a short cut: with texts given to from_chars at once, LoadReadable takes as long.
 //
 // Invariants of Numeral, after each byte read:
-//  - its value is `digits`, read as an integer, times base to the `power`, plus less than one unit of the last digit;
-//  - `digits` starts with no zero; a value of zero has no digits;
-//  - `lost` is set if and only if a digit other than zero was left out.
+// 1. Its value is `digits`, read as an integer, times base to the `power`, plus less than one unit of the last digit.
+// 2. `digits` starts with no zero; a value of zero has no digits.
+// 3. `lost` is set if and only if a digit other than zero was left out.
 
 #include "platform/number_text.h"
 
@@ -37,19 +40,17 @@ struct Numeral {
     bool lost = false;
 };
 
-/// What differs between decimal and hexadecimal: the letters, how many units of the exponent a digit shifts by, and
-/// from where on a value's magnitude (the exponent of its leading digit) is surely infinite, or surely zero.
+/// What differs between decimal and hexadecimal: the digits, the letter before the exponent, and by how much the
+/// exponent changes when the point moves by a digit.
 struct Notation {
     int base;
     char exponent_mark;
     int exponent_per_digit;
-    std::int64_t surely_infinite;
-    std::int64_t surely_zero;
     std::chars_format format;
 };
 
-constexpr Notation kDecimal = {10, 'e', 1, 310, -330, std::chars_format::general};
-constexpr Notation kHexadecimal = {16, 'p', 4, 1030, -1080, std::chars_format::hex};
+constexpr Notation kDecimal = {10, 'e', 1, std::chars_format::general};
+constexpr Notation kHexadecimal = {16, 'p', 4, std::chars_format::hex};
 
 bool IsSpace(char byte) { return byte == ' ' || (byte >= '\t' && byte <= '\r'); }
 
@@ -59,7 +60,8 @@ bool IsDigit(char byte, int base) {
     return IsDecimalDigit(byte) || (base == 16 && LowerCase(byte) >= 'a' && LowerCase(byte) <= 'f');
 }
 
-/// Moves `first` behind white space and one sign. Answers whether the sign is a minus.
+/// Moves `first` behind white space and one sign.
+/// returns  whether the sign is a minus
 bool SkipSign(const char*& first, const char* last) {
     while (first != last && IsSpace(*first)) ++first;
     if (first == last || (*first != '-' && *first != '+')) return false;
@@ -85,20 +87,21 @@ void TakeDigit(Numeral& numeral, char digit, bool in_fraction) {
     if (!in_fraction && left_out) ++numeral.power;
 }
 
-/// Reads digits with one point at most. Answers where they end; null if there is no digit.
+/// Reads digits with one point at most.
+/// returns  where they end; null if there is no digit
 const char* ReadDigits(const char* first, const char* last, int base, Numeral& numeral) {
-    bool any = false, in_fraction = false;
+    bool has_digit = false, in_fraction = false;
     for (; first != last; ++first) {
         if (IsDigit(*first, base)) {
             TakeDigit(numeral, *first, in_fraction);
-            any = true;
+            has_digit = true;
         } else if (*first == '.' && !in_fraction) {
             in_fraction = true;
         } else {
             break;
         }
     }
-    return any ? first : nullptr;
+    return has_digit ? first : nullptr;
 }
 
 /// The exponent that the text begins with; 0 if it begins with none, or with a mark that no digit follows.
@@ -115,7 +118,7 @@ std::int64_t ReadExponent(const char* first, const char* last, char mark) {
     return negative ? -exponent : exponent;
 }
 
-/// The double nearest to the numeral times the notation's exponent base to the `exponent`.
+/// The double nearest to the numeral's digits with that exponent; `out_of_range` if no double is near.
 double Round(const Numeral& numeral, std::int64_t exponent, const Notation& notation, double out_of_range) {
     char text[kMostDigits + 32];
     std::memcpy(text, numeral.digits, static_cast<std::size_t>(numeral.count));
@@ -140,21 +143,20 @@ double ReadNumeral(const char* first, const char* last, const Notation& notation
     }
     const std::int64_t exponent =
         numeral.power * notation.exponent_per_digit + ReadExponent(behind, last, notation.exponent_mark);
+    // The exponent of the place before the leading digit.
     const std::int64_t magnitude = std::int64_t{numeral.count} * notation.exponent_per_digit + exponent;
-    const double out_of_range = magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0;
-    if (magnitude > notation.surely_infinite || magnitude < notation.surely_zero) return out_of_range;
-    return Round(numeral, exponent, notation, out_of_range);
+    return Round(numeral, exponent, notation, magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0);
 }
 
 double ReadMagnitude(const char* first, const char* last) {
     if (BeginsWith(first, last, "inf")) return std::numeric_limits<double>::infinity();
     if (BeginsWith(first, last, "nan")) return std::numeric_limits<double>::quiet_NaN();
-    // A "0x" that no digit follows is a zero with a letter behind it, which comes to the same.
+    // A "0x" that no digit follows is a zero with a letter behind it: zero too.
     if (BeginsWith(first, last, "0x")) return ReadNumeral(first + 2, last, kHexadecimal);
     return ReadNumeral(first, last, kDecimal);
 }
 
-/// Whether a number begins here: without one, a sign before it counts for nothing.
+/// Whether a number begins here. If none does, the sign before it is ignored.
 bool BeginsNumber(const char* first, const char* last) {
     if (BeginsWith(first, last, "inf") || BeginsWith(first, last, "nan")) return true;
     if (BeginsWith(first, last, ".")) ++first;
@@ -192,7 +194,7 @@ double TextToReal(const char* first, const char* last) {
 
 float TextToFloat(const char* first, const char* last) {
     const NearestRounding rounding;
-    // Volatile, or compilers put the narrowing off until the host's rounding is back.
+    // Volatile, or compilers postpone the narrowing until the host's rounding is back.
     const volatile float nearest = static_cast<float>(TextToReal(first, last));
     return nearest;
 }
