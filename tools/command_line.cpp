@@ -1,7 +1,12 @@
+// Implementation of the shared options and of printing.
+
 #include "tools/command_line.h"
 
+#include "tools/draw_tree.h"
 #include "tools/failure.h"
+#include "tools/json_output.h"
 #include "tools/terminal.h"
+#include "tools/terminal_text.h"
 
 #include <cstdio>
 #include <filesystem>
@@ -9,49 +14,49 @@
 
 namespace Command {
 
-void OfferShowing(CLI::App& command, Showing& showing) {
-    command.add_flag("--json", showing.as_json, "Write JSON, for scripts");
-    command.add_option("--color", showing.colour, "Colours: auto, always or never")
+void AddTreeOptions(CLI::App& command, TreeOptions& options) {
+    command.add_flag("--json", options.as_json, "Write JSON, for scripts");
+    command.add_option("--color", options.colour, "Use colours: auto, always or never")
         ->check(CLI::IsMember({"auto", "always", "never"}));
-    command.add_option("--depth", showing.depth, "Draw this many levels only")->check(CLI::NonNegativeNumber);
+    command.add_option("--depth", options.depth, "Draw only this many levels")->check(CLI::NonNegativeNumber);
 }
 
-int Show(const Outline& rows, const Showing& showing) {
-    if (showing.as_json) {
+int PrintTree(const RowList& rows, const TreeOptions& options) {
+    if (options.as_json) {
         WriteJson(rows, stdout);
     } else {
-        const bool has_colour = showing.colour == "auto" ? TakesColour(stdout) : showing.colour == "always";
-        Draw(rows, has_colour, stdout);
+        const bool has_colour = options.colour == "auto" ? SupportsColour(stdout) : options.colour == "always";
+        DrawTree(rows, has_colour, stdout);
     }
-    return kDone;
+    return kSucceeded;
 }
 
-void OfferAsking(CLI::App& command, Asking& asking) {
-    command.add_flag("--json", asking.as_json, "Write JSON, for scripts; tables and arrays too");
-    command.add_option("--fallback", asking.fallback, "What to print if there is no value");
+void AddValueOptions(CLI::App& command, ValueOptions& options) {
+    command.add_flag("--json", options.as_json, "Write JSON, for scripts; also prints tables and arrays");
+    command.add_option("--fallback", options.fallback, "Print this text if there is no value");
 }
 
-int Answer(const std::string& file, const std::string& way, const Outline& rows, const Asking& asking) {
-    if (rows.empty() && !asking.fallback) throw Failure(file, "has no " + way);
-    Row missing;
-    missing.value = asking.fallback.value_or("");
-    const Outline& answer = rows.empty() ? Outline{missing} : rows;
-    const Row& row = answer.front();
-    if (asking.as_json) {
-        WriteJson(answer, stdout);
-    } else if (row.shape == Shape::Table || row.shape == Shape::Array) {
-        throw Failure(file, way + " is no plain value: " + Describe(row));
+int PrintValue(const std::string& file, const std::string& path, const RowList& rows, const ValueOptions& options) {
+    if (rows.empty() && !options.fallback) throw Failure(file, "has no " + path);
+    Row fallback;
+    fallback.value = options.fallback.value_or("");
+    const RowList& printed = rows.empty() ? RowList{fallback} : rows;
+    const Row& row = printed.front();
+    if (options.as_json) {
+        WriteJson(printed, stdout);
+    } else if (IsContainer(row)) {
+        throw Failure(file, path + " is not a plain value: " + Describe(row));
     } else {
         std::fwrite(row.value.data(), 1, row.value.size(), stdout);
         std::fputc('\n', stdout);
     }
-    return kDone;
+    return kSucceeded;
 }
 
-KeyPath ParseWay(const std::string& way) {
-    std::optional<KeyPath> pieces = SplitKeys(way);
-    if (!pieces) throw CLI::ValidationError("KEY", "a quote is open, or something stands behind one: " + way);
-    return *pieces;
+KeyPath ParseKeyPath(const std::string& path) {
+    std::optional<KeyPath> keys = SplitKeyPath(path);
+    if (!keys) throw CLI::ValidationError("KEY", "a quote is not closed, or text follows its end: " + path);
+    return *std::move(keys);
 }
 
 std::string MessageOf(const std::exception& failure) {
@@ -62,7 +67,7 @@ std::string MessageOf(const std::exception& failure) {
     return Printable(failure.what());
 }
 
-void FinishOutput() {
+void FlushOutput() {
     if (std::fflush(stdout) != 0 || std::ferror(stdout)) throw Failure("standard output", "can't be written");
 }
 

@@ -1,63 +1,77 @@
-/// What the commands share: how they are offered on the command line, and how they answer.
+// What the groups of commands share: exit statuses, options, and how a tree or one value is printed.
 
 #ifndef TESSARIN_TOOLS_COMMAND_LINE_H
 #define TESSARIN_TOOLS_COMMAND_LINE_H
 
 #include "tools/key_path.h"
-#include "tools/outline.h"
+#include "tools/row_list.h"
 
 #include <CLI/CLI.hpp>
 
 #include <exception>
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 
 namespace Command {
 
 /// The exit statuses.
-inline constexpr int kDone = 0;
-inline constexpr int kFailed = 1; ///< the job failed, or what was asked for is missing, or differs
-inline constexpr int kWrongUse = 2;
+inline constexpr int kSucceeded = 0;
+inline constexpr int kFailed = 1; // an error, a requested value that is missing, or files that differ
+inline constexpr int kUsageError = 2;
 
-/// The job that the command line asks for. It runs once all of the line is understood, and answers an exit status.
+/// The work of the command that the user chose; returns an exit status. It runs when all of the line has been parsed.
 using Job = std::function<int()>;
 
-/// Adds the commands to `app`; the one that is asked for puts its work into `job`. They borrow both.
-void OfferConfig(CLI::App& app, Job& job);
-void OfferTable(CLI::App& app, Job& job);
-void OfferTab(CLI::App& app, Job& job);
+/// Each adds a group of commands to `app`. The command that the user chooses stores its work in `job`. Both are
+/// borrowed.
+void AddConfigCommands(CLI::App& app, Job& job);
+void AddTableCommands(CLI::App& app, Job& job);
+void AddTabCommands(CLI::App& app, Job& job);
 
-/// How a tree is shown.
-struct Showing {
+/// Adds a command to a group. Its arguments live until its work has run.
+/// Returns the command and its arguments, for adding the options.
+template <class Arguments>
+std::pair<CLI::App*, std::shared_ptr<Arguments>> AddCommand(CLI::App& group, Job& job, const char* name,
+                                                            const char* description, int (*run)(const Arguments&)) {
+    CLI::App* const command = group.add_subcommand(name, description);
+    auto arguments = std::make_shared<Arguments>();
+    command->callback([&job, arguments, run] { job = [arguments, run] { return run(*arguments); }; });
+    return {command, arguments};
+}
+
+/// How a tree is printed.
+struct TreeOptions {
     bool as_json = false;
     std::string colour = "auto";
-    std::size_t depth = kWhole;
+    std::size_t depth = kUnlimitedDepth;
 };
-void OfferShowing(CLI::App& command, Showing& showing);
-/// Draws or writes a tree to standard output. Answers an exit status.
-int Show(const Outline& rows, const Showing& showing);
+void AddTreeOptions(CLI::App& command, TreeOptions& options);
+/// Draws a tree on standard output, or writes it as JSON. Returns an exit status.
+int PrintTree(const RowList& rows, const TreeOptions& options);
 
-/// How one value is asked for.
-struct Asking {
+/// How one value is printed.
+struct ValueOptions {
     bool as_json = false;
     std::optional<std::string> fallback;
 };
-void OfferAsking(CLI::App& command, Asking& asking);
-/// Prints a plain value, or in its stead the fallback; as JSON the tree. Throws Failure if there are neither, and for
-/// a table or an array that should be plain.
-/// rows  the tree of the value, none if it is missing
-/// way   what was asked for, for messages
-int Answer(const std::string& file, const std::string& way, const Outline& rows, const Asking& asking);
+void AddValueOptions(CLI::App& command, ValueOptions& options);
+/// Prints a plain value, or the fallback if it is missing; as JSON also a table or an array. Throws Failure without a
+/// value and a fallback, and for a table or an array that isn't printed as JSON. Returns an exit status.
+/// rows  the tree of the value, empty if it is missing
+/// path  where the value was looked for, for messages
+int PrintValue(const std::string& file, const std::string& path, const RowList& rows, const ValueOptions& options);
 
-/// The pieces of a way. Throws CLI::ValidationError for one that can't be split.
-KeyPath ParseWay(const std::string& way);
+/// The keys of a path. Throws CLI::ValidationError for one that can't be split.
+KeyPath ParseKeyPath(const std::string& path);
 
-/// What is wrong, in one line that commands no terminal.
+/// An error's message, safe to print on a terminal.
 std::string MessageOf(const std::exception& failure);
 
-/// Throws Failure unless all that was written to standard output has arrived there.
-void FinishOutput();
+/// Throws Failure unless everything that was written to standard output has arrived there.
+void FlushOutput();
 
 } // namespace Command
 

@@ -1,281 +1,224 @@
-// `tessarin config`. A file that is changed is written anew from its tree, and read back before it takes its place: the
-// text form can't say everything, and what it would lose must not be lost in silence.
+// The commands `tessarin config`.
 
 #include "tools/command_line.h"
-#include "tools/compile_tree.h"
+#include "tools/compile_file.h"
+#include "tools/compile_folder.h"
+#include "tools/config_diff.h"
+#include "tools/config_edit.h"
 #include "tools/config_tree.h"
+#include "tools/draw_tree.h"
 #include "tools/failure.h"
+#include "tools/json_output.h"
+#include "tools/terminal_text.h"
 
-#include <tessarin/interned_strings.h>
-
-#include <memory>
+#include <cstdio>
 #include <utility>
 
 namespace Command {
 
 namespace {
 
-using Configure::IIterator;
-
-// The arguments of one command; each takes those that are its own.
+// The arguments of one command; each command uses those that it has options for.
 struct Arguments {
     std::string file;
-    std::string way;
-    std::string value;
+    std::string path;
+    std::string text;
     std::string output;
-    Showing showing;
-    Asking asking;
-    TreeJob tree;
+    TreeOptions tree;
+    ValueOptions value;
+    CompileFolderOptions folder;
     bool is_table = false;
     bool is_array = false;
-    bool makes_parents = false;
-    CLI::Option* value_option = nullptr; // tells an empty value from none
+    bool creates_parents = false;
+    CLI::Option* text_option = nullptr; // distinguishes an empty text from none
 };
-using Shared = std::shared_ptr<Arguments>;
 
 // ------------------------------------------------------------------------------------------------------------- reading
 
-int ShowCommand(const Arguments& given) {
-    const KeyPath way = ParseWay(given.way);
-    const Input input(given.file);
+int RunShow(const Arguments& arguments) {
+    const KeyPath path = ParseKeyPath(arguments.path);
+    const InputFile input(arguments.file);
     const ConfigFile file = OpenConfig(input);
-    const Place place = Find(RootOf(file), way);
-    if (!place) throw Failure(input.Name(), "has no " + given.way);
-    return Show(OutlineOf(place, way.empty() ? input.Name() : given.way, given.showing.depth), given.showing);
+    const Node node = FindNode(RootOf(file), path);
+    if (!node) throw Failure(input.Name(), "has no " + arguments.path);
+    const std::string& title = path.empty() ? input.Name() : arguments.path;
+    return PrintTree(ListNode(node, title, arguments.tree.depth), arguments.tree);
 }
 
-int GetCommand(const Arguments& given) {
-    const KeyPath way = ParseWay(given.way);
-    const Input input(given.file);
+int RunGet(const Arguments& arguments) {
+    const KeyPath path = ParseKeyPath(arguments.path);
+    const InputFile input(arguments.file);
     const ConfigFile file = OpenConfig(input);
-    const Place place = Ask(RootOf(file), way);
-    const Outline rows = place ? OutlineOf(place, "", kWhole) : Outline{};
-    return Answer(input.Name(), given.way, rows, given.asking);
+    const Node node = FindNodeOrDefault(RootOf(file), path);
+    const RowList rows = node ? ListNode(node, "", kUnlimitedDepth) : RowList{};
+    return PrintValue(input.Name(), arguments.path, rows, arguments.value);
 }
 
-Row ListRow(Shape shape, std::size_t depth, const char* key) {
+Row DiffRow(Shape shape, std::size_t depth, const char* key, const std::string& value = "") {
     Row row;
     row.shape = shape;
     row.depth = depth;
     row.key = key;
+    row.value = value;
     row.is_in_array = depth == 1;
     return row;
 }
 
-// One object of the list of differences: the way, and what stands there in the file or files that have it.
-void ListDifference(Outline& list, const Difference& found) {
-    const auto put = [&](const char* key, const std::string& value) {
-        list.push_back(ListRow(Shape::Text, 2, key));
-        list.back().value = value;
+// Adds one object to the list of differences: the path, and the values in the files that have it.
+void ListDifference(RowList& list, const Difference& found) {
+    const auto add = [&](const char* key, const std::string& value) {
+        list.push_back(DiffRow(Shape::Text, 2, key, value));
     };
-    const auto side = [&](const char* key, const Row* row) {
-        if (row) put(key, row->shape == Shape::Text ? row->value : Describe(*row));
+    const auto add_side = [&](const char* key, const Row* row) {
+        if (row) add(key, row->shape == Shape::Text ? row->value : Describe(*row));
     };
-    list.push_back(ListRow(Shape::Table, 1, ""));
-    put("key", found.way);
-    side("before", found.before);
-    side("after", found.after);
+    list.push_back(DiffRow(Shape::Table, 1, ""));
+    add("key", found.path);
+    add_side("before", found.before);
+    add_side("after", found.after);
 }
 
-int DiffCommand(const Arguments& given) {
-    if (given.file == "-" && given.output == "-") {
-        throw CLI::ValidationError("AFTER", "standard input is the other file already");
+int RunDiff(const Arguments& arguments) {
+    if (arguments.file == "-" && arguments.output == "-") {
+        throw CLI::ValidationError("AFTER", "only one of the two files can be standard input");
     }
-    const Input before(given.file);
-    const Input after(given.output);
+    const InputFile before(arguments.file);
+    const InputFile after(arguments.output);
     const ConfigFile first = OpenConfig(before);
     const ConfigFile second = OpenConfig(after);
-    int status = kDone;
+    int status = kSucceeded;
     const auto print = [](char sign, const Difference& found, const Row* row) {
-        if (row) std::printf("%c %s = %s\n", sign, Printable(found.way).c_str(), Describe(*row).c_str());
+        if (row) std::printf("%c %s = %s\n", sign, Printable(found.path).c_str(), Describe(*row).c_str());
     };
-    Outline list{ListRow(Shape::Array, 0, "")};
-    Compare(RootOf(first), RootOf(second), [&](const Difference& found) {
+    RowList list{DiffRow(Shape::Array, 0, "")};
+    CompareTrees(RootOf(first), RootOf(second), [&](const Difference& found) {
         status = kFailed;
-        if (given.showing.as_json) return ListDifference(list, found);
+        if (arguments.tree.as_json) return ListDifference(list, found);
         print('-', found, found.before);
         print('+', found, found.after);
     });
-    if (given.showing.as_json) WriteJson(list, stdout);
+    if (arguments.tree.as_json) WriteJson(list, stdout);
     return status;
 }
 
-// ------------------------------------------------------------------------------------------------------------- writing
+// ------------------------------------------------------------------------------------------------------------ changing
 
-// Writes a tree as text in the place of a file, unless something of it would be lost.
-// way  what has been changed in it; empty if nothing has
-void ReplaceByText(const ConfigFile& file, const std::string& target, const std::string& way) {
-    Draft draft(target);
-    const ConfigFile saved = SaveInto(draft, file, Configure::FORMAT_TEXT);
-    Compare(RootOf(file), RootOf(saved), [&](const Difference& lost) {
-        // A quote in a change may swallow anything behind it: what is lost first isn't what lost it.
-        throw Failure(draft.Name(), "isn't written, as a text can't hold " + ToUtf8(way.empty() ? lost.way : way));
-    });
-    draft.Keep();
-}
-
-// Changes a file in its place, or to where the output goes; standard input goes to standard output.
+// Changes a file in its place, or writes the result to the output; standard input goes to standard output.
 template <class Change>
-int ChangeCommand(const Arguments& given, Change change) {
-    const KeyPath way = ParseWay(given.way);
-    if (way.empty()) throw CLI::ValidationError("KEY", "no key");
-    const Input input(given.file);
-    const ConfigFile file = EditConfig(input);
-    change(input, RootOf(file), way);
-    ReplaceByText(file, given.output.empty() ? given.file : given.output, given.way);
-    return kDone;
+int ChangeFile(const Arguments& arguments, Change change) {
+    const KeyPath path = ParseKeyPath(arguments.path);
+    if (path.empty()) throw CLI::ValidationError("KEY", "is empty");
+    const InputFile input(arguments.file);
+    const ConfigFile file = OpenConfigForEditing(input);
+    change(EditTarget{file, input.Name(), arguments.path, path});
+    SaveAsText(file, arguments.output.empty() ? arguments.file : arguments.output, arguments.path);
+    return kSucceeded;
 }
 
-KeyPath Parents(const KeyPath& way) { return {way.begin(), way.end() - 1}; }
-
-IIterator* UnitAt(const Input& input, const Arguments& given, const Place& root, const KeyPath& way) {
-    IIterator* const unit = FindUnit(Find(root, Parents(way)), way.back());
-    if (!unit) throw Failure(input.Name(), "has no " + given.way);
-    return unit;
+int RunSet(const Arguments& arguments) {
+    return ChangeFile(arguments, [&](const EditTarget& target) { SetEntry(target, arguments.text); });
 }
 
-int SetCommand(const Arguments& given) {
-    return ChangeCommand(given, [&](const Input& input, const Place& root, const KeyPath& way) {
-        IIterator* const unit = UnitAt(input, given, root, way);
-        if (unit->IsTable() || unit->IsArray()) throw Failure(input.Name(), given.way + " is no plain value");
-        if (!unit->SetString(given.value.c_str())) throw Failure(input.Name(), "takes no text that long");
-    });
-}
-
-int RemoveCommand(const Arguments& given) {
-    return ChangeCommand(given, [&](const Input& input, const Place& root, const KeyPath& way) {
-        IIterator* const unit = UnitAt(input, given, root, way);
-        const Place parent = Find(root, Parents(way));
-        parent.table ? parent.table->Remove(unit) : parent.array->Remove(unit);
-    });
-}
-
-IIterator* AddTo(const Place& parent, const std::string& piece, const Arguments& given) {
-    // The key as a file's own text would give it: in path form, if it is one.
-    const bool is_path = piece.find_first_of("/\\") != std::string::npos;
-    const char* const key = is_path ? cstr_path(piece.c_str()) : piece.c_str();
-    Configure::ITable* const table = parent.table;
-    Configure::IArray* const array = parent.array;
-    if (given.is_table) return table ? table->AddTable(key) : array->AddTable(0);
-    if (given.is_array) return table ? table->AddArray(key) : array->AddArray(0);
-    return table ? table->AddString(key, given.value.c_str()) : array->AddString(0, given.value.c_str());
-}
-
-// The table or array that the new entry goes to.
-Place MakeParents(const Input& input, Place place, const KeyPath& way, bool makes_them) {
-    for (const std::string& piece : Parents(way)) {
-        IIterator* unit = FindUnit(place, piece);
-        if (!unit && makes_them && place.table) unit = place.table->AddTable(piece.c_str());
-        if (!unit) throw Failure(input.Name(), "has no " + SpellKey(piece) + " on the way");
-        place = PlaceOf(unit);
-    }
-    if (!place.table && !place.array) throw Failure(input.Name(), "has a text where a table is needed");
-    return place;
-}
-
-void Add(const Input& input, const Place& parent, const std::string& piece, const Arguments& given) {
-    if (parent.array && piece != "-" && PositionOf(piece) != parent.array->GetCount()) {
-        throw Failure(input.Name(), "adds to an array at its end alone, which is `-`");
-    }
-    if (FindUnit(parent, piece)) throw Failure(input.Name(), "has " + given.way + " already");
-    if (!AddTo(parent, piece, given)) throw Failure(input.Name(), "takes no such key or text");
-}
-
-int AddCommand(const Arguments& given) {
-    if (given.value_option->empty() && !given.is_table && !given.is_array) {
+int RunAdd(const Arguments& arguments) {
+    if (arguments.text_option->empty() && !arguments.is_table && !arguments.is_array) {
         throw CLI::RequiredError("VALUE, --table or --array");
     }
-    return ChangeCommand(given, [&](const Input& input, const Place& root, const KeyPath& way) {
-        Add(input, MakeParents(input, root, way, given.makes_parents), way.back(), given);
+    const NewEntry kind = arguments.is_table ? NewEntry::Table : arguments.is_array ? NewEntry::Array : NewEntry::Text;
+    return ChangeFile(arguments, [&](const EditTarget& target) {
+        AddEntry(target, kind, arguments.text, arguments.creates_parents);
     });
 }
 
-int TextCommand(const Arguments& given) {
-    const Input input(given.file);
-    ReplaceByText(OpenConfig(input), given.output, "");
-    return kDone;
+int RunRemove(const Arguments& arguments) { return ChangeFile(arguments, RemoveEntry); }
+
+// ---------------------------------------------------------------------------------------------------------- converting
+
+int RunText(const Arguments& arguments) {
+    const InputFile input(arguments.file);
+    SaveAsText(OpenConfig(input), arguments.output, "");
+    return kSucceeded;
 }
 
-int CompileCommand(const Arguments& given) {
-    if (given.tree.is_asked) return CompileTree(given.file, given.output, given.tree);
-    CompileFile(given.file, given.output,
+int RunCompile(const Arguments& arguments) {
+    if (arguments.folder.is_requested) return CompileFolder(arguments.file, arguments.output, arguments.folder);
+    CompileFile(arguments.file, arguments.output,
                 [](const std::string& warning) { std::fprintf(stderr, "tessarin: %s\n", warning.c_str()); });
-    return kDone;
+    return kSucceeded;
 }
 
-// ------------------------------------------------------------------------------------------------------------ offering
+// ------------------------------------------------------------------------------------------------------------- options
 
 using Run = int (*)(const Arguments&);
 
-// One command with the file that it reads, or whatever else its first argument is.
-std::pair<CLI::App*, Shared> Offer(CLI::App& group, Job& job, const char* name, const char* what, Run run,
-                                   const char* first = "FILE") {
-    CLI::App* const command = group.add_subcommand(name, what);
-    auto given = std::make_shared<Arguments>();
-    command->add_option(first, given->file, "The file; - is standard input")->required();
-    command->callback([&job, given, run] { job = [given, run] { return run(*given); }; });
-    return {command, given};
+CLI::Option* AddFile(CLI::App& command, Arguments& arguments, const char* name = "FILE") {
+    return command.add_option(name, arguments.file, "The file; - is standard input")->required();
 }
 
-void OfferWay(CLI::App& command, Arguments& given, bool is_required) {
-    command.add_option("KEY", given.way, "Keys with / between them; \"a/b\" is one key; in an array a position")
-        ->required(is_required);
+CLI::Option* AddKey(CLI::App& command, Arguments& arguments) {
+    return command.add_option("KEY", arguments.path,
+                              "Keys with / between them; \"a/b\" in quotes is one key; in an array, a position");
 }
 
-void OfferReading(CLI::App& group, Job& job) {
-    const auto [show, shown] = Offer(group, job, "show", "Draw a file's tree, or a part of it", ShowCommand);
-    OfferWay(*show, *shown, false);
-    OfferShowing(*show, shown->showing);
-    const auto [get, asked] = Offer(group, job, "get", "Print one value, a _default's where it serves", GetCommand);
-    OfferWay(*get, *asked, true);
-    OfferAsking(*get, asked->asking);
-    const auto [diff, compared] =
-        Offer(group, job, "diff", "Compare what two files hold, in either form", DiffCommand, "BEFORE");
-    diff->add_option("AFTER", compared->output, "The other file")->required();
-    diff->add_flag("--json", compared->showing.as_json, "Write JSON, for scripts");
+void AddReadCommands(CLI::App& group, Job& job) {
+    const auto [show, shown] = AddCommand(group, job, "show", "Draw the tree of a file, or a part of it", RunShow);
+    AddFile(*show, *shown);
+    AddKey(*show, *shown);
+    AddTreeOptions(*show, shown->tree);
+    const auto [get, requested] = AddCommand(group, job, "get", "Print one value, defaults included", RunGet);
+    AddFile(*get, *requested);
+    AddKey(*get, *requested)->required();
+    AddValueOptions(*get, requested->value);
+    const auto [diff, compared] = AddCommand(group, job, "diff", "Compare the contents of two files", RunDiff);
+    AddFile(*diff, *compared, "BEFORE");
+    diff->add_option("AFTER", compared->output, "The other file; - is standard input")->required();
+    diff->add_flag("--json", compared->tree.as_json, "Write JSON, for scripts");
 }
 
-void OfferChanges(CLI::App& group, Job& job) {
-    const auto offer = [&](const char* name, const char* what, Run run) {
-        auto offered = Offer(group, job, name, what, run);
-        OfferWay(*offered.first, *offered.second, true);
-        offered.first->add_option("-o,--output", offered.second->output,
-                                  "Write here and leave FILE alone; - is standard output");
-        return offered;
+void AddChangeCommands(CLI::App& group, Job& job) {
+    const auto add_command = [&](const char* name, const char* description, Run run) {
+        auto added = AddCommand(group, job, name, description, run);
+        AddFile(*added.first, *added.second);
+        AddKey(*added.first, *added.second)->required();
+        added.first->add_option("-o,--output", added.second->output,
+                                "Write here and leave FILE unchanged; - is standard output");
+        return added;
     };
-    const auto [set, changed] = offer("set", "Change a value in a text file. Comments aren't kept", SetCommand);
-    set->add_option("VALUE", changed->value, "The new text")->required();
+    const auto [set, changed] = add_command("set", "Change a value in a text file; comments are lost", RunSet);
+    set->add_option("VALUE", changed->text, "The new text")->required();
     const auto [add, added] =
-        offer("add", "Add a value, a table or an array to a text file. Comments aren't kept", AddCommand);
-    added->value_option = add->add_option("VALUE", added->value, "The text");
+        add_command("add", "Add a value, a table or an array to a text file; comments are lost", RunAdd);
+    added->text_option = add->add_option("VALUE", added->text, "The text");
     CLI::Option* const table = add->add_flag("--table", added->is_table, "Add an empty table");
     CLI::Option* const array = add->add_flag("--array", added->is_array, "Add an empty array");
-    table->excludes(added->value_option)->excludes(array);
-    array->excludes(added->value_option);
-    add->add_flag("-p,--parents", added->makes_parents, "Add the tables on the way that are missing");
-    offer("remove", "Remove an entry with all it holds from a text file. Comments aren't kept", RemoveCommand);
+    table->excludes(added->text_option)->excludes(array);
+    array->excludes(added->text_option);
+    add->add_flag("-p,--parents", added->creates_parents, "Add missing tables of the path");
+    add_command("remove", "Remove an entry and everything below it from a text file; comments are lost", RunRemove);
 }
 
-void OfferForms(CLI::App& group, Job& job) {
-    const auto [text, written] = Offer(group, job, "text", "Write a file of either form as text", TextCommand, "IN");
+void AddConversionCommands(CLI::App& group, Job& job) {
+    const auto [text, written] = AddCommand(group, job, "text", "Write a file of either form as text", RunText);
+    AddFile(*text, *written, "IN");
     text->add_option("OUT", written->output, "The text file; - is standard output")->required();
-    const auto [compile, made] =
-        Offer(group, job, "compile", "Write a file of either form in binary form", CompileCommand, "IN");
-    compile->add_option("OUT", made->output, "The compiled file; - is standard output")->required();
-    CLI::Option* const tree =
-        compile->add_flag("--tree", made->tree.is_asked, "IN and OUT are folders: compile each file that has changed");
-    compile->add_option("--match", made->tree.pattern, "Only files whose name fits, as *.txt does")->needs(tree);
-    compile->add_flag("--force", made->tree.is_forced, "Compile what hasn't changed, too")->needs(tree);
+    const auto [compile, compiled] =
+        AddCommand(group, job, "compile", "Write a file of either form in binary form", RunCompile);
+    AddFile(*compile, *compiled, "IN");
+    compile->add_option("OUT", compiled->output, "The compiled file; - is standard output")->required();
+    CLI::Option* const tree = compile->add_flag("--tree", compiled->folder.is_requested,
+                                                "Take IN and OUT as folders and compile each file that has changed");
+    compile->add_option("--match", compiled->folder.pattern, "Compile only files whose name matches, such as *.txt")
+        ->needs(tree);
+    compile->add_flag("--force", compiled->folder.is_forced, "Compile unchanged files, too")->needs(tree);
 }
 
 } // namespace
 
-void OfferConfig(CLI::App& app, Job& job) {
+void AddConfigCommands(CLI::App& app, Job& job) {
     CLI::App* const group = app.add_subcommand("config", "Configuration files, as text or compiled");
     group->require_subcommand(1);
-    OfferReading(*group, job);
-    OfferChanges(*group, job);
-    OfferForms(*group, job);
+    AddReadCommands(*group, job);
+    AddChangeCommands(*group, job);
+    AddConversionCommands(*group, job);
 }
 
 } // namespace Command

@@ -1,63 +1,64 @@
-/// Configuration trees as the commands need them: opened with a reason where that fails, walked, asked by a way, and
-/// compared.
+// Nodes of a configuration tree: finding one by its key path, going over its children, listing it as rows.
 
 #ifndef TESSARIN_TOOLS_CONFIG_TREE_H
 #define TESSARIN_TOOLS_CONFIG_TREE_H
 
-#include "tools/files.h"
+#include "tools/config_file.h"
 #include "tools/key_path.h"
-#include "tools/outline.h"
+#include "tools/row_list.h"
 
 #include <tessarin/configure.h>
 
-#include <functional>
-#include <memory>
+#include <cstddef>
+#include <string>
 
 namespace Command {
 
-struct FileReleaser {
-    void operator()(Configure::IFile* file) const { file->Release(); }
-};
-using ConfigFile = std::unique_ptr<Configure::IFile, FileReleaser>;
-
-/// What stands at one place of a tree: one of the three, or nothing.
-struct Place {
+/// What an entry holds: one of the three, or nothing. The pointers are the tree's own.
+struct Node {
     Configure::ITable* table = nullptr;
     Configure::IArray* array = nullptr;
     cstr text = nullptr;
 
     explicit operator bool() const { return table || array || text; }
 };
-Place PlaceOf(Configure::IIterator* unit);
-/// A file's root.
-Place RootOf(const ConfigFile& file);
+Node NodeOf(Configure::IIterator* entry);
+Node RootOf(const ConfigFile& file);
 
-/// Loads a file in either form; text in the order of the file. Throws Failure.
-ConfigFile OpenConfig(const Input& input);
-/// Loads a text file for editing. Throws Failure.
-ConfigFile EditConfig(const Input& input);
+/// The entry of a key in a table or of a position in an array; null if there is none, and for any other node. A key is
+/// looked up as it is, then in its path form.
+Configure::IIterator* FindEntry(const Node& node, const std::string& key);
+/// What the file itself has at a key path; an empty node if there is nothing.
+Node FindNode(Node root, const KeyPath& path);
+/// What a program gets that asks for a key path: where a table has no such key, its `_default` supplies the value.
+Node FindNodeOrDefault(Node root, const KeyPath& path);
 
-/// What a program gets that asks for a way: where a table has no such key, its `_default` answers.
-Place Ask(Place place, const KeyPath& way);
-/// What stands at a way in the file itself.
-Place Find(Place place, const KeyPath& way);
-/// The Unit of a key in a table or of a position in an array, or null. A key is found as it is, and in its path form.
-Configure::IIterator* FindUnit(const Place& place, const std::string& piece);
+/// A cursor over the children of a table or an array; any other node has none.
+class Children {
+public:
+    explicit Children(const Node& node);
 
-/// key    what the first row is called
-/// limit  levels below the first row
-Outline OutlineOf(const Place& place, const std::string& key, std::size_t limit);
+    [[nodiscard]] bool IsEmpty() const { return entry_ == end_; }
+    /// The next child. REQUIRES: there is one
+    Configure::IIterator* Take();
+    /// The same as a row, for ListTree.
+    Children Take(Row& row);
 
-/// One difference between two trees: what stands at a way in either, null in the one that has nothing there.
-struct Difference {
-    std::string way;
-    const Row* before;
-    const Row* after;
+private:
+    Configure::ITable* table_;
+    Configure::IArray* array_;
+    Configure::IIterator* entry_ = nullptr;
+    Configure::IIterator* end_ = nullptr;
+    std::size_t taken_ = 0;
 };
-/// Compares what two trees hold, whatever their order, and tells each difference; a table or an array that only one of
-/// them has is one difference. Entries of a table that share a key are compared in their order. An entry without any
-/// value counts as an empty text.
-void Compare(const Place& before, const Place& after, const std::function<void(const Difference&)>& tell);
+
+/// Sets what a row says of a node: its shape, value, kind and count.
+void FillRow(const Node& node, Row& row);
+
+/// A node and what is below it.
+/// key    the name of the first row
+/// limit  levels below the first row
+RowList ListNode(const Node& node, const std::string& key, std::size_t limit);
 
 } // namespace Command
 

@@ -1,4 +1,4 @@
-/// A job that can't be done, told to the user as `tessarin: FILE: what is wrong`.
+// The exception for work that can't be done. main prints it as `tessarin: FILE: what is wrong`.
 
 #ifndef TESSARIN_TOOLS_FAILURE_H
 #define TESSARIN_TOOLS_FAILURE_H

@@ -1,3 +1,5 @@
+// Implementation of the key paths: one pass, which takes key after key off the front of the text.
+
 #include "tools/key_path.h"
 
 #include <charconv>
@@ -6,51 +8,51 @@ namespace Command {
 
 namespace {
 
-// Takes a piece in quotes off the front of `rest`.
-bool TakeQuoted(std::string_view& rest, std::string& piece) {
+// Takes a key in quotes off the front of `rest`; what follows it must be a `/` or nothing.
+bool TakeQuotedKey(std::string_view& rest, std::string& key) {
     rest.remove_prefix(1);
     for (;;) {
         const std::size_t quote = rest.find('"');
         if (quote == std::string_view::npos) return false;
-        piece += rest.substr(0, quote);
+        key += rest.substr(0, quote);
         rest.remove_prefix(quote + 1);
         if (rest.empty() || rest.front() != '"') return rest.empty() || rest.front() == '/';
-        piece += '"';
+        key += '"';
         rest.remove_prefix(1);
     }
 }
 
-bool TakePiece(std::string_view& rest, std::string& piece) {
-    if (!rest.empty() && rest.front() == '"') return TakeQuoted(rest, piece);
-    piece = rest.substr(0, rest.find('/'));
-    rest.remove_prefix(piece.size());
+bool TakeKey(std::string_view& rest, std::string& key) {
+    if (!rest.empty() && rest.front() == '"') return TakeQuotedKey(rest, key);
+    key = rest.substr(0, rest.find('/'));
+    rest.remove_prefix(key.size());
     return true;
 }
 
 } // namespace
 
-std::optional<KeyPath> SplitKeys(std::string_view text) {
-    KeyPath pieces;
+std::optional<KeyPath> SplitKeyPath(std::string_view text) {
+    KeyPath keys;
     while (!text.empty()) {
-        if (!TakePiece(text, pieces.emplace_back())) return std::nullopt;
+        if (!TakeKey(text, keys.emplace_back())) return std::nullopt;
         if (text.empty()) break;
         text.remove_prefix(1);
-        if (text.empty()) pieces.emplace_back();
+        if (text.empty()) keys.emplace_back();
     }
-    return pieces;
+    return keys;
 }
 
-std::string SpellKey(std::string_view piece) {
-    if (!piece.empty() && piece.find_first_of("/\"") == std::string_view::npos) return std::string(piece);
-    std::string spelled = "\"";
-    for (const char byte : piece) spelled.append(byte == '"' ? 2 : 1, byte);
-    return spelled + '"';
+std::string QuoteKey(std::string_view key) {
+    if (!key.empty() && key.find_first_of("/\"") == std::string_view::npos) return std::string(key);
+    std::string quoted = "\"";
+    for (const char byte : key) quoted.append(byte == '"' ? 2 : 1, byte);
+    return quoted + '"';
 }
 
-std::optional<std::uint32_t> PositionOf(std::string_view piece) {
+std::optional<std::uint32_t> ParsePosition(std::string_view key) {
     std::uint32_t position = 0;
-    const char* const end = piece.data() + piece.size();
-    const auto [last, error] = std::from_chars(piece.data(), end, position);
+    const char* const end = key.data() + key.size();
+    const auto [last, error] = std::from_chars(key.data(), end, position);
     if (error != std::errc() || last != end) return std::nullopt;
     return position;
 }

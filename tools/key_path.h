@@ -1,6 +1,6 @@
-/// The way to an entry as it is written in a shell: keys with `/` between them.
-///
-/// A piece in double quotes may hold a `/`; a quote in it is written twice. In an array a piece is a position.
+// The path to an entry as it is written in a shell: keys with `/` between them.
+//
+// A key in double quotes may contain a `/`; a quote in it is written twice. In an array a key is a position.
 
 #ifndef TESSARIN_TOOLS_KEY_PATH_H
 #define TESSARIN_TOOLS_KEY_PATH_H
@@ -15,14 +15,14 @@ namespace Command {
 
 using KeyPath = std::vector<std::string>;
 
-/// The pieces of a way; no text is none, the root. Nothing for a quote that doesn't end where its piece does.
-std::optional<KeyPath> SplitKeys(std::string_view text);
+/// The keys of a path; none for an empty text, the root. Nothing if a quote isn't closed or text follows its end.
+std::optional<KeyPath> SplitKeyPath(std::string_view text);
 
-/// A piece as SplitKeys reads it back.
-std::string SpellKey(std::string_view piece);
+/// A key as SplitKeyPath reads it back: in quotes if it must be.
+std::string QuoteKey(std::string_view key);
 
-/// The position that a piece names in an array; nothing unless it is decimal digits that 32 bits hold.
-std::optional<std::uint32_t> PositionOf(std::string_view piece);
+/// The position that a key means in an array; nothing unless it is decimal digits of a number of 32 bits.
+std::optional<std::uint32_t> ParsePosition(std::string_view key);
 
 } // namespace Command
 

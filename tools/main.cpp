@@ -1,6 +1,8 @@
-// The command `tessarin`: what the library's files hold, for the shell. A host like any other, on the public headers.
+// The command `tessarin`: shows, changes and converts the library's files from a shell. It is a host like any other and
+// uses the public headers alone.
 
 #include "tools/command_line.h"
+#include "tools/terminal_text.h"
 
 #include <cstdio>
 #include <exception>
@@ -11,27 +13,27 @@ namespace {
 
 int Run(int count, char** arguments) {
     using namespace Command;
-    CLI::App app("Look into, change and compile configuration files, tables and tab files.", "tessarin");
+    CLI::App app("Show, change and compile configuration files, tables and tab files.", "tessarin");
     app.set_version_flag("--version", "tessarin " TESSARIN_VERSION);
     app.require_subcommand(1);
     app.failure_message(CLI::FailureMessage::simple);
     Job job;
-    OfferConfig(app, job);
-    OfferTable(app, job);
-    OfferTab(app, job);
+    AddConfigCommands(app, job);
+    AddTableCommands(app, job);
+    AddTabCommands(app, job);
     try {
         app.parse(count, arguments);
         const int status = job();
-        FinishOutput();
+        FlushOutput();
         return status;
-    } catch (const CLI::Success& asked) {
-        return app.exit(asked); // --help and --version
+    } catch (const CLI::Success& request) {
+        return app.exit(request); // --help and --version
     } catch (const CLI::Error& misuse) {
-        // A missing command is noticed before the word that stands in its place.
+        // The parser reports a missing command before it reports the unknown word in its place.
         const std::vector<std::string> unknown = app.remaining(true);
-        const std::string what = unknown.empty() ? misuse.what() : "unknown argument: " + unknown.front();
-        std::fprintf(stderr, "tessarin: %s\nTry `tessarin --help`.\n", Printable(what).c_str());
-        return kWrongUse;
+        const std::string message = unknown.empty() ? misuse.what() : "unknown argument: " + unknown.front();
+        std::fprintf(stderr, "tessarin: %s\nTry `tessarin --help`.\n", Printable(message).c_str());
+        return kUsageError;
     }
 }
 

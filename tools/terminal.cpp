@@ -1,4 +1,5 @@
-// The one file of the command with a word of the operating system: no standard function tells a terminal from a pipe.
+// The only file of the command that calls the operating system: no standard function says whether a stream is a
+// terminal.
 
 #include "tools/terminal.h"
 
@@ -21,7 +22,7 @@ bool IsTerminal(std::FILE* stream) {
 #endif
 }
 
-bool TakesColour(std::FILE* stream) {
+bool SupportsColour(std::FILE* stream) {
     const char* const refused = std::getenv("NO_COLOR");
     const char* const terminal = std::getenv("TERM");
     if (refused && *refused) return false;

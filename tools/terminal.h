@@ -1,4 +1,4 @@
-/// Whether a stream is read by a person.
+// What a stream is connected to.
 
 #ifndef TESSARIN_TOOLS_TERMINAL_H
 #define TESSARIN_TOOLS_TERMINAL_H
@@ -9,8 +9,8 @@ namespace Command {
 
 bool IsTerminal(std::FILE* stream);
 
-/// Whether what is written to a stream may have colours: it is a terminal that knows them, and NO_COLOR isn't set.
-bool TakesColour(std::FILE* stream);
+/// Whether a stream is a terminal that shows colours, and NO_COLOR isn't set.
+bool SupportsColour(std::FILE* stream);
 
 } // namespace Command
 

@@ -1,7 +1,7 @@
 # Headers that are the same on every target, from the host's packages: a folder of links to them alone, since the host's
 # own include folder would bring the host's C library along.
 
-foreach(package IN ITEMS rapidjson CLI)
+foreach(package IN ITEMS rapidjson)
     set(link ${CMAKE_BINARY_DIR}/headers/${package})
     if(EXISTS /usr/include/${package} AND NOT EXISTS ${link})
         file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/headers)

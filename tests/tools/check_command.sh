@@ -59,25 +59,25 @@ is 0 '["x"]' config get --json text lamp/tags
 is 0 '-7' config get --fallback -7 text lamp/rope
 is 1 'tessarin: text: has no none' config get text none
 is 1 'tessarin: text: has no list/2' config get text list/2
-is 1 'tessarin: text: list is no plain value: array, 2 elements' config get text list
+is 1 'tessarin: text: list is not a plain value: array, 2 elements' config get text list
 is 1 'tessarin: text: has no lamp/oil' config show text lamp/oil
 is 0 'Fog' config get - title
 is 1 'tessarin: absent: No such file or directory' config get absent title
 is 1 'tessarin: .: is a folder' config show .
-is 2 $'tessarin: KEY: a quote is open, or something stands behind one: "a"b\nTry `tessarin --help`.' config show text '"a"b'
+is 2 $'tessarin: KEY: a quote is not closed, or text follows its end: "a"b\nTry `tessarin --help`.' config show text '"a"b'
 is 2 $'tessarin: unknown argument: shew\nTry `tessarin --help`.' config shew text
 is 2 $'tessarin: FILE is required\nTry `tessarin --help`.' config show
 
 # ---- configuration: changing. Whatever fails leaves the file as it was, and nothing beside it.
 cp text kept
-is 1 "tessarin: kept: isn't written, as a text can't hold title" config set kept title 'a"b'
-is 1 "tessarin: kept: isn't written, as a text can't hold empty" config add kept empty --array
+is 1 "tessarin: kept: is not written: the text form can't hold title" config set kept title 'a"b'
+is 1 "tessarin: kept: is not written: the text form can't hold empty" config add kept empty --array
 is 1 'tessarin: kept: has Title already' config add kept Title x
-is 1 'tessarin: kept: has no deep on the way' config add kept deep/er x
-is 1 'tessarin: kept: list is no plain value' config set kept list x
+is 1 'tessarin: kept: has no deep on the path' config add kept deep/er x
+is 1 'tessarin: kept: list is not a plain value' config set kept list x
 is 1 'tessarin: kept: has no rope' config remove kept rope
-is 1 'tessarin: kept: adds to an array at its end alone, which is `-`' config add kept list/0 x
-is 2 $'tessarin: KEY: no key\nTry `tessarin --help`.' config set kept '' x
+is 1 'tessarin: kept: adds to an array only at its end, which is `-`' config add kept list/0 x
+is 2 $'tessarin: KEY: is empty\nTry `tessarin --help`.' config set kept '' x
 is 2 $'tessarin: VALUE, --table or --array is required\nTry `tessarin --help`.' config add kept x
 cmp -s text kept || { echo 'a change that failed was written'; failed=1; }
 printf 'a = 1 -- one\nlist = { x }\n' >edited
@@ -102,7 +102,7 @@ is 0 '' config compile text binary
 is 0 '' config diff text binary
 is 0 '' config text binary again
 is 0 '' config diff again binary
-is 1 'tessarin: binary: is compiled; `tessarin config text` makes it a text' config set binary title x
+is 1 'tessarin: binary: is compiled; convert it with `tessarin config text` first' config set binary title x
 printf '_default = { tags = { x } oil = 3 } oar = 1\nlist = { z b c }\ntitle = Fog\nnone = ""\n' >input
 is 1 $'- lamp = table, 1 entry\n- list/0 = "a"\n+ list/0 = "z"\n+ list/2 = "c"\n+ oar = "1"' config diff text -
 head -c 100 binary >damaged
@@ -134,7 +134,7 @@ ln -s nowhere same/loop; ln -s loop same/nowhere; ln -s .. same/sub/up; ln -s ..
 is 1 'tessarin: same/sub/..: holds the sources, which would be replaced' config compile --tree --force same same/sub/..
 "$command" config compile --tree same through >out 2>err
 grep -q '^2 files: 1 compiled, 0 unchanged, 1 failed' out && cmp -s text same/sub/b || { cat out; failed=1; }
-grep -qx 'tessarin: same/sub/b: would be replaced by what it gives' err || { cat err; failed=1; }
+grep -qx 'tessarin: same/sub/b: would be replaced by its own compiled form' err || { cat err; failed=1; }
 grep -qxF 'tessarin: same/a\x1b[2J: warning: has k more than once; the last one counts' err || { cat err; failed=1; }
 
 mkdir many
@@ -165,7 +165,7 @@ for _ in {1..300}; do [ -n "$(ls temporary)" ] && break; sleep 0.1; done
 [ "$(stat -c %a temporary/*)" = 600 ] || { echo 'a copy of standard input is open to others'; failed=1; }
 kill $waiting; wait $waiting 2>/dev/null; exec 3>&-
 rmdir temporary || { echo 'a signal left a file behind'; failed=1; }
-is 2 $'tessarin: AFTER: standard input is the other file already\nTry `tessarin --help`.' config diff - -
+is 2 $'tessarin: AFTER: only one of the two files can be standard input\nTry `tessarin --help`.' config diff - -
 printf 'a\e[2J = 1\n' >input
 is 0 $'standard input  table, 1 entry\n└─ a\\x1b[2j = "1"' config show -
 is 1 'tessarin: a\nb: No such file or directory' config show $'a\nb'

@@ -1,0 +1,43 @@
+// A file that replaces another only when it is complete. `-` is standard output.
+
+#ifndef TESSARIN_TOOLS_ATOMIC_OUTPUT_FILE_H
+#define TESSARIN_TOOLS_ATOMIC_OUTPUT_FILE_H
+
+#include "tools/temporary_file.h"
+
+#include <string>
+#include <string_view>
+
+namespace Command {
+
+/// Collects the output in a temporary file; Commit puts it in the target's place. Without a Commit the target stays as
+/// it was, whatever fails. Links are followed, and permissions stay. What can't be replaced, a pipe for example, is
+/// written into by Commit.
+class AtomicOutputFile {
+public:
+    /// Throws Failure if no file can be created beside the target.
+    explicit AtomicOutputFile(const std::string& target);
+    ~AtomicOutputFile() = default;
+    AtomicOutputFile(const AtomicOutputFile&) = delete;
+    AtomicOutputFile& operator=(const AtomicOutputFile&) = delete;
+
+    /// Where to write until Commit.
+    [[nodiscard]] const std::string& Path() const { return file_.Path(); }
+    /// The target as the user gave it, for messages.
+    [[nodiscard]] const std::string& Name() const { return name_; }
+
+    /// Writes a text as the whole content. Throws Failure if it can't be written completely.
+    void Write(std::string_view text) const;
+    /// Puts the content in the target's place. Throws Failure if that can't be done.
+    void Commit();
+
+private:
+    std::string name_;
+    std::string target_; // where links lead; empty for standard output
+    TemporaryFile file_;
+    bool is_renamed_ = false; // by Commit; otherwise its content is copied
+};
+
+} // namespace Command
+
+#endif

@@ -1,0 +1,26 @@
+// The compiled file is loaded again and compared with its source before it replaces an older one: the difference is
+// what a compiled file can't hold.
+
+#include "tools/compile_file.h"
+
+#include "tools/atomic_output_file.h"
+#include "tools/config_diff.h"
+#include "tools/config_file.h"
+#include "tools/terminal_text.h"
+
+namespace Command {
+
+void CompileFile(const std::string& source, const std::string& target,
+                 const std::function<void(const std::string&)>& warn) {
+    const InputFile input(source);
+    const ConfigFile file = OpenConfig(input);
+    AtomicOutputFile output(target);
+    const ConfigFile saved = SaveAndReload(output, file, Configure::FORMAT_BINARY);
+    CompareTrees(RootOf(file), RootOf(saved), [&](const Difference& found) {
+        if (found.after) return;
+        warn(Printable(input.Name() + ": warning: has " + found.path + " more than once; the last one counts"));
+    });
+    output.Commit();
+}
+
+} // namespace Command

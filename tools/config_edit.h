@@ -1,0 +1,38 @@
+// Changes to a configuration tree, and saving it as text without losing anything of it.
+
+#ifndef TESSARIN_TOOLS_CONFIG_EDIT_H
+#define TESSARIN_TOOLS_CONFIG_EDIT_H
+
+#include "tools/config_file.h"
+#include "tools/key_path.h"
+
+#include <string>
+
+namespace Command {
+
+/// The entry to change, and how messages call it and its file.
+struct EditTarget {
+    const ConfigFile& file;
+    const std::string& file_name;
+    const std::string& path_text;
+    KeyPath path; // not empty
+};
+
+enum class NewEntry { Text, Table, Array };
+
+/// Changes a plain value. Throws Failure if there is none.
+void SetEntry(const EditTarget& target, const std::string& text);
+/// Removes an entry with everything below it. Throws Failure if there is none.
+void RemoveEntry(const EditTarget& target);
+/// Adds an entry under a new key, or at the end of an array, whose key is its length or `-`. Throws Failure.
+/// text             of a NewEntry::Text; the others are added empty
+/// creates_parents  whether missing tables of the path are added, too
+void AddEntry(const EditTarget& target, NewEntry kind, const std::string& text, bool creates_parents);
+
+/// Writes a tree as text to a file. Throws Failure, with the file left as it was, if the text form would lose
+/// something. changed  the path of what was changed, for messages; empty if nothing was
+void SaveAsText(const ConfigFile& file, const std::string& target, const std::string& changed);
+
+} // namespace Command
+
+#endif
