@@ -1,4 +1,4 @@
-# Completion of the command tessarin for bash.
+# Bash completion for the command tessarin.
 
 _tessarin() {
     local word=${COMP_WORDS[COMP_CWORD]} group=${COMP_WORDS[1]:-} action=${COMP_WORDS[2]:-} words=

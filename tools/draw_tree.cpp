@@ -1,4 +1,4 @@
-// The drawing. In front of a row stands its prefix, one piece for each level above it: a bar where more siblings follow
+// The drawing. A row begins with its prefix, one piece for each level above it: a bar where more siblings follow
 // on that level, a gap where none do.
 //
 //     root

@@ -1,6 +1,6 @@
 // A tree as the flat list of its rows: what every command draws for people or writes as JSON for scripts.
 //
-// Rows stand in depth-first order, a row before its children:
+// Rows are in depth-first order, a row before its children:
 //
 //     rows  root  a  a/x  a/y  b
 //     depth   0   1   2    2   1

@@ -11,8 +11,8 @@
 
 namespace Command {
 
-/// Holds the path of a file that the signal handler removes. Whoever exchanges the path for null owns it, so the
-/// handler and the normal end of a file never both act on it.
+/// Holds the path of a file that the signal handler removes. The side that exchanges the path for null owns it, so the
+/// handler and the destructor of a file never both act on it.
 using RemovalSlot = std::atomic<char*>;
 
 /// Has a file removed when a signal ends the process.

@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# check_command.sh COMMAND SAMPLES FOLDER
+# Runs the command on small files that it makes in FOLDER, and compares output, exit status and what is in the files
+# afterwards:  check_command.sh COMMAND SAMPLES FOLDER
 set -uo pipefail
 command=$1
 samples=$2
@@ -7,9 +8,10 @@ rm -rf "$3"
 mkdir -p "$3"
 cd "$3" || exit 1
 failed=0
+fail() { printf '%s\n' "$*"; failed=1; }
 
-# is STATUS OUTPUT ARGUMENT...: the exit status, and standard output (or, of a failure, standard error) to the byte.
-# Input comes from the file `input`.
+# is STATUS OUTPUT ARGUMENT...: checks the exit status, and standard output (standard error of a failure) byte for byte.
+# The command reads the file `input`.
 is() {
     local status=0 expected_status=$1 expected=$2 output errors
     shift 2
@@ -19,16 +21,12 @@ is() {
     [ "$expected_status" -eq 0 ] && [ -n "$errors" ] && output+="and on standard error: $errors"
     [ -n "$errors" ] && [ -z "$output" ] && output=$errors
     [ $status -eq "$expected_status" ] && [ "$output" = "${expected:+$expected$'\n'}" ] && return
-    printf '%q ' tessarin "$@"
-    printf '\n  status %s, expected %s\n%s\n  expected\n%s\n' $status "$expected_status" "$output" "$expected"
-    failed=1
+    fail "tessarin $*: status $status, expected $expected_status"$'\n'"$output"$'\n  expected\n'"$expected"
 }
-# holds FILE TEXT: a file's content, without its carriage returns.
-holds() {
-    local content
-    content=$(tr -d '\r' <"$1")
-    [ "$content" = "$2" ] || { printf '%s holds\n%s\n' "$1" "$content"; failed=1; }
-}
+# holds FILE TEXT: checks a file's content, without its carriage returns.
+holds() { [ "$(tr -d '\r' <"$1")" = "$2" ] || fail "$1 holds: $(cat "$1")"; }
+# clean FOLDER WHAT: checks that no temporary file was left in it.
+clean() { [ -z "$(find "$1" -name '.tessarin*' -o -name 'tessarin.*')" ] || fail "$2 left a file behind in $1"; }
 
 printf 'Title = Fog\nlist = { a, b }\n_default = { oil = 3  tags = { x } }\nlamp = { "models/Bog.mesh" = 1 }\nnone =\n' >text
 printf 'Title = Fog\n' >input
@@ -68,7 +66,7 @@ is 2 $'tessarin: KEY: a quote is not closed, or text follows its end: "a"b\nTry 
 is 2 $'tessarin: unknown argument: shew\nTry `tessarin --help`.' config shew text
 is 2 $'tessarin: FILE is required\nTry `tessarin --help`.' config show
 
-# ---- configuration: changing. Whatever fails leaves the file as it was, and nothing beside it.
+# ---- configuration: changing. A failure leaves the file as it was, and no other file beside it.
 cp text kept
 is 1 "tessarin: kept: is not written: the text form can't hold title" config set kept title 'a"b'
 is 1 "tessarin: kept: is not written: the text form can't hold empty" config add kept empty --array
@@ -79,7 +77,7 @@ is 1 'tessarin: kept: has no rope' config remove kept rope
 is 1 'tessarin: kept: adds to an array only at its end, which is `-`' config add kept list/0 x
 is 2 $'tessarin: KEY: is empty\nTry `tessarin --help`.' config set kept '' x
 is 2 $'tessarin: VALUE, --table or --array is required\nTry `tessarin --help`.' config add kept x
-cmp -s text kept || { echo 'a change that failed was written'; failed=1; }
+cmp -s text kept || fail 'a change that failed was written'
 printf 'a = 1 -- one\nlist = { x }\n' >edited
 chmod 640 edited
 ln -s edited link
@@ -91,7 +89,7 @@ is 0 '' config add edited 'one/"maps//Bog"' m
 is 0 '' config remove edited list/0
 holds edited $'a = "-5"\nlist = {\n\t\t"y"\n\t\t{\n           }\n       }\none = {\n\t\ttwo = {\n\t\t\t\tthree = ""
               }\n\t\tmaps\\bog = "m"\n      }'
-[ -L link ] && [ "$(stat -c %a edited)" = 640 ] || { echo 'a link or the permissions are gone'; failed=1; }
+[ -L link ] && [ "$(stat -c %a edited)" = 640 ] || fail 'a link or the permissions are gone'
 is 0 $'title = "Mist"\r' config set - title Mist
 printf 'k = 1\n' >input
 is 0 '' config set - k 2 -o elsewhere
@@ -99,9 +97,8 @@ holds elsewhere 'k = "2"'
 
 # ---- configuration: forms
 is 0 '' config compile text binary
-is 0 '' config diff text binary
 is 0 '' config text binary again
-is 0 '' config diff again binary
+is 0 '' config diff text again
 is 1 'tessarin: binary: is compiled; convert it with `tessarin config text` first' config set binary title x
 printf '_default = { tags = { x } oil = 3 } oar = 1\nlist = { z b c }\ntitle = Fog\nnone = ""\n' >input
 is 1 $'- lamp = table, 1 entry\n- list/0 = "a"\n+ list/0 = "z"\n+ list/2 = "c"\n+ oar = "1"' config diff text -
@@ -112,59 +109,63 @@ is 1 'tessarin: keyless: has an `=` without a key, or a key or a text that is to
 printf 'k = 1\nk = 2\n' >twice
 "$command" config compile twice twice.bin 2>err
 holds err 'tessarin: twice: warning: has k more than once; the last one counts'
-"$command" config show text >/dev/full 2>err && { echo 'a full disk is no failure'; failed=1; }
+"$command" config show text >/dev/full 2>err && fail 'a full disk is no failure'
 holds err "tessarin: standard output: can't be written"
 is 1 'tessarin: /dev/full: No space left on device' config text text /dev/full
 
-# ---- folders: only what changed; what fails doesn't stop the rest
+# ---- folders: only changed files are compiled, and a failure doesn't stop the rest
 mkdir -p tree/sub tree/.hidden
-cp text tree/b.txt; cp text tree/sub/a.txt; cp keyless tree/bad.txt; cp text tree/other; cp text tree/.hidden/c.txt
-counts() { "$command" config compile --tree --match '*.txt' "$@" tree tree/made 2>err | sed -n 's/; [0-9]* bytes.*//p'; }
-[ "$(counts)" = '3 files: 2 compiled, 0 unchanged, 1 failed' ] || { echo 'tree, first'; failed=1; }
-grep -q '^tessarin: tree/bad.txt: has an `=` without a key' err || { cat err; failed=1; }
-[ "$(counts)" = '3 files: 0 compiled, 2 unchanged, 1 failed' ] || { echo 'tree, again'; failed=1; }
-touch -d '2001-01-01' tree/b.txt
-[ "$(counts)" = '3 files: 1 compiled, 1 unchanged, 1 failed' ] || { echo 'tree, an older source'; failed=1; }
-[ "$(counts --force)" = '3 files: 2 compiled, 0 unchanged, 1 failed' ] || { echo 'tree, forced'; failed=1; }
+tee tree/b.txt tree/sub/a.txt tree/other <text >tree/.hidden/c.txt
+cp keyless tree/bad.txt
+# totals TEXT [OPTION]: checks the totals of a compilation in which one of three files fails.
+totals() {
+    "$command" config compile --tree --match '*.txt' "${@:2}" tree tree/made >out 2>err
+    grep -q "^3 files: $1, 1 failed" out && grep -q '^tessarin: tree/bad.txt: has' err || fail "not $1:" "$(cat out err)"
+}
+totals '2 compiled, 0 unchanged'
+totals '0 compiled, 2 unchanged'
+touch -d '2001-01-01' tree/b.txt # an older source has changed, too
+totals '1 compiled, 1 unchanged'
+totals '2 compiled, 0 unchanged' --force
 is 0 '' config diff text tree/made/sub/a.txt
 
-# No source is replaced, by whatever way its folder or a file is named; no link leads in circles, or stops the rest.
+# No source is replaced, whatever path its folder or file is named by; no link leads to a cycle or stops the rest.
 mkdir -p same/sub through; printf 'k = 1\nk = 2\n' >$'same/a\e[2J'; cp text same/sub/b
 ln -s nowhere same/loop; ln -s loop same/nowhere; ln -s .. same/sub/up; ln -s ../same/sub through/sub
 is 1 'tessarin: same/sub/..: holds the sources, which would be replaced' config compile --tree --force same same/sub/..
 "$command" config compile --tree same through >out 2>err
-grep -q '^2 files: 1 compiled, 0 unchanged, 1 failed' out && cmp -s text same/sub/b || { cat out; failed=1; }
-grep -qx 'tessarin: same/sub/b: would be replaced by its own compiled form' err || { cat err; failed=1; }
-grep -qxF 'tessarin: same/a\x1b[2J: warning: has k more than once; the last one counts' err || { cat err; failed=1; }
+grep -q '^2 files: 1 compiled, 0 unchanged, 1 failed' out && cmp -s text same/sub/b || fail "$(cat out)"
+grep -qxF 'tessarin: same/sub/b: would be replaced by its own compiled form' err || fail "$(cat err)"
+grep -qxF 'tessarin: same/a\x1b[2J: warning: has k more than once; the last one counts' err || fail "$(cat err)"
 
 mkdir many
 for i in {1..500}; do printf 'k = 1' >many/$i; done
 for signal in TERM HUP PIPE; do
     timeout --foreground -s $signal 0.03 "$command" config compile --tree --force many made >/dev/null
-    [ -z "$(find made -name '.*')" ] || { echo "$signal left a file behind"; failed=1; }
+    clean made $signal
 done
 
-# ---- what is no plain file, and what ends too early
+# ---- files that aren't plain, and writes and reads that end early
 mkfifo pipe
 printf 'k = 1\n' >pipe & is 0 '1' config get pipe k
-wait $! || { echo 'a pipe was closed before it was read'; failed=1; }
+wait $! || fail 'a pipe was closed before it was read'
 ln -s new dangling
 long=$(printf 'x%.0s' {1..255})
 is 0 '' config set edited a 1 -o dangling
 is 0 '' config set edited a 1 -o "$long"
-cmp -s new "$long" && [ -L dangling ] || { echo 'a link to a new file is gone'; failed=1; }
+cmp -s new "$long" && [ -L dangling ] || fail 'a link to a new file is gone'
 { echo before; "$command" config text twice /dev/stdout; echo after; } >out
 holds out $'before\nk = "1"\nk = "2"\nafter'
 printf 'k = "%02000d"\n' 0 >large; cp large kept
-(ulimit -f 1; "$command" config set kept k "$(printf '%02000d' 1)" 2>/dev/null) && { echo 'a cut file is no failure'; failed=1; }
-cmp -s large kept || { echo 'a failed write was kept'; failed=1; }
+(ulimit -f 1; "$command" config set kept k "$(printf '%02000d' 1)" 2>/dev/null) && fail 'a cut file is no failure'
+cmp -s large kept || fail 'a failed write was kept'
 mkdir temporary
 mkfifo open; exec 3<>open
 TMPDIR=$PWD/temporary "$command" config show - <open & waiting=$!
 for _ in {1..300}; do [ -n "$(ls temporary)" ] && break; sleep 0.1; done
-[ "$(stat -c %a temporary/*)" = 600 ] || { echo 'a copy of standard input is open to others'; failed=1; }
+[ "$(stat -c %a temporary/*)" = 600 ] || fail 'others can read a copy of standard input'
 kill $waiting; wait $waiting 2>/dev/null; exec 3>&-
-rmdir temporary || { echo 'a signal left a file behind'; failed=1; }
+clean temporary 'a signal'
 is 2 $'tessarin: AFTER: only one of the two files can be standard input\nTry `tessarin --help`.' config diff - -
 printf 'a\e[2J = 1\n' >input
 is 0 $'standard input  table, 1 entry\n└─ a\\x1b[2j = "1"' config show -
@@ -195,10 +196,10 @@ printf 'alone' >input
 is 1 'tessarin: standard input: has a key without a value, an open quote, or a block under a key in use' table show -
 
 # ---- tab files
-printf 'name\tn\tlong one\na\t\t\xc3\x84\tover\r\nb\n' >Grid.tab
+printf 'name\tn\tlong one\na\t\t\xc3\x84\tover\r\n\xe6\xbc\xa2\xe6\xbc\xa2\xe6\xbc\xa2\n' >Grid.tab
 cp Grid.tab grid.tab; echo >>grid.tab
-is 0 $'name  n  long one\na        Ä\nb' tab show Grid.tab
-is 0 '[["a","","Ä"],["b",null,null]]' tab show --skip-first-line --json Grid.tab
+is 0 $'name    n  long one\na          Ä\n漢漢漢' tab show Grid.tab
+is 0 '[["a","","Ä"],["漢漢漢",null,null]]' tab show --skip-first-line --json Grid.tab
 is 0 $'Ä' tab get Grid.tab 1 2
 is 0 'no' tab get --fallback no Grid.tab 7 0
 is 0 'n' tab get --default-row Grid.tab 0 1
@@ -206,14 +207,12 @@ is 0 'Ä' tab get --skip-first-line --skip-first-column Grid.tab 0 1
 is 1 'tessarin: Grid.tab: has no cell 2 1' tab get Grid.tab 2 1
 is 2 $'tessarin: Could not convert: ROW = x\nTry `tessarin --help`.' tab get Grid.tab x 0
 
-# ---- depth is a matter of memory
+# ---- depth costs memory, not stack
 deep() { for _ in $(seq 20); do printf 'a={%.0s' $(seq 5000); done; }
 deep >deep
-"$command" config show --json deep >deep.json && "$command" config show deep | tail -1 | grep -qF '(100000) └─ a  table, 0 entries' ||
-    { echo 'a hundred thousand levels'; failed=1; }
+"$command" config show --json deep >deep.json &&
+    "$command" config show deep | tail -1 | grep -qF '(100000) └─ a  table, 0 entries' || fail 'a hundred thousand levels'
 is 0 '' config compile deep deep.bin
 is 0 '' config diff deep deep.bin
-
-left=$(find . -name '.tessarin*')
-[ -z "$left" ] || { echo "left behind: $left"; failed=1; }
+clean . 'a command'
 exit $failed
