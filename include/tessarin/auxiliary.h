@@ -1,4 +1,5 @@
-/// Services beside the tables: tab-separated files, and events between threads. Chief header of both. C++ only.
+/// \file
+/// Services beside the tables: tab-separated files, and events between threads. Includes the headers of both. C++ only.
 
 #ifndef TESSARIN_AUXILIARY_H
 #define TESSARIN_AUXILIARY_H

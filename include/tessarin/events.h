@@ -1,8 +1,9 @@
-/// Events of any size from producers on any thread to one consumer, through two lists that change places. C++ only.
+/// \file
+/// Events of any size from producers on any thread to one consumer, through two lists that are exchanged. C++ only.
 ///
-/// An event is a run of bytes whose first word, a u32, is its size in bytes, that word included: at least 8. Nothing
-/// else of it is read. Events come out in the order in which they were posted; each is contiguous, and none is aligned:
-/// sizes that are multiples of 8 keep every event at a multiple of 8.
+/// An event is a sequence of bytes whose first word, a uint32_t, is its size in bytes, that word included: at least 8.
+/// Nothing else of it is read. Events come out in the order in which they were posted. Each is contiguous, and none is
+/// aligned: sizes that are multiples of 8 keep every event at a multiple of 8.
 
 #ifndef TESSARIN_EVENTS_H
 #define TESSARIN_EVENTS_H
@@ -13,9 +14,10 @@
 
 namespace Tessarin {
 
-/// A first-in, first-out list of events in one ring of bytes, which is taken with the first event, grows as it must and
-/// never shrinks. Event pointers are borrowed: they are valid until the list grows or ends; what a popped one points
-/// at, until the next Push or Reserve.
+/// A first-in, first-out list of events in one ring buffer of bytes, which is allocated with the first event, grows
+/// when it must and never shrinks. Event pointers are borrowed: they are valid until the list grows or ends; those to a
+/// popped event, until the next Push or Reserve.
+///
 /// Threads: one at a time; nothing is locked.
 struct EventList {
     /// Events in the list.
@@ -28,21 +30,24 @@ struct EventList {
     virtual bool IsEmpty() = 0;
 
     /// Appends a copy of an event, of as many bytes as its first word says.
-    /// The first buffer has 4096 bytes more than the first event. Where no contiguous room is left it is replaced: by
-    /// twice the old capacity plus the event's size if that sum is below 65536 bytes, else by one and a half times it.
-    /// returns  the stored copy; null for a null event, a size below 8, when memory runs out or the sum passes 4 GiB,
-    ///          the list unchanged
+    /// The first buffer has 4096 bytes more than the first event. If no contiguous room is left the buffer is replaced.
+    /// With the sum of the old capacity and the event's size, the new one has twice that sum if it is below 65536
+    /// bytes, else one and a half times the sum.
+    /// returns  the stored copy, borrowed; null for a null event, a size below 8, when memory runs out
+    ///          or the sum passes 4 GiB, the list unchanged
     virtual void* Push(const void* event) = 0;
 
-    /// Makes room for an event of `size` bytes and counts it in; the caller fills it. Growth and failure as in Push.
-    /// REQUIRES: the first word equals `size` before Pop gets to the event
+    /// Reserves room for one event at the end and counts it; the caller fills it. Growth and failure as in Push.
+    /// size     bytes, the size word included
+    /// returns  the room, its bytes unset, borrowed; null as in Push
+    /// REQUIRES: the first word equals `size` before Pop reaches the event
     virtual void* Reserve(std::uint32_t size) = 0;
 
-    /// The oldest event, in place, or null if there is none.
+    /// The oldest event, in place, borrowed, or null if there is none.
     virtual void* Front() = 0;
 
-    /// Removes the oldest event, if there is one. An event whose first word leads out of the bytes in use empties the
-    /// list, since nothing behind it can be found; any other wrong size shifts the events behind it.
+    /// Removes the oldest event, if there is one. If its first word points beyond the bytes in use, the list becomes
+    /// empty, since no event after it can be found; any other wrong size shifts the events after it.
     virtual void Pop() = 0;
 
     /// Empties the list; the buffer stays.
@@ -52,28 +57,27 @@ protected:
     virtual ~EventList() = default;
 };
 
-/// The two lists: producers write to one while the consumer reads the other.
+/// Two lists of events: producers write to one while the consumer reads the other.
 ///
 ///     Tessarin::EventList* events = exchange->Exchange();
 ///     for (; void* event = events->Front(); events->Pop()) Handle(event);
 ///
-/// The consumer empties the list it was given before it asks for the next: what it leaves comes again later.
+/// The consumer should empty the list before it calls Exchange again: events that it leaves come back later.
 struct IExchangeEvent {
     /// Ends the object with both lists. Always 1.
-    /// REQUIRES: no other call is under way
+    /// REQUIRES: no other call is running
     virtual std::uint32_t Release() = 0;
 
     /// Appends a copy of an event to the list that is being written, as EventList::Push does. Always 1, also for an
-    /// event that is refused or for which memory runs out: that one is lost.
-    /// Threads: any number at once. They take turns by a lock, held for the copy and for a growth, that spins and, if
-    /// that takes long, naps.
+    /// event that is rejected or for which memory runs out: that one is lost.
+    /// Threads: any number at once. A lock, held for the copy and for a growth, serialises them; it spins and, after a
+    /// while, sleeps.
     virtual std::uint32_t Post(const void* event) = 0;
 
-    /// Lets the two lists change places.
-    /// returns  the list that was being written, with all events posted to it, and before them those that were left in
-    ///          it when it was read last. Borrowed: it is the caller's until the next Exchange, from when on it is
-    ///          written again.
-    /// Threads: one consumer, beside any number of producers.
+    /// Exchanges the two lists: the one that was being written becomes the consumer's.
+    /// returns  that list, with all events posted to it, and before them those that were left in it when it was last
+    ///          read. Borrowed: the caller may use it until the next Exchange; from then on it is written again.
+    /// Threads: one consumer, at the same time as any number of producers
     virtual EventList* Exchange() = 0;
 
 protected:
@@ -85,7 +89,8 @@ protected:
 extern "C" {
 
 /// Makes an exchange with two empty lists.
-/// returns  the caller's object, ended with Release; null when memory runs out
+/// returns  an object that the caller owns and ends with Release; null when memory runs out
+/// Threads: any, at once
 TESSARIN_API Tessarin::IExchangeEvent* CreateExchangeEvent();
 
 } // extern "C"

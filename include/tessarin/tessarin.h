@@ -1,4 +1,5 @@
-/// Everything that the library offers.
+/// \file
+/// Everything that the library offers. C++ only.
 
 #ifndef TESSARIN_TESSARIN_H
 #define TESSARIN_TESSARIN_H

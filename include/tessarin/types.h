@@ -1,3 +1,4 @@
+/// \file
 /// Types that every part of the library shares. Usable from C99 and from C++17.
 
 #ifndef TESSARIN_TYPES_H
@@ -5,7 +6,7 @@
 
 #include <stdint.h>
 
-/// Marks what the shared library shows to its hosts; everything else is hidden.
+/// Marks what the shared library exports to its hosts; everything else is hidden.
 #if defined(_WIN32)
 #if defined(TESSARIN_BUILDING)
 #define TESSARIN_API __declspec(dllexport)
@@ -17,8 +18,8 @@
 #endif
 
 /// An interned text. Equal text, byte for byte, is one and the same address, so keys compare as pointers.
-/// The text ends with a NUL and must not be written to; the 32-bit word right before it holds its length in bytes
-/// (it may stand at any address: read it with memcpy). Valid until the library is unloaded; freed by nobody.
+/// The text ends with a NUL and must not be written to. The 32-bit word right before it holds its length in bytes
+/// (it may be at any address: read it with memcpy). Valid until the library is unloaded; nobody frees it.
 typedef const char* cstr;
 
 /// Two consecutive 32-bit floats.
