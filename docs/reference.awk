@@ -1,13 +1,13 @@
-# The headers as the reference reads them. A comment `// ...` above a group of declarations, up to the next empty line,
-# is said of each of those that have no comment of their own; and what is said of a function, of its overloads right
-# behind it.
+# A filter: the headers as doxygen reads them. A comment `// ...` above a group of declarations, up to the next empty
+# line, documents each of them that has no comment of its own; and the comment of a function also documents the
+# overloads right after it.
 
 function name_of(line) {
     if (!match(line, /[A-Za-z_0-9]+\(/)) return ""
     return substr(line, RSTART, RLENGTH)
 }
-# Lists are for sources; here a comment is one line, as a line more would put the reference's line numbers off.
-function say(comment) {
+# Writes a comment on one line: a further line would shift the line numbers of the reference.
+function document(comment) {
     gsub(/\n/, " ", comment)
     printf "/** %s */ ", comment
 }
@@ -35,9 +35,9 @@ function say(comment) {
     if (is_documented) {
         documented = name_of($0)
     } else if (documented != "" && name_of($0) == documented) {
-        say(own)
+        document(own)
     } else if (group != "") {
-        say(group)
+        document(group)
     }
 }
 { is_documented = 0; print }
