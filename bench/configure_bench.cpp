@@ -1,9 +1,9 @@
-// Configuration files: loads and saves of one content in all forms, beside the peers' own text forms and two binary
-// ones, and how they grow. The arguments are megabytes of our text form.
+// Configuration files: loads and saves of one content in all forms, compared with the peers' own text forms and two
+// binary ones, and how the times grow. The arguments are megabytes of our text form.
 //
-// Files are in memory, ours and the peers' alike. What is loaded is dropped outside of the time. Our keys and values
-// are interned by a first load and found by all others, and so are known here; the first load is a benchmark of its
-// own, First..., that runs alone in a process and tells the memory it took as well.
+// All files, ours and the peers', are in memory. Dropping what was loaded isn't timed. A first load interns our keys
+// and values, and all later loads find them, so they are known here; the first load is a benchmark of its own,
+// First..., which runs alone in a process and also reports the memory that it took.
 
 #include "bench/configure_texts.h"
 #include "bench/memory_files.h"
@@ -25,7 +25,7 @@ using Bench::Node;
 using Bench::NodeKind;
 using Bench::Written;
 
-/// Whether a run is a process's first one: it then measures memory, and the others load once before the time starts.
+/// Whether a run is the first one of its process. That one measures memory; the others load once before they are timed.
 enum class Run { First, Known };
 
 void SetCounters(benchmark::State& state, std::size_t entries, std::size_t bytes) {
@@ -33,7 +33,7 @@ void SetCounters(benchmark::State& state, std::size_t entries, std::size_t bytes
     state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
 }
 
-/// Times `load`, whose result is tested with `check` and dropped outside of the time.
+/// Times `load`. Testing its result with `check` and dropping it isn't timed.
 template <Run kRun, class Load, class Check>
 void MeasureLoad(benchmark::State& state, Load load, Check check) {
     if (kRun == Run::Known && !check(load())) state.SkipWithError("not loaded whole");
@@ -51,8 +51,8 @@ void MeasureLoad(benchmark::State& state, Load load, Check check) {
 
 // Ours.
 
-/// A file object over a content in text form, which is called "text"; loaded for reading, with the binary form in
-/// "binary" if `compiled`.
+/// A file object over a content in text form, whose file is called "text"; if `compiled`, it is loaded for reading, and
+/// the file "binary" has its binary form.
 struct OurFile {
     explicit OurFile(const std::string& text, bool compiled = false) {
         io.files["text"] = text;
@@ -66,7 +66,7 @@ struct OurFile {
     Bench::FilePointer file{CreateRLFile(&io)};
 };
 
-/// Resets the file that it came from.
+/// Resets the file that the table was loaded from.
 struct Reset {
     void operator()(Configure::IFile* file) const { file->Reset(); }
 };
@@ -149,9 +149,9 @@ void LoadYaml(benchmark::State& state) {
     SetCounters(state, content.entries, content.text.size());
 }
 
-// Binary forms, for orientation: neither gives a text a home that outlives its bytes, and FlexBuffers only checks them.
+// Binary forms, for orientation: neither keeps texts beyond the life of the bytes, and FlexBuffers only checks them.
 
-/// What the peers make of a number's text, which in ours stays a text.
+/// How the peers store a number's text, which stays a text in our form.
 template <class Whole, class Real, class Flag>
 void Typed(const std::string& text, Whole whole, Real real, Flag flag) {
     if (text == "true" || text == "false") {

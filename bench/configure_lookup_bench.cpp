@@ -1,5 +1,5 @@
 // Lookups by text key in configuration files that are loaded for reading, from the text form and from the binary one,
-// beside a JSON object, a FlexBuffers map and a hash map of strings. Values are never read.
+// compared with a JSON object, a FlexBuffers map and a hash map of strings. Values are never read.
 
 #include "bench/memory_files.h"
 #include "bench/texts.h"
@@ -13,8 +13,8 @@
 
 namespace {
 
-/// As many keys that are there as keys that aren't, and the order they are asked for in: random and long, so that the
-/// keys of a small table don't come round in a row that a processor learns.
+/// As many present keys as absent ones, and the order of the lookups: random and long, so that a processor can't learn
+/// the sequence of a small table's keys.
 struct KeySet {
     explicit KeySet(std::size_t count) : there(Bench::Keys(2 * count)) {
         auto half = there.begin() + static_cast<std::ptrdiff_t>(count);
@@ -34,16 +34,16 @@ struct KeySet {
     std::vector<std::string> there, absent;
 };
 
-/// The keys with small numbers in our text form.
+/// A text of our form that gives every key a small number.
 std::string TextOf(const std::vector<std::string>& keys) {
     std::string text;
     for (std::size_t i = 0; i < keys.size(); ++i) text += keys[i] + " = " + std::to_string(i % 1000) + "\n";
     return text;
 }
 
-// One kind of store each: made of the keys, asked for one of them.
+// One kind of store each: it is built from the keys, and looks one of them up.
 
-/// The absent keys are texts that are known, as keys that other tables of a game have.
+/// The absent keys are interned texts, as the keys of a game's other tables are.
 template <std::uint32_t kFormat>
 struct OurTable {
     explicit OurTable(const KeySet& keys) {
@@ -100,7 +100,7 @@ void Ask(benchmark::State& state) {
     Store store(keys);
     std::vector<const char*> asked = KeySet::Asked(kThere ? keys.there : keys.absent);
     for (const char* key : asked) {
-        if (store.Has(key) != kThere) state.SkipWithError("wrong answer");
+        if (store.Has(key) != kThere) state.SkipWithError("a wrong result");
     }
     Bench::Round<const char*> round(asked);
     for (auto _ : state) benchmark::DoNotOptimize(store.Has(round.Next()));

@@ -1,8 +1,8 @@
-/// Game content that the benchmarks of configuration files share: one tree, made anew from a fixed seed, and the
-/// writers that put it into our text form and into those of the peers.
-///
-/// The tree is groups of 50 things, a thing a table of 7 to 13 entries; so no table has so many entries that a peer
-/// which goes through a list for each new key would be measured by that.
+// Game content that the benchmarks of configuration files share: one tree, made anew from a fixed seed, and the
+// writers that put it into our text form and into those of the peers.
+//
+// The tree is groups of 50 things, and each thing is a table of 7 to 13 entries. No table has so many entries that the
+// time of a peer which searches a list for each new key would be the time of that search.
 
 #ifndef TESSARIN_BENCH_CONFIGURE_TEXTS_H
 #define TESSARIN_BENCH_CONFIGURE_TEXTS_H
@@ -17,7 +17,7 @@
 
 namespace Bench {
 
-/// Every syntax has a word for all but intervals, which are plain texts to the peers.
+/// Every syntax can express all of these but intervals, which are plain texts for the peers.
 enum class NodeKind { Number, Text, Interval, Array, Table };
 
 struct Node {
@@ -27,15 +27,15 @@ struct Node {
     std::vector<Node> children = {};
 };
 
-/// The entries and elements in a tree, its root not counted.
+/// The number of entries and elements in a tree, without its root.
 inline std::size_t CountEntries(const Node& node) {
     std::size_t count = node.children.size();
     for (const Node& child : node.children) count += CountEntries(child);
     return count;
 }
 
-/// Makes the tree. Keys come from a short list, as they do in a game; names, descriptions and files are each their own,
-/// numbers fall together now and then.
+/// Makes the tree. Keys come from a short list, as they do in a game; each name, description and file is unique, and
+/// numbers are sometimes equal.
 class Content {
 public:
     explicit Content(std::size_t things) {
@@ -166,7 +166,7 @@ private:
     static Node Text(const char* key, std::string text) { return {NodeKind::Text, key, std::move(text), {}}; }
     std::string Whole(unsigned range) { return std::to_string(random_() % range); }
 
-    /// Up to so many hundredths.
+    /// One of `range` numbers with two decimals, from 1.00 upwards.
     std::string Real(unsigned range) {
         std::string digits = std::to_string(random_() % range + 100);
         return digits.insert(digits.size() - 2, ".");
@@ -183,13 +183,13 @@ private:
     std::mt19937 random_{3};
 };
 
-/// How a form writes groups, things and their entries, each of those on a line of its own. In `group_open` and
-/// `thing_open`, `@` stands for the thing's or group's own key and `#` for that of the group about it.
+/// How a form writes groups, things and their entries, each on a line of its own. In `group_open` and `thing_open`, `@`
+/// is replaced with the key of the group or thing, and `#` with that of the enclosing group.
 struct Syntax {
     const char *group_open, *thing_open, *indent, *assign, *line_end, *thing_close, *group_close;
-    const char* separator;                ///< of entries that share a line
-    const char *array_open, *array_close; ///< of numbers and texts
-    const char *list_open, *list_close;   ///< of tables
+    const char* separator;                // between entries that share a line
+    const char *array_open, *array_close; // of numbers and texts
+    const char *list_open, *list_close;   // of tables
     const char* interval_quote;
 };
 
@@ -279,13 +279,13 @@ private:
 /// Things in a megabyte of our text form.
 constexpr std::size_t kThingsInMegabyte = 2930;
 
-/// A content of so many megabytes in one form.
+/// A content of that many megabytes in one form.
 struct WrittenContent {
     std::string text;
     std::size_t entries, groups;
 };
 
-/// Made on its first use and kept; the tree isn't.
+/// Made on first use and kept; the tree isn't kept.
 inline const WrittenContent& Written(std::int64_t megabytes, const Syntax& syntax) {
     static std::map<std::pair<std::int64_t, const Syntax*>, WrittenContent> texts;
     auto& written = texts[{megabytes, &syntax}];

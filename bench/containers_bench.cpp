@@ -1,4 +1,4 @@
-// The exported containers and allocators, beside their like of the standard library, absl and Boost.
+// The exported containers and allocators, compared with those of the standard library, absl and Boost.
 
 #include "bench/texts.h"
 
@@ -15,8 +15,8 @@
 
 namespace {
 
-// The heap keeps what it is given back. Otherwise it depends on what ran before whether a run has to take its pages
-// from the kernel again, and that costs more than all that is measured here.
+// The heap keeps freed memory. Otherwise it would depend on what ran before whether a run has to take its pages from
+// the kernel again, which costs more than everything that is measured here.
 const bool heap_keeps_pages = mallopt(M_MMAP_THRESHOLD, 1 << 30) != 0 && mallopt(M_TRIM_THRESHOLD, INT_MAX) != 0;
 
 constexpr std::size_t kKeys = 1000000;
@@ -26,7 +26,7 @@ const std::vector<std::uintptr_t>& Keys() {
     return keys;
 }
 
-/// The same keys in another order, as lookups would otherwise meet nodes in the order in which they lie in memory.
+/// The same keys in another order, because lookups would otherwise visit nodes in their order in memory.
 const std::vector<std::uintptr_t>& Asked() {
     static const std::vector<std::uintptr_t> asked = [] {
         std::vector<std::uintptr_t> keys = Keys();
@@ -58,7 +58,7 @@ struct PeerMap {
 using StdMap = PeerMap<std::unordered_map<std::uintptr_t, std::uint64_t>>;
 using AbslMap = PeerMap<absl::flat_hash_map<std::uintptr_t, std::uint64_t>>;
 
-/// The argument is the room asked for at the start.
+/// The argument is the number of buckets at the start.
 template <class Map>
 void SetMillion(benchmark::State& state) {
     for (auto _ : state) {
@@ -94,8 +94,8 @@ void EraseMillion(benchmark::State& state) {
     }
 }
 
-// The peers of what follows are templates, which the compiler sees through; ours is a library's function. To tell what
-// that makes, they are measured behind a call too.
+// The peers below are templates that the compiler inlines; ours is a function of a library. To show the difference that
+// makes, the peers are measured behind a call, too.
 
 constexpr std::size_t kBlocks = 10000;
 constexpr std::uint32_t kBlockSize = 48;
@@ -137,7 +137,7 @@ void RunsTessarin(benchmark::State& state) {
     }
 }
 
-/// Through the interface, as containers go, unless the compiler sees what stands behind it.
+/// Called through the interface, as containers do, unless the compiler can see the implementation.
 template <bool Inlined>
 void RunsStd(benchmark::State& state) {
     for (auto _ : state) {

@@ -1,4 +1,5 @@
-// Both document forms: loads and saves of one content, beside RapidJSON and nlohmann's library, and how they grow.
+// Both document forms: loads and saves of one content, compared with RapidJSON and nlohmann's library, and how the
+// times grow.
 
 #include "bench/texts.h"
 
@@ -20,7 +21,8 @@ namespace {
 
 using Tessarin::ITable;
 
-/// One content in both forms: groups of things of 8 members each, one of which is an object; 200 bytes a thing or so.
+/// One content in both forms: groups of things with 8 members each, one of which is an object; a thing has about 200
+/// bytes.
 class Content {
 public:
     explicit Content(int things) : random_(3) {
@@ -44,7 +46,7 @@ private:
         first_ = true;
     }
 
-    /// Two objects: the thing, and its body within it.
+    /// Two objects: the thing, and its body inside it.
     void Thing(int number) {
         if (!first_) json += ",";
         first_ = false;
@@ -88,7 +90,7 @@ const Content& ContentOf(int things) {
     return contents.try_emplace(things, things).first->second;
 }
 
-/// A temporary file with a text in it: the readable form loads from files alone.
+/// A temporary file that holds a text, because the readable form loads only from files.
 class File {
 public:
     explicit File(const std::string& text) {
@@ -119,8 +121,8 @@ std::string Saved(ITable* table) {
 
 constexpr int kThings = 50000;
 
-// What is loaded is dropped outside of the time, ours and the peers' alike. Our keys and strings are interned by the
-// first load and found by all others: the first one is a benchmark of its own, First..., that runs alone in a process.
+// Dropping what was loaded isn't timed, ours and the peers' alike. The first load interns our keys and strings, and all
+// later loads find them: the first load is a benchmark of its own, First..., which runs alone in a process.
 
 void LoadTessarin(benchmark::State& state) {
     const std::string& text = ContentOf(static_cast<int>(state.range(0))).json;
@@ -179,7 +181,7 @@ void SaveTessarin(benchmark::State& state) {
     CloseTable(table);
 }
 
-/// Over a document of the very text that our save gives: reals are 32 bits wide there and have more digits.
+/// Over a document of exactly the text that our save writes: its reals are 32 bits wide and have more digits.
 void SaveRapidJson(benchmark::State& state) {
     ITable* table = Opened(ContentOf(kThings).json);
     rapidjson::Document document;
@@ -193,7 +195,7 @@ void SaveRapidJson(benchmark::State& state) {
     }
 }
 
-/// One object of so many members, whose keys were interned in another order, and then all of them once more.
+/// One object of that many members, whose keys were interned in another order, and then all members once more.
 void LoadFlat(benchmark::State& state) {
     std::vector<std::string> keys = Bench::Keys(static_cast<std::size_t>(state.range(0)), 5);
     std::sort(keys.begin(), keys.end());

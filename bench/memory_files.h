@@ -1,4 +1,4 @@
-/// A file service in memory, so that what is measured is not the disk; and what a process takes of memory.
+// A file service in memory, so that the disk isn't measured; and how much memory a process takes.
 
 #ifndef TESSARIN_BENCH_MEMORY_FILES_H
 #define TESSARIN_BENCH_MEMORY_FILES_H
@@ -16,7 +16,7 @@
 
 namespace Bench {
 
-/// A file that is written keeps the room that it had: a second save finds its pages there.
+/// A file that is written again keeps its capacity, so that a second save needs no new pages.
 class MemoryFiles : public IFileIO {
 public:
     void* Open(const char* path, std::int32_t mode) override {
@@ -58,11 +58,12 @@ struct Released {
 };
 using FilePointer = std::unique_ptr<Configure::IFile, Released>;
 
-/// The most memory that the process has held since this was made, in bytes, less what it held then. Linux alone knows.
+/// The most memory that the process has held since this object was made, in bytes, less what it held then. Only on
+/// Linux.
 class PeakMemory {
 public:
     PeakMemory() {
-        malloc_trim(0); // what was freed would be used again, and not count
+        malloc_trim(0); // freed memory would be used again and not be counted
         std::ofstream("/proc/self/clear_refs") << 5;
         before_ = Status("VmRSS:");
     }

@@ -102,7 +102,7 @@ UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 def medians(paths):
     """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, else CPU time.
-    A second one of the memory that those tell which count it."""
+    A second map has the memory, of those that report it."""
     runs, peaks = {}, {}
     for path in paths:
         with open(path, encoding="utf-8") as file:

@@ -1,4 +1,4 @@
-// The command queue, and events that go from several threads to one, beside what a host would put together otherwise.
+// The command queue, and events from several threads to one, compared with what a host would write instead.
 
 #include <tessarin/containers.h>
 #include <tessarin/events.h>
@@ -17,7 +17,7 @@
 
 namespace {
 
-/// A record as a host would declare it: the size word first, 60 bytes of its own behind it.
+/// A record as a host would declare it: first the size word, then its own 60 bytes.
 struct Message {
     std::uint32_t size;
     std::uint32_t words[15];
@@ -33,7 +33,7 @@ Message MakeMessage(std::uint32_t n, std::uint32_t size) {
 }
 
 // ----------------------------------------------------------------------------------- one thread, a queue in motion
-// The argument is the number of records that wait; each round pushes one, reads the oldest, and pops it.
+// The argument is the number of waiting records; each round pushes one, reads the oldest, and pops it.
 
 struct CommandQueue {
     CommandQueue() : queue(cmd_create(4096)) {}
@@ -78,7 +78,7 @@ struct DequeOfVectors {
     std::deque<std::vector<unsigned char>> queue;
 };
 
-/// The compiler sees through the peers; ours is a library's function. Behind calls they are alike in that.
+/// The compiler inlines the peers; ours is a function of a library. Behind calls they are equal in that.
 template <class Queue>
 struct Called : Queue {
     [[gnu::noinline]] void Push(const Message& message) { Queue::Push(message); }
@@ -99,8 +99,9 @@ void PushPop(benchmark::State& state) {
 }
 
 // ------------------------------------------------------------------------------------------ producers, one consumer
-// Each producer hands in a fixed number of records of 16 to 64 bytes as fast as it can; the consumer wakes once a
-// millisecond and takes all there is. The time is that from the start of the producers to the last record's arrival.
+// Each producer posts a fixed number of records of 16 to 64 bytes as fast as it can; the consumer wakes once a
+// millisecond and takes all that have arrived. The time is from the start of the producers to the arrival of the last
+// record.
 
 constexpr std::uint32_t kPerProducer = 200000;
 
@@ -122,7 +123,7 @@ struct Exchanged {
     Tessarin::IExchangeEvent* exchange;
 };
 
-/// Bytes back to back in two vectors that are swapped: what one would write by hand for records of any size.
+/// Bytes back to back in two vectors that are swapped, as one would write by hand for records of any size.
 struct SwappedVectors {
     struct Producer {
         explicit Producer(SwappedVectors& where) : channel(where) {}

@@ -1,4 +1,4 @@
-// Interning, beside a mutex and a hash set of views over an arena.
+// Interning, compared with a mutex and a hash set of views over an arena.
 
 #include "bench/texts.h"
 
@@ -63,8 +63,8 @@ void HotPeer(benchmark::State& state) {
     for (auto _ : state) benchmark::DoNotOptimize(peer.Intern(round.Next().c_str()));
 }
 
-// One iteration is a million texts that nobody has seen. Ours stay for good, so that every run wants a process of its
-// own; what runs after it in the same one finds a full table.
+// One iteration interns a million new texts. Our texts are never freed, so every run needs a process of its own; a
+// later run in the same process would find a full table.
 constexpr std::size_t kNewTexts = 1000000;
 
 void NewTessarin(benchmark::State& state) {

@@ -1,5 +1,5 @@
-// Tab files into their grids, from a file service in memory: beside a loop written by hand that cuts the same bytes
-// with memchr, and beside libcsv, which hands out copies of the fields and is asked for no more than their number.
+// Tab files into their grids, from a file service in memory: compared with a hand-written loop that splits the same
+// bytes with memchr, and with libcsv, which passes copies of the fields to a callback that only counts them.
 
 #include "bench/memory_files.h"
 
@@ -24,8 +24,7 @@ struct Released {
 };
 using TabFilePointer = std::unique_ptr<ITabFile, Released>;
 
-/// So many megabytes of lines with 12 fields: a key, numbers, names, and in every eighth place nothing; 7 bytes a
-/// field.
+/// That many megabytes of lines with 12 fields: a key, numbers and names; every eighth field is empty; 7 bytes a field.
 Bench::MemoryFiles FilesOf(std::int64_t megabytes) {
     const char* words[] = {"lantern", "a barrel of salted herring", "rope", "heron statue", "bell"};
     std::mt19937 random(11);
@@ -50,7 +49,7 @@ void SetCounters(benchmark::State& state, Bench::MemoryFiles& files) {
     state.SetBytesProcessed(static_cast<std::int64_t>(files.files[kPath].size()) * state.iterations());
 }
 
-/// The grid is dropped outside of the time, here and below.
+/// Dropping the grid isn't timed, here and below.
 void OpenTabFile(benchmark::State& state) {
     Bench::MemoryFiles files = FilesOf(state.range(0));
     for (auto _ : state) {
@@ -64,7 +63,7 @@ void OpenTabFile(benchmark::State& state) {
     SetCounters(state, files);
 }
 
-/// What a host would write for files that it knows: no counting, no checks, room enough at once.
+/// What a host would write for files that it knows: no counting, no checks, enough room from the start.
 std::vector<char*> CutByHand(char* text, char* last) {
     std::vector<char*> cells;
     cells.reserve(static_cast<std::size_t>(last - text) / 4);
@@ -102,7 +101,7 @@ void OpenByHand(benchmark::State& state) {
     SetCounters(state, files);
 }
 
-/// From where the bytes lie: without the copy that the other two make, and without a grid.
+/// Parses the stored bytes directly: without the copy that the other two make, and without a grid.
 void ParseLibcsv(benchmark::State& state) {
     Bench::MemoryFiles files = FilesOf(state.range(0));
     const std::string& text = files.files[kPath];
@@ -111,7 +110,7 @@ void ParseLibcsv(benchmark::State& state) {
         csv_parser parser;
         if (csv_init(&parser, 0) != 0) throw std::runtime_error("csv_init");
         csv_set_delim(&parser, '\t');
-        const auto count = [](void*, std::size_t, void* its_fields) { ++*static_cast<std::uint64_t*>(its_fields); };
+        const auto count = [](void*, std::size_t, void* counter) { ++*static_cast<std::uint64_t*>(counter); };
         if (csv_parse(&parser, text.data(), text.size(), count, nullptr, &fields) != text.size()) {
             state.SkipWithError("not parsed");
         }
@@ -121,7 +120,7 @@ void ParseLibcsv(benchmark::State& state) {
     SetCounters(state, files);
 }
 
-/// As many columns as lines, of which all but the first are empty: a megabyte of text asks for 2 TB of grid.
+/// As many columns as lines, where all lines but the first are empty: a megabyte of text asks for a grid of 2 TB.
 void OpenHostile(benchmark::State& state) {
     Bench::MemoryFiles files;
     const auto side = static_cast<std::size_t>(state.range(0));

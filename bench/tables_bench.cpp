@@ -1,4 +1,5 @@
-// Lookups and stores by text key, and the life of a small table, beside a hash map of strings and two JSON libraries.
+// Lookups and stores by text key, and the life of a small table, compared with a hash map of strings and two JSON
+// libraries.
 
 #include "bench/texts.h"
 
@@ -13,8 +14,8 @@ namespace {
 
 using Tessarin::ITable;
 
-/// As many keys that are there as keys that aren't. They are asked for in another order than they came in, as what a
-/// store has put side by side would otherwise come back side by side.
+/// As many present keys as absent ones. They are looked up in another order than that of their insertion, because what
+/// a store has put side by side would otherwise be read side by side.
 struct KeySet {
     explicit KeySet(std::size_t count) : added(Bench::Keys(2 * count)) {
         auto half = added.begin() + static_cast<std::ptrdiff_t>(count);
@@ -27,7 +28,7 @@ struct KeySet {
     std::vector<std::string> added, hits, misses;
 };
 
-// One kind of store each: made of the keys, asked for one of them.
+// One kind of store each: it is built from the keys, and looks one of them up.
 
 struct OurTable {
     explicit OurTable(const KeySet& keys) : table(CreateTable()) {
@@ -41,11 +42,11 @@ struct OurTable {
 };
 
 struct WatchedTable : OurTable {
-    explicit WatchedTable(const KeySet& keys) : OurTable(keys) { *table->AddRecordListener() = {&heard, Function()}; }
+    explicit WatchedTable(const KeySet& keys) : OurTable(keys) { *table->AddRecordListener() = {&calls, Function()}; }
     static void (*Function())() {
         return reinterpret_cast<void (*)()>(+[](void* count, TableEvent*) { ++*static_cast<int*>(count); });
     }
-    int heard = 0;
+    int calls = 0;
 };
 
 struct AbslMap {
@@ -111,7 +112,7 @@ void Change(benchmark::State& state) {
     for (auto _ : state) store.Set(round.Next(), ++value);
 }
 
-/// From nothing to all keys, which are texts known before, and back to nothing.
+/// From an empty store to all keys, which are texts interned before, and back to an empty one.
 template <class Store>
 void Add(benchmark::State& state) {
     KeySet keys(static_cast<std::size_t>(state.range(0)));

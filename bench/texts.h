@@ -1,4 +1,4 @@
-/// Texts and numbers that the benchmarks share: made anew from fixed seeds, so that every run sees the same.
+// Texts and numbers that the benchmarks share: made anew from fixed seeds, so that every run sees the same.
 
 #ifndef TESSARIN_BENCH_TEXTS_H
 #define TESSARIN_BENCH_TEXTS_H
@@ -11,7 +11,7 @@
 
 namespace Bench {
 
-/// Distinct keys of 6 to 20 bytes, as people name things, in no order.
+/// Distinct keys of 6 to 20 bytes, as people name things, in random order.
 inline std::vector<std::string> Keys(std::size_t count, unsigned seed = 1) {
     std::mt19937 random(seed);
     std::vector<std::string> keys;
@@ -25,7 +25,7 @@ inline std::vector<std::string> Keys(std::size_t count, unsigned seed = 1) {
     return keys;
 }
 
-/// Texts of 12 letters that no earlier call has given out.
+/// Texts of 12 letters that no earlier call has returned.
 inline std::vector<std::string> NewTexts(std::size_t count) {
     static std::mt19937_64 random(7);
     std::vector<std::string> texts(count, std::string(12, ' '));
@@ -47,7 +47,7 @@ inline std::vector<std::uintptr_t> Addresses(std::size_t count) {
     return addresses;
 }
 
-/// Goes round a list for ever.
+/// Cycles through a list endlessly.
 template <class T>
 class Round {
 public:

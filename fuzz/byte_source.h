@@ -1,5 +1,5 @@
-/// An input read as a program: small numbers and texts off the front, zeros once it has run out, so that every input is
-/// a program and a longer one begins like a shorter one.
+// An input that is read as a program: small numbers and texts are taken off its front. An exhausted input gives zeros,
+// so that every input is a program, and a longer input begins like the shorter one.
 
 #ifndef TESSARIN_FUZZ_BYTE_SOURCE_H
 #define TESSARIN_FUZZ_BYTE_SOURCE_H
@@ -21,7 +21,8 @@ public:
 
     std::uint8_t Byte() { return Plain<std::uint8_t>(); }
 
-    /// A number below `count`, which is 256 at most.
+    /// A number below `count`.
+    /// REQUIRES: 0 < count <= 256
     std::uint32_t Below(std::uint32_t count) { return Byte() % count; }
 
     /// The bytes of a number or of a record of numbers.
@@ -34,7 +35,7 @@ public:
         return value;
     }
 
-    /// A length of one byte, then so many bytes; never with a NUL in it.
+    /// A length of one byte, then that many bytes, cut at the first NUL.
     std::string Text() {
         std::string text(Run(Byte()));
         return text.substr(0, text.find('\0'));

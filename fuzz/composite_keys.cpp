@@ -1,5 +1,5 @@
-// Composite keys: any format, with any arguments, against the key that it should spell. A tree of each family that
-// holds that key finds it, and every getter reads what is there; a format that spells no key finds nothing.
+// Composite keys: any format with any arguments, compared with the key that it should spell. A tree of each family that
+// has that key finds it, and every getter returns its value; a format that spells no key finds nothing.
 
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
@@ -21,7 +21,7 @@ constexpr std::size_t kRoom = 1024; // of a key with its terminator, in all fami
 
 struct Argument {
     std::int32_t number = 0;
-    std::optional<std::string> text; // none is a null text
+    std::optional<std::string> text; // nothing is a null text
 
     [[nodiscard]] const char* Text() const { return text ? text->c_str() : nullptr; }
 };
@@ -46,7 +46,7 @@ std::string PathForm(const std::string& text) {
     return path;
 }
 
-/// The key with a `:` behind each piece; nothing if the format spells none.
+/// The key, with a `:` behind each piece; nothing if the format doesn't spell a key.
 std::optional<std::string> Spelled(const Request& request) {
     std::string key;
     for (std::size_t i = 0; i < request.format.size(); ++i) {
@@ -63,8 +63,8 @@ std::optional<std::string> Spelled(const Request& request) {
     return key;
 }
 
-/// Calls with the arguments that the format's letters take, which only a call written out can have: a letter that takes
-/// none ends them, as the key is given up there.
+/// Calls with the arguments that the format's letters take. A variadic call has a fixed number of arguments, so each
+/// letter adds one to the pack. A letter that takes none ends the list, because the library gives up the key there.
 template <class Call, class... Taken>
 void WithArguments(const Request& request, const Call& call, Taken... taken) {
     constexpr std::size_t kTaken = sizeof...(Taken);
@@ -77,7 +77,7 @@ void WithArguments(const Request& request, const Call& call, Taken... taken) {
     call(request.format.c_str(), taken...);
 }
 
-/// Every operation that takes a format, on a table in which it must find `expected`, or nothing if that is null.
+/// Calls every operation that takes a format, on a table in which it must find `expected`, or nothing if that is null.
 void CheckAll(ITable& table, const Request& request, IIterator* expected) {
     WithArguments(request, [&table, expected](const char* format, auto... taken) {
         Require(table.FindFormat(format, taken...) == expected, "another Unit is found, or none");
@@ -100,20 +100,20 @@ IIterator* Add(ITable& table, const std::string& key, std::uint32_t kind) {
     return kind == 1 ? table.AddTable(key.c_str()) : table.AddString(key.c_str(), "12.5");
 }
 
-/// The key with a last `:` is that of the text families, without it that of the binary one; either way the tree is made
-/// by editing, which takes any key but the empty one.
+/// With a last `:` the key is that of the text families, without it that of the binary family. For both, the tree is
+/// made by editing, which accepts any key but the empty one.
 void CheckFamilies(const Request& request, const std::string& key, std::uint32_t kind) {
     LoadedFile edited;
     ITable* root = edited.Load("", ACCESS_EDIT, FORMAT_TEXT);
     CheckAll(*root, request, nullptr);
-    // The key that is asked for is put into lower case, and so is one that is added.
+    // A key that is looked up is put into lower case, and so is one that is added.
     IIterator* added = key.empty() ? nullptr : Add(*root, key, kind);
     CheckAll(*root, request, added);
     LoadedFile read;
     const bool sayable = added != nullptr && IsSayable(TreeOf(*root, true));
     if (std::optional<std::string> text = edited.Saved(FORMAT_TEXT); text && sayable) {
-        ITable* its_root = read.Load(*text, ACCESS_READ, FORMAT_TEXT);
-        CheckAll(*its_root, request, OnlyUnit(*its_root));
+        ITable* read_root = read.Load(*text, ACCESS_READ, FORMAT_TEXT);
+        CheckAll(*read_root, request, OnlyUnit(*read_root));
     }
 }
 
@@ -123,12 +123,12 @@ void CheckBinary(const Request& request, std::string key, std::uint32_t kind) {
     ITable* root = edited.Load("", ACCESS_EDIT, FORMAT_TEXT);
     if (!key.empty()) Require(Add(*root, key, kind) != nullptr, "a key isn't taken");
     LoadedFile compiled;
-    ITable* its_root = compiled.Load(edited.Saved(FORMAT_BINARY).value(), ACCESS_READ, FORMAT_BINARY);
-    CheckAll(*its_root, request, OnlyUnit(*its_root));
+    ITable* compiled_root = compiled.Load(edited.Saved(FORMAT_BINARY).value(), ACCESS_READ, FORMAT_BINARY);
+    CheckAll(*compiled_root, request, OnlyUnit(*compiled_root));
 }
 
 Request ReadRequest(ByteSource& source) {
-    constexpr std::string_view kLetters = "ispispispispispx"; // seldom one that is none
+    constexpr std::string_view kLetters = "ispispispispispx"; // rarely an invalid one
     Request request;
     const std::uint32_t count = source.Below(kMostLetters + 1);
     for (std::uint32_t i = 0; i < count; ++i) request.format += kLetters[source.Below(kLetters.size())];

@@ -1,5 +1,5 @@
-// Any bytes as the binary form. What loads is a tree that can be walked whole, and that its saves in both forms say
-// again; an edited copy of it saves as well.
+// Any bytes as the binary form. What loads is a tree that can be walked completely, and saves in both forms read back
+// as the same tree; an edited copy of it can be saved, too.
 
 #include "fuzz/check.h"
 #include "fuzz/configure_tree.h"
@@ -8,13 +8,13 @@ namespace {
 
 using namespace Fuzz;
 
-/// A tree that has come by way of the text form is edited: every second entry of the root goes, another comes.
+/// Edits a copy that was loaded from the text form: every second entry of the root is removed, and one is added.
 void CheckEditedCopy(LoadedFile& file) {
     const std::optional<std::string> text = file.Saved(Configure::FORMAT_TEXT);
     if (!text) return;
     LoadedFile copy;
     Configure::ITable* root = copy.Load(*text, Configure::ACCESS_EDIT, Configure::FORMAT_TEXT);
-    if (root == nullptr) return; // the text form can't say every tree
+    if (root == nullptr) return; // the text form can't express every tree
     Configure::IIterator* unit = root->Begin();
     while (unit != root->End() && unit != nullptr) {
         unit = root->Remove(unit);

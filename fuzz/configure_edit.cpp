@@ -1,5 +1,5 @@
-// A random program of edits on a configuration file that a text has been loaded into, step by step against a plain
-// tree. In the end both saves say the tree that the edits have made.
+// A random program of edits on a configuration file that was loaded from a text, compared with a plain tree at each
+// step. In the end both saves read back as the edited tree.
 
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
@@ -23,7 +23,7 @@ std::string LowerCase(std::string text) {
 }
 
 /// A table or an array that is being edited, and what it should be.
-struct Place {
+struct Container {
     ITable* table; // one of the two
     IArray* array;
     Node* node;
@@ -45,10 +45,10 @@ struct Place {
 class Program {
 public:
     Program(ByteSource& source, LoadedFile& file, ITable& root)
-        : source_(source), file_(file), tree_(TreeOf(root, true)), places_{{&root, nullptr, &tree_}} {}
+        : source_(source), file_(file), tree_(TreeOf(root, true)), path_{{&root, nullptr, &tree_}} {}
 
     void Run() {
-        ITable* root = places_.front().table;
+        ITable* root = path_.front().table;
         while (!source_.AtEnd()) Step();
         const Node tree = TreeOf(*root, true);
         Require(SpelledInOrder(tree) == SpelledInOrder(tree_), "the edits have made something else");
@@ -68,7 +68,7 @@ private:
         case 4:
             return Rename();
         case 5:
-            if (places_.size() > 1) places_.pop_back();
+            if (path_.size() > 1) path_.pop_back();
             return;
         case 6:
         case 7:
@@ -90,10 +90,10 @@ private:
         return which < std::size(kKeys) ? kKeys[which] : source_.Text();
     }
 
-    /// The place of a Unit of this container, at times one beyond the last.
-    std::size_t Index() { return source_.Byte() % (places_.back().node->units.size() + 1); }
+    /// The index of a Unit in the current container, sometimes one beyond the last.
+    std::size_t Index() { return source_.Byte() % (path_.back().node->units.size() + 1); }
 
-    /// Units in their order, which an edited file keeps.
+    /// Spells the Units in their order, which an edited file keeps.
     static std::string SpelledInOrder(const Node& node) {
         std::string text =
             node.key.value_or("(none)") + '\0' + std::to_string(node.kind) + (node.text ? "text" : "null");
@@ -105,61 +105,61 @@ private:
     ByteSource& source_;
     LoadedFile& file_;
     Node tree_;
-    std::vector<Place> places_; // the container at hand behind those that it is in
+    std::vector<Container> path_; // the current container behind those that it is in
 };
 
 void Program::Add() {
-    const Place place = places_.back();
+    const Container container = path_.back();
     const std::uint32_t kind = KIND_STRING + source_.Below(3);
-    const std::string key = place.table != nullptr ? Key() : "";
+    const std::string key = container.table != nullptr ? Key() : "";
     const std::string value = kind == KIND_STRING ? source_.Text() : "";
     IIterator* added = nullptr;
-    if (place.table != nullptr) {
-        added = kind == KIND_STRING  ? place.table->AddString(key.c_str(), value.c_str())
-                : kind == KIND_ARRAY ? place.table->AddArray(key.c_str())
-                                     : place.table->AddTable(key.c_str());
-        const bool is_taken = (!key.empty() || kind == KIND_TABLE) && !place.Has(LowerCase(key));
+    if (container.table != nullptr) {
+        added = kind == KIND_STRING  ? container.table->AddString(key.c_str(), value.c_str())
+                : kind == KIND_ARRAY ? container.table->AddArray(key.c_str())
+                                     : container.table->AddTable(key.c_str());
+        const bool is_taken = (!key.empty() || kind == KIND_TABLE) && !container.Has(LowerCase(key));
         Require((added != nullptr) == is_taken, "a key is taken, or isn't");
     } else {
-        added = kind == KIND_STRING  ? place.array->AddString(7, value.c_str())
-                : kind == KIND_ARRAY ? place.array->AddArray(7)
-                                     : place.array->AddTable(7);
+        added = kind == KIND_STRING  ? container.array->AddString(7, value.c_str())
+                : kind == KIND_ARRAY ? container.array->AddArray(7)
+                                     : container.array->AddTable(7);
         Require(added != nullptr, "an element isn't taken");
     }
     if (added == nullptr) return;
     Node node{kind, {}, {}, {}};
-    if (place.table != nullptr) node.key = LowerCase(key);
+    if (container.table != nullptr) node.key = LowerCase(key);
     if (kind == KIND_STRING) node.text = value;
-    place.node->units.push_back(std::move(node));
-    Require(place.At(place.node->units.size() - 1) == added, "what is added isn't the last");
+    container.node->units.push_back(std::move(node));
+    Require(container.At(container.node->units.size() - 1) == added, "what is added isn't the last");
 }
 
 void Program::Remove() {
-    const Place place = places_.back();
+    const Container container = path_.back();
     const std::size_t index = Index();
-    IIterator* unit = place.At(index);
+    IIterator* unit = container.At(index);
     if (unit == nullptr) return;
-    IIterator* next = place.table != nullptr ? place.table->Remove(unit) : place.array->Remove(unit);
-    place.node->units.erase(place.node->units.begin() + static_cast<std::ptrdiff_t>(index));
-    Require(next == place.At(index), "another Unit takes the place");
+    IIterator* next = container.table != nullptr ? container.table->Remove(unit) : container.array->Remove(unit);
+    container.node->units.erase(container.node->units.begin() + static_cast<std::ptrdiff_t>(index));
+    Require(next == container.At(index), "another Unit takes the place");
 }
 
-/// Of scalars alone: a table and an array keep their old name.
+/// Renames only scalars: a table and an array keep their names.
 void Program::Rename() {
-    const Place place = places_.back();
+    const Container container = path_.back();
     const std::size_t index = Index();
     const std::string key = Key();
-    IIterator* unit = place.At(index);
+    IIterator* unit = container.At(index);
     if (unit == nullptr || unit->GetType() != KIND_STRING) return;
-    Require(unit->SetKey(key.c_str()) == (place.table != nullptr), "a key is set, or isn't");
-    if (place.table != nullptr) place.node->units[index].key = LowerCase(key);
+    Require(unit->SetKey(key.c_str()) == (container.table != nullptr), "a key is set, or isn't");
+    if (container.table != nullptr) container.node->units[index].key = LowerCase(key);
 }
 
 void Program::Set() {
     const std::size_t index = Index();
     const std::uint32_t form = source_.Below(3);
     const auto number = source_.Plain<std::int32_t>();
-    IIterator* unit = places_.back().At(index);
+    IIterator* unit = path_.back().At(index);
     if (unit == nullptr) return;
     std::string text = form == 0 ? source_.Text() : std::to_string(number);
     char real_text[64];
@@ -169,7 +169,7 @@ void Program::Set() {
     const bool set = form == 0   ? unit->SetString(text.c_str())
                      : form == 1 ? unit->SetInteger(number)
                                  : unit->SetFloat(real);
-    Node& node = places_.back().node->units[index];
+    Node& node = path_.back().node->units[index];
     Require(set == (node.kind == KIND_STRING), "a value is set, or isn't");
     if (!set) return;
     node.text = text;
@@ -179,9 +179,9 @@ void Program::Set() {
 
 void Program::Descend() {
     const std::size_t index = Index();
-    IIterator* unit = places_.back().At(index);
+    IIterator* unit = path_.back().At(index);
     if (unit == nullptr || unit->GetType() == KIND_STRING) return;
-    places_.push_back({unit->GetTable(), unit->GetArray(), &places_.back().node->units[index]});
+    path_.push_back({unit->GetTable(), unit->GetArray(), &path_.back().node->units[index]});
 }
 
 } // namespace

@@ -1,5 +1,5 @@
-// Any bytes as a configuration text. Both accesses take or refuse it alike and see one tree, which their saves in both
-// forms say again; the binary form is byte for byte the same from either.
+// Any bytes as a configuration text. Both accesses accept or reject it alike and give the same tree, and their saves in
+// both forms read back as that tree; both accesses save the same binary form, byte for byte.
 
 #include "fuzz/check.h"
 #include "fuzz/configure_tree.h"
@@ -8,7 +8,7 @@ namespace {
 
 using namespace Fuzz;
 
-/// Both read the first of several Units with one key.
+/// Both accesses return the first of several Units with one key.
 void CheckFirsts(const Node& tree, Configure::ITable& read, Configure::ITable& edited) {
     for (const Node& unit : tree.units) {
         if (unit.kind != Configure::KIND_STRING || unit.key->empty()) continue;

@@ -1,3 +1,6 @@
+// How a configuration tree is read through the interfaces, with every way to ask for a value compared with the others,
+// and which trees each form keeps as they are.
+
 #include "fuzz/configure_tree.h"
 
 #include "fuzz/check.h"
@@ -11,7 +14,7 @@ namespace {
 
 using namespace Configure;
 
-/// A Unit's tests go by its kind, and its getters by whether there is text, no matter what the text is.
+/// A Unit's tests depend on its kind, and its getters on whether it has a text, whatever that text is.
 void CheckUnit(IIterator& unit) {
     const bool is_scalar = unit.GetType() == KIND_STRING;
     const bool is_text = is_scalar && unit.GetString() != nullptr;
@@ -34,7 +37,7 @@ std::vector<Node> UnitsOf(Container& container, bool in_file_order) {
     for (IIterator* unit = container.Begin(); unit != container.End(); unit = container.Next(unit)) {
         units.push_back(NodeOf(*unit, in_file_order));
     }
-    Require(units.size() == container.GetCount(), "the walk has not as many Units as the count says");
+    Require(units.size() == container.GetCount(), "the walk has another number of Units than the count");
     return units;
 }
 
@@ -58,7 +61,7 @@ Node NodeOf(IIterator& unit, bool in_file_order) {
     return node;
 }
 
-/// Keys are found in any case, by the Unit and by the getters.
+/// Find and the getters find a key in upper and in lower case.
 void CheckSearch(ITable& table, bool in_file_order) {
     std::map<std::string, IIterator*> firsts;
     for (IIterator* unit = table.Begin(); unit != table.End(); unit = table.Next(unit)) {
@@ -68,7 +71,7 @@ void CheckSearch(ITable& table, bool in_file_order) {
         std::string upper = key;
         for (char& byte : upper) byte = byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
         IIterator* found = table.Find(upper.c_str());
-        // The empty text finds nothing, though there may be such a key.
+        // The empty text finds nothing, even if there is such a key.
         if (upper.empty()) {
             Require(found == nullptr, "the empty text finds something");
             continue;
@@ -94,7 +97,7 @@ void CheckChildren(Container& container, ITable* their_default) {
     }
 }
 
-/// One number of a binary form counts entries that the form doesn't keep.
+/// Without the one number of a binary form that also counts entries which the form doesn't keep.
 std::optional<std::string> WithoutUnitCount(std::optional<std::string> binary) {
     if (binary) binary->replace(16, 4, 4, '\0');
     return binary;
@@ -104,8 +107,8 @@ bool Holds(std::string_view text, std::string_view bytes) { return text.find_fir
 
 bool IsSayableText(std::string_view text) { return !Holds(text, "\"\xFF") && text.find("--") == text.npos; }
 
-/// A key with a separator is read in path form, which has no runs of them and no more than 255 bytes; one that begins
-/// with a `:` is joined to what stands before it.
+/// A key with a separator is read in path form, which has no repeated separators and at most 255 bytes; a key that
+/// begins with a `:` is joined to what precedes it.
 bool IsSayableKey(std::string_view key) {
     const bool is_path = key.find('\\') != key.npos;
     if (is_path && (key.size() > 255 || key.find("\\\\") != key.npos)) return false;
@@ -163,19 +166,19 @@ std::size_t LongestLine(const Node& tree) {
     return longest + tree.key.value_or("").size() + tree.text.value_or("").size() + 16;
 }
 
-void CheckDefaults(ITable& table, ITable* its_default) {
-    for (IIterator* unit = Begin(its_default); unit != End(its_default); unit = its_default->Next(unit)) {
+void CheckDefaults(ITable& table, ITable* fallback) {
+    for (IIterator* unit = Begin(fallback); unit != End(fallback); unit = fallback->Next(unit)) {
         const cstr key = unit->GetKey();
         if (*key == '\0') continue; // the empty text finds nothing
         IIterator* own = table.Find(key);
-        IIterator* found = own != nullptr ? own : its_default->Find(key);
-        Require(table.GetString(key) == found->GetString(), "a getter asks its default otherwise");
+        IIterator* found = own != nullptr ? own : fallback->Find(key);
+        Require(table.GetString(key) == found->GetString(), "a getter returns another text than the default has");
         Require(table.GetTable(key) == found->GetTable(), "a getter has another default's table");
         Require(table.GetArray(key) == found->GetArray(), "a getter has another default's array");
     }
     IIterator* own = table.Find("_default");
-    IIterator* handed_on = own != nullptr || its_default == nullptr ? own : its_default->Find("_default");
-    CheckChildren(table, handed_on == nullptr ? nullptr : handed_on->GetTable());
+    IIterator* inherited = own != nullptr || fallback == nullptr ? own : fallback->Find("_default");
+    CheckChildren(table, inherited == nullptr ? nullptr : inherited->GetTable());
 }
 
 LoadedFile::~LoadedFile() { Require(files_.handles == 0, "a file stays open"); }
@@ -192,7 +195,7 @@ std::optional<std::string> LoadedFile::Saved(std::uint32_t format) {
 
 void CheckCompiled(LoadedFile& file, const Node& tree) {
     const std::optional<std::string> binary = file.Saved(FORMAT_BINARY);
-    Require(binary.has_value() != SharesKeyOfContainer(tree), "the binary form is refused for no reason, or isn't");
+    Require(binary.has_value() != SharesKeyOfContainer(tree), "the binary form is wrongly refused, or wrongly written");
     if (!binary) return;
     LoadedFile compiled;
     ITable* root = compiled.Load(*binary, ACCESS_READ, FORMAT_AUTO);
@@ -206,7 +209,7 @@ void CheckCompiled(LoadedFile& file, const Node& tree) {
 
 void CheckWritten(LoadedFile& file, const Node& tree) {
     const std::optional<std::string> text = file.Saved(FORMAT_TEXT);
-    Require(text || LongestLine(tree) >= 1024, "the text form is refused for no reason");
+    Require(text || LongestLine(tree) >= 1024, "the text form is wrongly refused");
     if (!text) return;
     const bool is_sayable = IsSayable(tree);
     const std::string expected = is_sayable ? Spelled(tree, Kept::kWritten) : "";

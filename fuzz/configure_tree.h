@@ -1,4 +1,4 @@
-/// A configuration tree as plain data, and what a form can say of it.
+// A configuration tree as plain data, and how much of it each form can express.
 
 #ifndef TESSARIN_FUZZ_CONFIGURE_TREE_H
 #define TESSARIN_FUZZ_CONFIGURE_TREE_H
@@ -15,38 +15,39 @@
 
 namespace Fuzz {
 
-/// A Unit with all that is below it; a table without a key is a root or an element.
+/// A Unit with everything below it; a table without a key is a root or an element.
 struct Node {
     std::uint32_t kind = Configure::KIND_TABLE;
     std::optional<std::string> key;
-    std::optional<std::string> text; ///< of a scalar, which may have none
-    std::vector<Node> units;         ///< of a table or an array
+    std::optional<std::string> text; // of a scalar; nothing if it has no text
+    std::vector<Node> units;         // of a table or an array
 };
 
-/// The tree of a table, walked whole. That walk, count, names, tests, getters and searches agree is required on the
-/// way: every key is found, and what is found is the first Unit of that key if `in_file_order`.
+/// The tree of a table, from a complete walk. Requires on the way that walk, count, names, tests, getters and searches
+/// agree: every key is found, and if `in_file_order`, what is found is the first Unit of that key.
 Node TreeOf(Configure::ITable& table, bool in_file_order);
 
-/// Getters find in a table's default what the table itself doesn't have, as the tables named `_default` say.
-/// its_default  that of `table`; null for a root
+/// Requires that getters find in a table's default table what the table itself doesn't have; a default table is one
+/// named `_default`.
+/// fallback  the default of `table`; null for a root
 /// REQUIRES: the tree is as it was loaded
-void CheckDefaults(Configure::ITable& table, Configure::ITable* its_default);
+void CheckDefaults(Configure::ITable& table, Configure::ITable* fallback);
 
-/// What a form keeps of a tree. The text form has no null texts; the binary form neither, and of several scalars under
-/// one key the last in the file.
+/// What a form keeps of a tree. Neither form has null texts; of several scalars with one key, the binary form keeps
+/// only the last in the file.
 enum class Kept { kAll, kWritten, kCompiled };
 
-/// All that a form keeps of a tree, as one text that doesn't hang on the order of a table's Units.
-/// REQUIRES: for what the binary form keeps, the tree is in the order of its file
+/// Everything that a form keeps of a tree, as one text that doesn't depend on the order of a table's Units.
+/// REQUIRES: for kCompiled, the tree is in the order of its file
 std::string Spelled(const Node& tree, Kept kept);
 
-/// Whether a table or an array shares its key with another entry, which no binary form holds.
+/// Whether a table or an array shares its key with another entry, which the binary form can't express.
 bool SharesKeyOfContainer(const Node& tree);
 
-/// Whether the text form can say the tree, so that its save reads back.
+/// Whether the text form can express the tree, so that its save reads back as the same tree.
 bool IsSayable(const Node& tree);
 
-/// More than any line of the tree's text form has bytes, and more than any indent has columns.
+/// An upper bound of the bytes in a line of the tree's text form, and of the columns of an indent.
 std::size_t LongestLine(const Node& tree);
 
 /// One file object over a file service of its own.
@@ -59,7 +60,7 @@ public:
 
     Configure::ITable* Load(std::string_view bytes, std::uint32_t access, std::uint32_t format);
 
-    /// What SaveAs writes; nothing if it answers false.
+    /// What SaveAs writes; nothing if it returns false.
     std::optional<std::string> Saved(std::uint32_t format);
 
 private:
@@ -71,11 +72,11 @@ private:
     std::unique_ptr<Configure::IFile, Releaser> file_{CreateRLFile(&files_)};
 };
 
-/// Saves a tree in the binary form and loads that: what comes back is the tree, as far as the form keeps it.
-/// tree  that of `file`, in the order of the file that it was loaded from
+/// Saves a tree in the binary form, loads that, and requires the same tree, as far as the form keeps it.
+/// tree  the tree of `file`, in the order of the file that it was loaded from
 void CheckCompiled(LoadedFile& file, const Node& tree);
 
-/// The same for the text form, as far as it can say the tree, with both accesses.
+/// The same for the text form with both accesses, as far as it can express the tree.
 void CheckWritten(LoadedFile& file, const Node& tree);
 
 } // namespace Fuzz

@@ -1,5 +1,5 @@
-// A random program for one of the containers, step by step against a plain model of it. The first byte chooses the
-// container, the next ones its sizes, and then each byte an operation with the bytes that it needs.
+// A random program for one of the containers, compared with a plain model of it at each step. The first byte selects
+// the container, the next ones its sizes; then each byte selects an operation, followed by the bytes that it needs.
 
 #include "tessarin/containers.h"
 #include "fuzz/byte_source.h"
@@ -32,12 +32,12 @@ bool Holds(const void* place, const Bytes& bytes) {
 
 // ---------------------------------------------------------------------------------------------------- flat arrays
 
-std::size_t compared_size = 0; // of the elements that are being sorted: qsort hands nothing on
+std::size_t compared_size = 0; // of the elements that are sorted now: qsort passes no context on
 
 int CompareBytes(const void* one, const void* other) { return std::memcmp(one, other, compared_size); }
 bool IsLess(const Bytes& one, const Bytes& other) { return CompareBytes(one.data(), other.data()) < 0; }
 
-/// An array and its model; the capacity goes by the stated rules.
+/// An array and its model, which also computes the capacity by the documented rules.
 class FlatArray {
 public:
     FlatArray(ByteSource& source, std::uint32_t element_size, std::uint32_t room)
@@ -96,13 +96,13 @@ public:
         for (std::uint32_t i = 0; i < Count(); ++i, element = farr_next(array_, element)) {
             Require(element == farr_at(array_, i) && Holds(element, model_[i]), "an element is another");
         }
-        Require(element == farr_end(array_) && farr_at(array_, Count()) == nullptr, "one element more");
+        Require(element == farr_end(array_) && farr_at(array_, Count()) == nullptr, "an element too many");
     }
 
 private:
     [[nodiscard]] std::uint32_t Count() const { return static_cast<std::uint32_t>(model_.size()); }
 
-    /// Counts the growth for one more element in.
+    /// Lets the model's capacity grow for one more element. Returns the bytes of a new element.
     Bytes Grown() {
         const std::uint32_t need = (Count() + 1) * size_;
         if (need > capacity_) {
@@ -198,7 +198,7 @@ Bytes Record(std::uint32_t size, std::uint8_t seed) {
     return record;
 }
 
-/// The command queue in the words of the event list.
+/// The command queue with the interface of the event list.
 class Commands {
 public:
     static constexpr std::uint32_t kLeast = 4;
@@ -218,7 +218,7 @@ public:
     void Clear() { cmd_clear(queue_); }
 
     void Adapt(std::size_t used) {
-        Require(cmd_adapt(queue_) == (used == 0 ? 0U : 1U), "an adapt answers otherwise");
+        Require(cmd_adapt(queue_) == (used == 0 ? 0U : 1U), "an adapt returns something else");
         if (used != 0) Require(GetCapacity() == used, "adapted to another size");
     }
 
@@ -226,7 +226,7 @@ private:
     cmd* queue_;
 };
 
-/// The list of an exchange that the consumer holds; its own pushes are the consumer's.
+/// The list that an exchange's consumer holds; the consumer itself pushes to it.
 class Events {
 public:
     static constexpr std::uint32_t kLeast = 8;
@@ -244,7 +244,7 @@ public:
     void* Front() { return list_->Front(); }
     void Pop() { list_->Pop(); }
     void Clear() { list_->Clear(); }
-    void Adapt(std::size_t) {} // it never shrinks
+    void Adapt(std::size_t) {} // an event list never shrinks
 
 private:
     Tessarin::IExchangeEvent* exchange_;
@@ -298,7 +298,7 @@ private:
         return false;
     }
 
-    /// Mostly small, seldom more than a page.
+    /// Mostly small, rarely more than a page.
     std::uint32_t Size() {
         const std::uint32_t size = source_.Byte();
         return Queue::kLeast + (size < 250 ? size : size * 40);
@@ -322,7 +322,7 @@ private:
         model_.push_back(record);
     }
 
-    /// A copy of the front, at times when it has just been popped.
+    /// Pushes a copy of the front, sometimes of a front that has just been popped.
     void PushOwn() {
         if (model_.empty()) return;
         const void* front = queue_.Front();
@@ -337,7 +337,7 @@ private:
         model_.pop_front();
     }
 
-    /// A wrong first word costs the records behind it their places and nothing else.
+    /// A wrong first word may lose the records behind it and has no other effect.
     void Damage() {
         if (model_.empty()) return;
         const auto word = source_.Plain<std::uint32_t>();
@@ -357,7 +357,7 @@ private:
     std::deque<Bytes> model_;
 };
 
-/// Two lists that change places: what the consumer leaves in one comes again when it is handed out next.
+/// Two lists that are swapped: what the consumer leaves in one is there again when the list is handed out next.
 void DriveExchange(ByteSource& source) {
     Tessarin::IExchangeEvent* exchange = CreateExchangeEvent();
     std::deque<Bytes> written, read;
@@ -388,7 +388,7 @@ void DriveExchange(ByteSource& source) {
 
 // ------------------------------------------------------------------------------------------------------ hash maps
 
-/// A map and its model: the buckets as the walk sees them, and each entry's node, which never moves.
+/// A map and its model: the buckets in the order of the walk, and each entry's node, which never moves.
 class HashMap {
 public:
     HashMap(ByteSource& source, std::uint32_t buckets, std::uint32_t value_size)
@@ -416,14 +416,14 @@ public:
         Require((i32hm_get(map_, key) != nullptr) == (entries_.count(key) != 0), "an entry is there, or isn't");
     }
 
-    /// The walk goes by bucket and, there, from the newest entry on.
+    /// The walk visits bucket after bucket and, in each, the newest entry first.
     void Check() {
         Require((i32hm_empty(map_) != 0) == entries_.empty(), "empty, or not");
         hm_node* node = i32hm_begin(map_);
         for (const auto& chain : chains_) {
             for (std::uintptr_t key : chain) {
                 const auto& [expected, value] = entries_.at(key);
-                Require(node == expected && i32hm_find(map_, key) == node, "the walk comes to another node");
+                Require(node == expected && i32hm_find(map_, key) == node, "the walk reaches another node");
                 Require(Holds(i32hm_ptr2value(node), value) && ptrhm_get(map_, key) == i32hm_ptr2value(node),
                         "a value");
                 node = i32hm_next(map_, node);
@@ -435,7 +435,7 @@ public:
 private:
     using Chains = std::vector<std::deque<std::uintptr_t>>;
 
-    /// Few enough to be met again, and a few that fill 32 bits, up to which the bucket is a stated one.
+    /// Few enough that keys repeat, and a few that need 32 bits, up to which the bucket of a key is documented.
     std::uintptr_t Key() {
         const std::uint32_t key = source_.Byte();
         return key < 250 ? key : key * std::uintptr_t{0x00FEDCBA};
@@ -482,13 +482,12 @@ void DriveHashMap(ByteSource& source) {
 
 // ----------------------------------------------------------------------------------------------------------- pools
 
-/// A block that is out, with what was written to it: two blocks that shared a byte would show.
+/// A block that is allocated, with what was written to it: two blocks that share a byte would be detected.
 struct Block {
     unsigned char* place;
     Bytes bytes;
 
-    Block(void* its_place, Bytes its_bytes)
-        : place(static_cast<unsigned char*>(its_place)), bytes(std::move(its_bytes)) {
+    Block(void* allocated, Bytes content) : place(static_cast<unsigned char*>(allocated)), bytes(std::move(content)) {
         Require(place != nullptr, "no block");
         std::memcpy(place, bytes.data(), bytes.size());
     }
@@ -499,7 +498,7 @@ void DriveObjectPool(ByteSource& source) {
     const std::uint32_t block_size = 1 + source.Below(64);
     omem* pool = omem_create(block_size, 1 + source.Below(20));
     std::vector<Block> out;
-    std::vector<void*> given_back; // the last one comes first
+    std::vector<void*> given_back; // the last one is allocated first
     while (!source.AtEnd()) {
         const std::uint32_t operation = source.Below(16);
         if (operation == 0) {
@@ -532,7 +531,7 @@ void DriveIncrementalPool(ByteSource& source) {
         const std::uint32_t size = source.Byte();
         void* place = imem_alloc(pool, size);
         if (size == 0 || size > chunk_size) {
-            Require(place == nullptr, "dealt out what it can't");
+            Require(place == nullptr, "a block of an impossible size");
             continue;
         }
         const bool fits = size <= chunk_size - used;

@@ -1,5 +1,5 @@
-// Any bytes as a text with an interval in it, and as fields that a host has written. What Load reads is what a plain
-// reading with the C library's numbers comes to; the rest follows from the fields alone.
+// Any bytes as a text with an interval in it, and as fields that a host has written. Load must read the same bounds as
+// a plain reader with the C library's numbers; everything else follows from the fields alone.
 
 #include "tessarin/interval.h"
 #include "fuzz/byte_source.h"
@@ -135,8 +135,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto length = static_cast<std::uint32_t>(text.size());
     const std::optional<Bounds> bounds = Read(text);
     Interval interval = written;
-    Require((interval.Load(text.data(), length) == 1) == bounds.has_value(), "refused for no reason, or not refused");
-    Require((Interval::CanToInterval(text.data(), length) == 1) == bounds.has_value(), "the test says something else");
+    Require((interval.Load(text.data(), length) == 1) == bounds.has_value(), "wrongly refused, or wrongly accepted");
+    Require((Interval::CanToInterval(text.data(), length) == 1) == bounds.has_value(),
+            "the test returns something else");
     CheckFields(interval, bounds.value_or(Bounds{}));
     CheckIntegers(interval, integer);
     CheckReals(interval, real);

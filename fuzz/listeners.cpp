@@ -1,6 +1,6 @@
-// Listeners that change the tables they are told of, other tables too, while the telling goes on: add and remove
-// entries and listeners, rename, clear, end the table itself. There is no model of who hears what then; whatever
-// happens, no memory is touched that isn't anybody's, and every table that is left can be walked.
+// Listeners that change the notifying table and other tables during the notification: they add and remove entries and
+// listeners, rename, clear, and end the table itself. There is no model of which listeners are then notified of what.
+// Whatever happens, no freed memory is touched (which the sanitizers see), and every remaining table can be walked.
 
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
@@ -14,7 +14,7 @@ namespace {
 using namespace Fuzz;
 using namespace Tessarin;
 
-/// What every listener does is the next steps of the one program, as deep in one another as it gets.
+/// Every listener runs the next steps of the one program, so that notifications nest, up to a limit.
 class Program {
 public:
     explicit Program(ByteSource& source) : source_(source) {
@@ -59,7 +59,7 @@ private:
 
     const char* Key() {
         static const char* const kKeys[] = {"a", "b", "c", "d", "e", "f", "g", "h", "i", "j", "k", "l"};
-        return kKeys[source_.Below(source_.Byte() % 2 == 0 ? 3 : 12)]; // the first ones are met often
+        return kKeys[source_.Below(source_.Byte() % 2 == 0 ? 3 : 12)]; // the first ones often
     }
 
     Delegate Record() { return RecordDelegate<&Program::OnRecord>(this); }
@@ -109,7 +109,7 @@ void Program::Step() {
         table.SetArrayItem(source_.Below(20), "an item of bytes", 1);
         break;
     case 12: {
-        // The slot has another table before this one ends, for what is done in between.
+        // The slot gets another table before this one ends, for the listeners that run in between.
         ITable* old = slot;
         if (source_.Below(3) != 0) break;
         slot = CreateTable();
@@ -161,7 +161,7 @@ void Program::Unlisten(ITable& table, const char* key) {
     if (kind == 4) table.RemoveArrayListener(&array);
 }
 
-/// A table that isn't taken over is still the host's, whatever became of the one that was to take it.
+/// A table that isn't taken over still belongs to the host, whatever happened to the table that refused it.
 void Program::HandOver(ITable& table, const char* key) {
     ITable* child = CreateTable();
     child->SetInteger(key, 1, 0);

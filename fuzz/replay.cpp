@@ -1,5 +1,5 @@
-// Runs a target over files, and over all files in folders: inputs that were seen before, without a fuzzer. A fault ends
-// the program, with the file's name as the last line before what says so.
+// Runs a target over files, and over all files in folders: known inputs, without a fuzzer. A failure ends the program;
+// the file's name is the last line before its message.
 
 #include "fuzz/check.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 using Path = std::filesystem::path;
 
-/// In an order of their own, so that two runs are alike.
+/// Sorted, so that two runs are alike.
 std::vector<Path> FilesOf(const Path& path) {
     if (!std::filesystem::is_directory(path)) return {path};
     std::vector<Path> files;

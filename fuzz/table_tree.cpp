@@ -1,3 +1,6 @@
+// How a table is read into a plain tree. A table that an entry doesn't have (null) has the kind VALUE_EXTERNAL_TABLE
+// there, and vectors are distinguished by their number of components.
+
 #include "fuzz/table_tree.h"
 
 #include "fuzz/check.h"
@@ -21,7 +24,7 @@ bool SameReal(float one, float other) {
 template <class Vector>
 Value VectorOf(IIterator& entry, std::uint32_t (IIterator::*get)(Vector*)) {
     Vector vector;
-    Require((entry.*get)(&vector) == 1, "a vector isn't handed out");
+    Require((entry.*get)(&vector) == 1, "a getter returns no vector");
     std::vector<float> reals(sizeof vector / sizeof(float));
     std::memcpy(reals.data(), &vector, sizeof vector);
     return VectorValue(std::move(reals));
@@ -93,7 +96,7 @@ Value TreeOf(ITable& table) {
         Require(table.Find(key) == entry, "an entry isn't found by its key");
         tree.entries.push_back({key, ValueOf(*entry)});
     }
-    Require(tree.entries.size() == table.GetElementCount(), "the walk has not as many entries as the table");
+    Require(tree.entries.size() == table.GetElementCount(), "the walk has another number of entries than the table");
     std::sort(tree.entries.begin(), tree.entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
     return tree;
 }

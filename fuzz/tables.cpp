@@ -1,6 +1,6 @@
-// A random program for a tree of tables, step by step against a plain model of it: entries with their kinds, values,
-// addresses and order, array parts, and what each listener is told. Listeners only note what they hear; what they may
-// do to the table besides is the subject of listeners.cpp.
+// A random program for a tree of tables, compared with a plain model of it at each step: entries with their kinds,
+// values, addresses and order, array parts, and the notifications of each listener. Listeners only record their
+// notifications here; listeners.cpp is about those that change the table.
 
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
@@ -24,30 +24,28 @@ namespace {
 using namespace Fuzz;
 using namespace Tessarin;
 
-/// Writes down who is told of what: T and A are a table's record and argument listeners, R and E an entry's, I the
-/// array part's.
+/// Logs which listener is notified of what: T and A are a table's record and argument listeners, R and E those of an
+/// entry, I those of the array part.
 struct Recorder {
     char name;
     std::string* log;
-    ITable* const* table; // which all must come from
+    ITable* const* table; // the only one whose events are expected
 
     void OnRecord(TableEvent* event) { OnArgument(event->code, event->table, event->key); }
-    void OnArgument(std::uint32_t code, ITable* its_table, cstr key) { Note(code, its_table, key ? key : "-"); }
-    void OnArray(std::uint32_t code, ITable* its_table, std::uint32_t index) {
-        Note(code, its_table, std::to_string(index));
-    }
+    void OnArgument(std::uint32_t code, ITable* sender, cstr key) { Note(code, sender, key ? key : "-"); }
+    void OnArray(std::uint32_t code, ITable* sender, std::uint32_t index) { Note(code, sender, std::to_string(index)); }
 
-    void Note(std::uint32_t code, const ITable* its_table, const std::string& about) const {
-        Require(its_table == *table, "an event comes from another table");
+    void Note(std::uint32_t code, const ITable* sender, const std::string& about) const {
+        Require(sender == *table, "an event comes from another table");
         *log += name + std::to_string(code) + ':' + about + ' ';
     }
 };
 
 struct Model;
 
-/// An entry as it should be. A value is its words: of a vector its components, of an integer, a real or a handle the
-/// one that they have.
-struct Held {
+/// An entry as it should be. Its value is kept as words: the components of a vector, the only word of an integer, a
+/// real or a handle.
+struct ExpectedEntry {
     std::string key;
     std::uint32_t kind = VALUE_EMPTY;
     std::vector<std::uint32_t> words{};
@@ -61,22 +59,23 @@ struct Held {
 struct Model {
     ITable* table = nullptr;
     Model* parent = nullptr;
-    std::uint32_t validity = 1; // what ValidateTable says of it
-    std::vector<Held> entries{};
+    std::uint32_t validity = 1; // what ValidateTable returns for it
+    std::vector<ExpectedEntry> entries{};
     bool has_array = false;
     std::uint32_t item_size = 0;
     std::vector<std::optional<std::string>> items{};
     std::size_t records = 0, arguments = 0, arrays = 0;
 
-    Held* Find(const std::string& key) {
-        auto found = std::find_if(entries.begin(), entries.end(), [&key](const Held& held) { return held.key == key; });
+    ExpectedEntry* Find(const std::string& key) {
+        auto found = std::find_if(entries.begin(), entries.end(),
+                                  [&key](const ExpectedEntry& entry) { return entry.key == key; });
         return found == entries.end() ? nullptr : &*found;
     }
 
-    /// Beyond eight entries the order is that of the keys' addresses.
+    /// With more than eight entries, they are ordered by the addresses of their keys.
     void FinishBulkLoad() {
         if (entries.size() <= 8) return;
-        std::sort(entries.begin(), entries.end(), [](const Held& a, const Held& b) {
+        std::sort(entries.begin(), entries.end(), [](const ExpectedEntry& a, const ExpectedEntry& b) {
             return std::less<>()(cstr_find(a.key.c_str()), cstr_find(b.key.c_str()));
         });
     }
@@ -114,7 +113,7 @@ public:
         while (!source_.AtEnd()) {
             at_table_ = at_->table;
             Step();
-            Require(log_ == expected_, "the listeners are told something else");
+            Require(log_ == expected_, "the listeners are notified of something else");
             log_.clear();
             expected_.clear();
             CheckTable();
@@ -154,41 +153,41 @@ private:
         Expect('A', at_->arguments, code, about);
     }
 
-    void ExpectOfEntry(const Held& held, std::uint32_t code) {
-        ExpectOfTable(code, held.key);
+    void ExpectOfEntry(const ExpectedEntry& entry, std::uint32_t code) {
+        ExpectOfTable(code, entry.key);
         if (notify_ == 0) return;
-        Expect('R', held.records, code, held.key);
-        Expect('E', held.arguments, code, held.key);
+        Expect('R', entry.records, code, entry.key);
+        Expect('E', entry.arguments, code, entry.key);
     }
 
-    /// What the model makes of a setter: the entry to store in, or null for one that is refused or changes nothing,
-    /// with the setter's answer.
+    /// Applies a setter to the model. Returns the entry to store in, or null if the setter is refused or changes
+    /// nothing, and what the setter must return.
     template <class Same>
-    std::pair<Held*, bool> Take(const std::string& key, std::uint32_t kind, Same same) {
-        Held* held = at_->Find(key);
-        const bool existed = held != nullptr;
-        if (existed && held->kind != kind) return {nullptr, false};
-        if (existed && same(*held)) return {nullptr, true};
-        if (!existed) held = &at_->entries.emplace_back(Held{key});
-        ExpectOfEntry(*held, existed ? EVENT_CHANGING : EVENT_ADDING);
-        ExpectOfEntry(*held, existed ? EVENT_CHANGED : EVENT_ADDED);
-        held->kind = kind;
-        return {held, true};
+    std::pair<ExpectedEntry*, bool> Take(const std::string& key, std::uint32_t kind, Same same) {
+        ExpectedEntry* entry = at_->Find(key);
+        const bool existed = entry != nullptr;
+        if (existed && entry->kind != kind) return {nullptr, false};
+        if (existed && same(*entry)) return {nullptr, true};
+        if (!existed) entry = &at_->entries.emplace_back(ExpectedEntry{key});
+        ExpectOfEntry(*entry, existed ? EVENT_CHANGING : EVENT_ADDING);
+        ExpectOfEntry(*entry, existed ? EVENT_CHANGED : EVENT_ADDED);
+        entry->kind = kind;
+        return {entry, true};
     }
 
-    /// After the table has done what the model has: a new entry has its address, and its place.
+    /// Called when the table and the model have changed: new entries get their address, and all entries their order.
     void FinishBulkLoad() {
-        for (Held& held : at_->entries) {
-            IIterator* found = at_->table->Find(held.key.c_str());
-            Require(found != nullptr && (held.address == nullptr || held.address == found), "an entry has moved");
-            held.address = found;
+        for (ExpectedEntry& entry : at_->entries) {
+            IIterator* found = at_->table->Find(entry.key.c_str());
+            Require(found != nullptr && (entry.address == nullptr || entry.address == found), "an entry has moved");
+            entry.address = found;
         }
         at_->FinishBulkLoad();
     }
 
     void CheckTable();
-    void CheckEntry(const Held& held) const;
-    void CheckWords(const Held& held) const;
+    void CheckEntry(const ExpectedEntry& entry) const;
+    void CheckWords(const ExpectedEntry& entry) const;
 
     ByteSource& source_;
     std::string log_, expected_;
@@ -257,10 +256,11 @@ void Program::SetScalar(std::uint32_t kind) {
     const std::uint32_t notify = Notify();
     const std::size_t count = kind == VALUE_FLOAT4X4 ? 16 : kind >= VALUE_FLOAT2 && kind <= VALUE_FLOAT4 ? kind - 6 : 1;
     std::vector<std::uint32_t> words(count);
-    // Values are met again, and neighbours that count as the same.
+    // Values repeat, and so do neighbours that count as equal.
     for (std::uint32_t& word : words)
         word = source_.Below(3) == 0 ? source_.Plain<std::uint32_t>() : source_.Byte() / 64U;
-    auto [held, answer] = Take(key, kind, [&](const Held& old) { return SameWords(kind, old.words, words); });
+    auto [entry, expected] =
+        Take(key, kind, [&](const ExpectedEntry& old) { return SameWords(kind, old.words, words); });
     ITable& table = *at_->table;
     const char* name = key.c_str();
     const std::uint32_t taken =
@@ -271,8 +271,8 @@ void Program::SetScalar(std::uint32_t kind) {
         : kind == VALUE_FLOAT3 ? SetVector<Float3>(table, key, words, notify, &ITable::SetFloat3)
         : kind == VALUE_FLOAT4 ? SetVector<Float4>(table, key, words, notify, &ITable::SetFloat4)
                                : SetVector<Float4x4>(table, key, words, notify, &ITable::SetFloat4x4);
-    Require((taken != 0) == answer, "a setter answers otherwise");
-    if (held != nullptr) held->words = std::move(words);
+    Require((taken != 0) == expected, "a setter returns something else");
+    if (entry != nullptr) entry->words = std::move(words);
     FinishBulkLoad();
 }
 
@@ -280,23 +280,24 @@ void Program::SetText(bool as_path) {
     const std::string key = Key();
     const std::uint32_t notify = Notify();
     const std::string text = source_.Text();
-    const char* its_text = text.size() > 40 ? nullptr : text.c_str();
+    const char* given_text = text.size() > 40 ? nullptr : text.c_str();
     std::optional<std::string> stored;
-    if (its_text != nullptr) stored = as_path ? cstr_path(its_text) : its_text;
-    auto [held, answer] = Take(key, VALUE_STRING, [&](const Held& old) { return old.text == stored; });
-    const std::uint32_t taken = as_path ? at_->table->SetPath(key.c_str(), its_text, notify)
-                                        : at_->table->SetString(key.c_str(), its_text, notify);
-    Require((taken != 0) == answer, "a setter of text answers otherwise");
-    if (held != nullptr) held->text = stored;
+    if (given_text != nullptr) stored = as_path ? cstr_path(given_text) : given_text;
+    auto [entry, expected] = Take(key, VALUE_STRING, [&](const ExpectedEntry& old) { return old.text == stored; });
+    const std::uint32_t taken = as_path ? at_->table->SetPath(key.c_str(), given_text, notify)
+                                        : at_->table->SetString(key.c_str(), given_text, notify);
+    Require((taken != 0) == expected, "a setter of text returns something else");
+    if (entry != nullptr) entry->text = stored;
     FinishBulkLoad();
 }
 
-/// A child that Set makes, or one of a factory that is handed over.
+/// A child that Set creates, or one that a factory made and that is handed over.
 void Program::SetChild(bool hands_over) {
     const std::string key = Key();
     const std::uint32_t notify = Notify();
     const bool is_taken = at_->Find(key) == nullptr;
-    Held* held = is_taken ? Take(key, VALUE_TABLE, [](const Held&) { return false; }).first : nullptr;
+    ExpectedEntry* entry =
+        is_taken ? Take(key, VALUE_TABLE, [](const ExpectedEntry&) { return false; }).first : nullptr;
     ITable* child = hands_over ? CreateTable() : at_->table->Set(key.c_str(), notify);
     if (hands_over) {
         Require((at_->table->SetTable(key.c_str(), child, notify) != 0) == is_taken, "a table is taken, or isn't");
@@ -304,28 +305,28 @@ void Program::SetChild(bool hands_over) {
     } else {
         Require((child != nullptr) == is_taken, "a child is made, or isn't");
     }
-    if (held != nullptr) {
-        held->child = std::make_unique<Model>();
-        held->child->table = child;
-        held->child->parent = at_;
-        held->child->validity = hands_over ? 1 : 2;
+    if (entry != nullptr) {
+        entry->child = std::make_unique<Model>();
+        entry->child->table = child;
+        entry->child->parent = at_;
+        entry->child->validity = hands_over ? 1 : 2;
     }
     FinishBulkLoad();
 }
 
-/// A pointer or a table of somebody else's, or null.
+/// A pointer or a table that the entry doesn't own, or null.
 void Program::SetBorrowed(std::uint32_t kind) {
     const std::string key = Key();
     const std::uint32_t notify = Notify();
     const std::uint32_t which = source_.Below(3);
     ITable* pointer = which == 2 ? nullptr : others_[which];
-    auto [held, answer] = Take(key, kind, [&](const Held& old) { return old.pointer == pointer; });
+    auto [entry, expected] = Take(key, kind, [&](const ExpectedEntry& old) { return old.pointer == pointer; });
     const std::uint32_t taken = kind == VALUE_PTR ? at_->table->SetPtr(key.c_str(), pointer, notify)
                                 : kind == VALUE_EXTERNAL_TABLE
                                     ? at_->table->SetExternalTable(key.c_str(), pointer, notify)
                                     : at_->table->SetReferenceTable(key.c_str(), pointer, notify);
-    Require((taken != 0) == answer, "a setter of a pointer answers otherwise");
-    if (held != nullptr) held->pointer = pointer;
+    Require((taken != 0) == expected, "a setter of a pointer returns something else");
+    if (entry != nullptr) entry->pointer = pointer;
     FinishBulkLoad();
 }
 
@@ -333,31 +334,31 @@ void Program::Rename() {
     const std::string old_key = Key();
     const std::string new_key = Key();
     const std::uint32_t notify = Notify();
-    Held* held = at_->Find(old_key);
+    ExpectedEntry* entry = at_->Find(old_key);
     const bool is_free = at_->Find(new_key) == nullptr;
-    if (held != nullptr) ExpectOfEntry(*held, EVENT_RENAMING);
-    if (held != nullptr && is_free) ExpectOfTable(EVENT_RENAMED, new_key);
+    if (entry != nullptr) ExpectOfEntry(*entry, EVENT_RENAMING);
+    if (entry != nullptr && is_free) ExpectOfTable(EVENT_RENAMED, new_key);
     const std::uint32_t renamed = at_->table->Rename(old_key.c_str(), new_key.c_str(), notify);
-    Require((renamed != 0) == (held != nullptr && is_free), "a renaming answers otherwise");
+    Require((renamed != 0) == (entry != nullptr && is_free), "a renaming returns something else");
     if (renamed == 0) return;
-    held->key = new_key;
-    std::rotate(at_->entries.begin() + (held - at_->entries.data()),
-                at_->entries.begin() + (held - at_->entries.data()) + 1, at_->entries.end());
+    entry->key = new_key;
+    std::rotate(at_->entries.begin() + (entry - at_->entries.data()),
+                at_->entries.begin() + (entry - at_->entries.data()) + 1, at_->entries.end());
     FinishBulkLoad();
 }
 
 void Program::Remove() {
     const std::string key = Key();
     const std::uint32_t notify = Notify();
-    Held* held = at_->Find(key);
-    if (held != nullptr) {
-        ExpectOfEntry(*held, EVENT_REMOVING);
+    ExpectedEntry* entry = at_->Find(key);
+    if (entry != nullptr) {
+        ExpectOfEntry(*entry, EVENT_REMOVING);
         ExpectOfTable(EVENT_REMOVED, key);
     }
-    Require((at_->table->Remove(key.c_str(), notify) != 0) == (held != nullptr), "a removal answers otherwise");
-    if (held == nullptr) return;
-    if (held->child != nullptr) Require(ValidateTable(held->child->table) == 0, "a child outlives its entry");
-    at_->entries.erase(at_->entries.begin() + (held - at_->entries.data()));
+    Require((at_->table->Remove(key.c_str(), notify) != 0) == (entry != nullptr), "a removal returns something else");
+    if (entry == nullptr) return;
+    if (entry->child != nullptr) Require(ValidateTable(entry->child->table) == 0, "a child outlives its entry");
+    at_->entries.erase(at_->entries.begin() + (entry - at_->entries.data()));
 }
 
 void Program::Clear() {
@@ -405,7 +406,7 @@ void Program::Array() {
 void Program::Listen() {
     ITable& table = *at_->table;
     const std::string key = Key();
-    Held* held = at_->Find(key);
+    ExpectedEntry* entry = at_->Find(key);
     switch (source_.Below(5)) {
     case 0:
         *table.AddRecordListener() = RecordDelegate<&Recorder::OnRecord>(&t_);
@@ -424,18 +425,18 @@ void Program::Listen() {
     }
     Delegate* record = table.AddRecordListener(key.c_str());
     Delegate* argument = source_.Below(2) == 0 ? nullptr : table.AddArgumentListener(key.c_str());
-    Require((record != nullptr) == (held != nullptr), "a key without an entry takes a listener");
+    Require((record != nullptr) == (entry != nullptr), "a key without an entry takes a listener");
     if (record != nullptr) *record = RecordDelegate<&Recorder::OnRecord>(&r_);
     if (argument != nullptr) *argument = ArgumentDelegate<&Recorder::OnArgument>(&e_);
-    if (held == nullptr) return;
-    ++held->records;
-    held->arguments += argument != nullptr ? 1 : 0;
+    if (entry == nullptr) return;
+    ++entry->records;
+    entry->arguments += argument != nullptr ? 1 : 0;
 }
 
 void Program::Unlisten() {
     ITable& table = *at_->table;
     const std::string key = Key();
-    Held* held = at_->Find(key);
+    ExpectedEntry* entry = at_->Find(key);
     switch (source_.Below(5)) {
     case 0: {
         const Delegate delegate = RecordDelegate<&Recorder::OnRecord>(&t_);
@@ -462,14 +463,14 @@ void Program::Unlisten() {
     const Delegate argument = ArgumentDelegate<&Recorder::OnArgument>(&e_);
     table.RemoveRecordListener(key.c_str(), &record);
     table.RemoveArgumentListener(key.c_str(), &argument);
-    if (held != nullptr) held->records = held->arguments = 0;
+    if (entry != nullptr) entry->records = entry->arguments = 0;
 }
 
-/// On to a child, or back.
+/// Moves to a child, or back to the parent.
 void Program::Walk() {
-    Held* held = at_->Find(Key());
-    if (held != nullptr && held->child != nullptr) {
-        at_ = held->child.get();
+    ExpectedEntry* entry = at_->Find(Key());
+    if (entry != nullptr && entry->child != nullptr) {
+        at_ = entry->child.get();
     } else if (at_->parent != nullptr) {
         at_ = at_->parent;
     }
@@ -481,13 +482,13 @@ void Program::CheckTable() {
     Require(table.GetElementCount() == at_->entries.size() && table.GetArrayCount() == at_->items.size(),
             "another count");
     Require(table.GetCount() == (at_->has_array ? at_->items.size() : at_->entries.size()), "another count of both");
-    IIterator* entry = table.First();
-    for (const Held& held : at_->entries) {
-        Require(entry != nullptr && entry == held.address && held.key == entry->GetKey(), "another order");
-        CheckEntry(held);
-        entry = table.Next(&entry);
+    IIterator* walked = table.First();
+    for (const ExpectedEntry& entry : at_->entries) {
+        Require(walked != nullptr && walked == entry.address && entry.key == walked->GetKey(), "another order");
+        CheckEntry(entry);
+        walked = table.Next(&walked);
     }
-    Require(entry == nullptr, "an entry too many");
+    Require(walked == nullptr, "an entry too many");
     for (std::uint32_t i = 0; i < at_->items.size(); ++i) {
         const void* item = table.GetArrayItem(i);
         Require(item != nullptr, "an item isn't there");
@@ -497,31 +498,31 @@ void Program::CheckTable() {
     Require(table.GetArrayItem(static_cast<std::uint32_t>(at_->items.size())) == nullptr, "an item too many");
 }
 
-void Program::CheckEntry(const Held& held) const {
+void Program::CheckEntry(const ExpectedEntry& entry) const {
     ITable& table = *at_->table;
-    const char* key = held.key.c_str();
-    Require(held.address->GetType() == held.kind, "another kind");
-    if (held.kind == VALUE_STRING) {
+    const char* key = entry.key.c_str();
+    Require(entry.address->GetType() == entry.kind, "another kind");
+    if (entry.kind == VALUE_STRING) {
         const cstr text = table.GetString(key);
-        Require((text != nullptr) == held.text.has_value(), "a null string, or none");
-        Require(text == nullptr || (*held.text == text && held.address->GetString() == text), "another string");
+        Require((text != nullptr) == entry.text.has_value(), "a null string, or none");
+        Require(text == nullptr || (*entry.text == text && entry.address->GetString() == text), "another string");
     }
-    Require(table.GetPtr(key) == (held.kind == VALUE_PTR ? held.pointer : nullptr), "another pointer");
-    const bool borrows = held.kind == VALUE_EXTERNAL_TABLE || held.kind == VALUE_REFERENCE_TABLE;
-    void* its_table = held.child != nullptr ? held.child->table : borrows ? held.pointer : nullptr;
-    Require(table.GetTable(key) == its_table && table.FindTable(key) == its_table, "another table");
-    if (!held.words.empty()) CheckWords(held);
+    Require(table.GetPtr(key) == (entry.kind == VALUE_PTR ? entry.pointer : nullptr), "another pointer");
+    const bool borrows = entry.kind == VALUE_EXTERNAL_TABLE || entry.kind == VALUE_REFERENCE_TABLE;
+    void* child = entry.child != nullptr ? entry.child->table : borrows ? entry.pointer : nullptr;
+    Require(table.GetTable(key) == child && table.FindTable(key) == child, "another table");
+    if (!entry.words.empty()) CheckWords(entry);
 }
 
-void Program::CheckWords(const Held& held) const {
+void Program::CheckWords(const ExpectedEntry& entry) const {
     ITable& table = *at_->table;
-    const char* key = held.key.c_str();
-    std::vector<std::uint32_t> words(held.words.size());
+    const char* key = entry.key.c_str();
+    std::vector<std::uint32_t> words(entry.words.size());
     auto read = [&](auto vector, auto get) {
         Require((table.*get)(key, &vector) == 1, "no vector");
         std::memcpy(words.data(), &vector, sizeof vector);
     };
-    switch (held.kind) {
+    switch (entry.kind) {
     case VALUE_FLOAT2:
         read(Float2{}, static_cast<std::uint32_t (ITable::*)(const char*, Float2*)>(&ITable::GetFloat2));
         break;
@@ -537,11 +538,11 @@ void Program::CheckWords(const Held& held) const {
     default:
         words[0] = static_cast<std::uint32_t>(table.GetInteger(key, 7));
         Require(table.GetHandle(key) == words[0], "another handle");
-        if (held.kind == VALUE_INTEGER) {
+        if (entry.kind == VALUE_INTEGER) {
             Require(table.GetReal(key) == static_cast<float>(table.GetInteger(key)), "an integer isn't converted");
         }
     }
-    Require(words == held.words, "another value");
+    Require(words == entry.words, "another value");
 }
 
 } // namespace

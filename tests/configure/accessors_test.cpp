@@ -1,5 +1,5 @@
-// What a loaded tree answers: one suite for the three families, through the interfaces alone. Where the families may
-// differ (the order of the entries, the end of a composite key), the test says so.
+// What the operations of a loaded tree return: one suite for the three families, through the interfaces only. Where the
+// families may differ (the order of the entries, the end of a composite key), the test says so.
 
 #include "tests/configure/tree_text.h"
 
@@ -43,7 +43,7 @@ std::string Shown(float number) {
     return text;
 }
 
-/// `int float text bool array table`, as six getters answer.
+/// `int float text bool array table`, as the six getters return them.
 std::string Row(std::int32_t integer, float real, cstr text, bool truth, IArray* array, ITable* table) {
     return std::to_string(integer) + ' ' + Shown(real) + ' ' + Quoted(text) + (truth ? " true " : " false ") +
            (array == nullptr ? "-" : TextOf(array)) + ' ' + (table == nullptr ? "-" : TextOf(table));
@@ -84,8 +84,8 @@ constexpr std::string_view kNothing = "42 4.5 null false - - 0..0/0";
 struct Case {
     const char* own;          // the value in the table itself; null if the key is absent there
     const char* fallback;     // the value in its default table
-    std::string_view getters; // what the table's getters answer, with the fallbacks 42 and 4.5
-    std::string_view unit;    // what the table's own Unit answers
+    std::string_view getters; // what the table's getters return, with the fallbacks 42 and 4.5
+    std::string_view unit;    // what the table's own Unit returns
 };
 
 constexpr Case kCases[] = {
@@ -120,13 +120,13 @@ constexpr Case kCases[] = {
 
 std::string ValueText(const std::string& value) { return value[0] == '{' ? value : '"' + value + '"'; }
 
-/// Both keys by which the number can be asked for: its digits, and the same as a composite key in a text.
+/// Both keys that find the number: its digits, and the same as a composite key in a text.
 void Add(std::string& table, std::size_t number, const char* value) {
     if (value == nullptr) return;
     for (const char* end : {"", ":"}) table += '"' + std::to_string(number) + end + "\" = " + ValueText(value) + '\n';
 }
 
-TEST_P(Families, EveryGetterAnswersEveryKindOfKey) {
+TEST_P(Families, EveryGetterReadsEveryKindOfKey) {
     std::string own = "t = { ", fallback = "_default = { ";
     for (std::size_t i = 0; i < std::size(kCases); ++i) {
         Add(own, i, kCases[i].own);
@@ -154,10 +154,10 @@ TEST_P(Families, EveryGetterAnswersEveryKindOfKey) {
 TEST_P(Families, ArraysAnswerByPosition) {
     std::string text = "a = { ";
     std::vector<std::string_view> expected;
-    for (const Case& its_case : kCases) {
-        if (its_case.own == nullptr) continue;
-        text += ValueText(its_case.own) + ", ";
-        expected.push_back(its_case.getters.substr(0, its_case.getters.rfind(' ')));
+    for (const Case& value : kCases) {
+        if (value.own == nullptr) continue;
+        text += ValueText(value.own) + ", ";
+        expected.push_back(value.getters.substr(0, value.getters.rfind(' ')));
     }
     Loaded loaded(GetParam(), text + '}');
     IArray* array = loaded.root->GetArray("a");
@@ -231,7 +231,7 @@ TEST_P(Families, CompositeKeysAreBuiltOfPieces) {
     for (const char* format : {"s", "p"}) EXPECT_EQ(root.FindFormat(format, null), nullptr);
     EXPECT_EQ(root.FindFormat(null), nullptr);
     EXPECT_EQ(FormatAnswers(root, null), kNothing.substr(0, kNothing.rfind(' ')));
-    // The empty key of an empty format is the one that no text can ask for.
+    // An empty format spells the empty key, which no text can look up.
     EXPECT_STREQ(root.GetStringFormat(""), "empty");
     EXPECT_EQ(root.Find(""), nullptr);
 }
@@ -258,7 +258,7 @@ TEST_P(Families, ADefaultTableServesItsSiblingsAndNoFurther) {
     EXPECT_EQ(root.GetString("x"), nullptr);
     EXPECT_EQ(table->GetStringFormat(""), nullptr);
     EXPECT_STREQ(fallback->GetStringFormat(""), "e");
-    // A table without a `_default` hands on the one in its own default, but only that one is asked then.
+    // A table without a `_default` passes on the one in its own default, but then only that one is searched.
     EXPECT_STREQ(sub->GetString("x"), "deep");
     EXPECT_EQ(sub->GetString("shared"), nullptr);
     EXPECT_STREQ(fallback->GetTable("shared")->GetString("x"), "deep");
@@ -288,7 +288,7 @@ TEST_P(Families, EntriesComeInTheOrderOfTheFamily) {
 
 TEST(Accessors, BothEntriesOfOneKeyCount) {
     for (int count : {3, 40}) {
-        // The keys get their addresses in the order that the file doesn't have.
+        // The keys are interned in another order than that of the file, so their addresses are, too.
         std::string text;
         for (int i = count; i-- > 0;) {
             const std::string key = std::to_string(count) + " entries " + std::to_string(i);
@@ -299,14 +299,14 @@ TEST(Accessors, BothEntriesOfOneKeyCount) {
         for (Family family : {Family::kText, Family::kEdit}) {
             Loaded loaded(family, text);
             EXPECT_EQ(loaded.root->GetCount(), 2U * static_cast<unsigned>(count));
-            // A lookup finds the first in the file.
+            // A lookup finds the first one in the file.
             EXPECT_STREQ(loaded.root->GetString(key.c_str()), "first");
             std::vector<cstr> keys;
             for (auto* unit = loaded.root->Begin(); unit != loaded.root->End(); unit = loaded.root->Next(unit)) {
                 EXPECT_STREQ(unit->GetString(), keys.size() % 2 == 0 ? "first" : "last");
                 keys.push_back(unit->GetKey());
             }
-            // Read only, they come by the addresses of their keys.
+            // Loaded for reading, entries are ordered by the addresses of their keys.
             EXPECT_EQ(std::is_sorted(keys.begin(), keys.end(), std::less<>()), family == Family::kText);
         }
     }
@@ -316,7 +316,7 @@ TEST_P(Families, AnEntryWithoutAValueReadsAsZero) {
     Loaded loaded(GetParam(), "_default = { v = 9 } t = { v = }");
     IIterator* unit = loaded.root->GetTable("t")->Find("v");
     ASSERT_NE(unit, nullptr);
-    // The binary form has no place for a null text.
+    // The binary form can't express a null text.
     const bool empty = GetParam() == Family::kBinary;
     EXPECT_EQ(Answers(*unit), empty ? "0 0 '' true - - 0..0/0" : "0 0 null false - - 0..0/0");
     EXPECT_EQ(Answers(*loaded.root->GetTable("t"), "v"), Answers(*unit));

@@ -39,7 +39,7 @@ TEST(Edit, AddsEntriesUnderKeysThatAreFree) {
     EXPECT_EQ(root.AddString("free", null), nullptr);
     EXPECT_EQ(TextOf(&root), "a='1' p\\q='2' key='MixedCase' list=[] t={x=''}");
 
-    // An added key is never put in path form; an empty one is a table's alone, and no text asks for it.
+    // An added key is never put in path form; only a table may have an empty key, and no text finds it.
     IIterator* slash = root.AddString("A/B", "3");
     ASSERT_NE(slash, nullptr);
     EXPECT_EQ(root.Find("a/b"), slash);
@@ -102,7 +102,7 @@ TEST(Edit, ARemovedDefaultGoesOnServing) {
     EXPECT_STREQ(table->GetString("x"), "1");
     EXPECT_EQ(table->GetTable("deeper"), deeper);
     EXPECT_STREQ(deeper->GetString("y"), "2");
-    // A new one counts from the next load on, and for a new table as well.
+    // A new default has an effect from the next load on, and for a new table, too.
     root.AddTable("_default")->GetTable()->AddString("x", "new");
     EXPECT_EQ(root.AddTable("u")->GetTable()->GetString("x"), nullptr);
     EXPECT_STREQ(table->GetString("x"), "1");
@@ -113,7 +113,7 @@ TEST(Edit, ARemovedDefaultGoesOnServing) {
 }
 
 TEST(Edit, SettersReplaceTheText) {
-    // The locale's decimal comma is not for files.
+    // Files never have the locale's decimal comma.
     const TestSupport::CommaLocale comma;
     Edited tree("a = x l = { 1 } t = { }");
     ITable& root = *tree.root;

@@ -1,4 +1,4 @@
-// The object behind a file: what loads in which way, what a save writes, and how all of it fails.
+// The file object: what loads with which access and form, what a save writes, and how each operation fails.
 
 #include "tests/configure/tree_text.h"
 #include "tests/support/at_once.h"

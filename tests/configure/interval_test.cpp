@@ -1,4 +1,4 @@
-// Intervals: what a text reads as, what is inside, where a number is brought to, and what is drawn.
+// Intervals: reading from text, hits, clamping and random draws.
 
 #include "tessarin/interval.h"
 
@@ -20,7 +20,7 @@ namespace {
 
 using Configure::Interval;
 
-// Hosts keep intervals by value, so their layout is theirs too.
+// Hosts keep intervals by value, so the layout is part of the interface.
 static_assert(sizeof(Interval) == 20 && offsetof(Interval, upper) == 4 && offsetof(Interval, lower_int) == 8 &&
               offsetof(Interval, upper_int) == 12 && offsetof(Interval, flags) == 16);
 
@@ -44,22 +44,22 @@ TEST(Interval, TextsReadAsBounds) {
         {"[1.5,5)", 1.5F, 5, 1, 5, 9},
         {"abc[1 ,\t2 x]xyz[3,4]", 1, 2, 1, 2, 0},
         {")],[-7,+3]", -7, 3, -7, 3, 0},
-        {"((1,2)", 0, 2, 0, 2, 12}, // the first bracket opens, and "(1" is no number
+        {"((1,2)", 0, 2, 0, 2, 12}, // the first bracket opens, and "(1" isn't a number
         {"[1e3,1.5e3]", 1, 1500, 1, 1500, 2},
-        {"[.5,-.9]", -0.9F, 0, 0, 0, 1}, // the first byte is never asked for a point
+        {"[.5,-.9]", -0.9F, 0, 0, 0, 1}, // a point as the first byte doesn't count
         {"[,5]", 0, 5, 0, 5, 0},
-        {"[1,2,3.5]", 1, 2, 1, 2, 2}, // the second bound is all behind the first comma
+        {"[1,2,3.5]", 1, 2, 1, 2, 2}, // the second bound is everything behind the first comma
         {"[1 9,2\n.5]", 1, 2, 1, 2, 0},
         {"[1\r9,2]", 1, 2, 1, 2, 0},
         {"[0,9.e9]", 0, 9e9F, 0, INT32_MAX, 2},
         {"[-9.e9,0]", -9e9F, 0, INT32_MIN, 0, 1},
-        {"[\v5,\f6\v.5]", 5, 6, 5, 6, 2}, // blanks to a number, not between tokens
+        {"[\v5,\f6\v.5]", 5, 6, 5, 6, 2}, // \v and \f are blanks for a number, but don't separate tokens
         // A bound of 63 bytes counts, one of 64 doesn't.
         {"[" + zeros + "7,8]", 7, 8, 7, 8, 0},
         {"[0" + zeros + "7,8]", 0, 8, 0, 8, 0},
         {"[0,1." + zeros.substr(1) + "]", 0, 1, 0, 1, 2},
         {"[0,1." + zeros + "]", 0, 0, 0, 0, 2},
-        // Reversed bounds change places with their marks.
+        // Reversed bounds are swapped together with their flags.
         {"(5.5,1]", 1, 5.5F, 1, 5, 2 + 8},
         {"[5,1.)", 1, 5, 1, 5, 1 + 4},
         {"[1,0.9999999]", 1, 0.9999999F, 1, 0, 2}, // not reversed by more than the tolerance
@@ -99,9 +99,9 @@ TEST(Interval, OtherTextsLeaveTheEmptyValue) {
     EXPECT_EQ(interval.Load(nullptr, 5), 0);
     EXPECT_EQ(interval.flags, 15U);
     EXPECT_EQ(Interval::CanToInterval(nullptr) + Interval::CanToInterval(nullptr, 5), 0);
-    EXPECT_EQ(interval.Load("[1,2]", 4), 0); // the closing bracket is behind the length
+    EXPECT_EQ(interval.Load("[1,2]", 4), 0); // the closing bracket is beyond the length
     EXPECT_EQ(Interval::CanToInterval("[1,2]", 4), 0);
-    EXPECT_EQ(interval.Load("\0[1,2.5]", 8), 1); // all bytes of a length are read
+    EXPECT_EQ(interval.Load("\0[1,2.5]", 8), 1); // with a length, all of its bytes are read
     EXPECT_EQ(interval.upper, 2.5F);
     Interval other;
     EXPECT_EQ(&(other = interval), &other);
@@ -125,9 +125,9 @@ TEST(Interval, WhatIsInside) {
         {"[1.5,5)", {2, 4}, {1, 5}, {1.5F, 1.6F}, {1.49F, 5.0F}},
         {"(0.5,1.5]", {1}, {0, 2}, {1.5F}, {0.5F}},
         {"[1,2]", {1, 2}, {}, {2.0F}, {}},
-        {"[2,5]", {2, 5}, {}, {}, {2.0F}}, // the tolerance is lost above 2 on one side, and not on the other
+        {"[2,5]", {2, 5}, {}, {}, {2.0F}}, // above 2 the tolerance is lost on one side, but not on the other
         {"[16777217,16777219]", {16777217, 16777219}, {16777216, 16777220}, {}, {}},
-        {"[16777217.,16777219]", {16777216, 16777217}, {16777215}, {}, {}}, // a real bound is what a float can be
+        {"[16777217.,16777219]", {16777216, 16777217}, {16777215}, {}, {}}, // a real bound is rounded to a float
     };
     for (const Case& its : cases) {
         const Interval interval = Of(its.text);
@@ -157,7 +157,7 @@ TEST(Interval, NumbersAreBroughtInsideAndBoundsHandedOut) {
     EXPECT_EQ(upper, 16777220);
     EXPECT_EQ(Of("[-2147483648,2147483647]").To(lower, upper), 1);
     EXPECT_EQ(lower, INT32_MIN);
-    EXPECT_EQ(upper, INT32_MAX); // as a float it is one more than an integer can be
+    EXPECT_EQ(upper, INT32_MAX); // as a float it is one more than the largest integer
     float real_lower = 0, real_upper = 0;
     EXPECT_EQ(Of("[1.5,5)").To(real_lower, real_upper), 1);
     EXPECT_EQ(real_lower, 1.5F);
@@ -182,7 +182,7 @@ TEST(Interval, DrawsAreHundredthsBelowTheUpperBound) {
     EXPECT_EQ(Interval().Random(), 0.0F);
 }
 
-// Whatever the seed, in its two lowest bits each draw adds 3, and the hundred steps keep these bits.
+// Whatever the seed is, each draw adds 3 to its two lowest bits, and the hundred steps keep these bits.
 TEST(Interval, DrawsFollowTheGenerator) {
     const Interval hundred = Of("[0,100]");
     for (int last = Step(hundred), draw = 0; draw < 1000; ++draw) {
@@ -192,7 +192,7 @@ TEST(Interval, DrawsFollowTheGenerator) {
     }
 }
 
-// A number that two threads drew at once would leave another of the four remainders short.
+// If two threads drew the same number at once, one of the four remainders would occur too rarely.
 TEST(Interval, ThreadsDrawNumbersOfTheirOwn) {
     constexpr int kDraws = 400000;
     const Interval hundred = Of("[0,100]");

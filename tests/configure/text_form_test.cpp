@@ -1,4 +1,4 @@
-// What texts mean. Every text is read in both accesses, which must agree.
+// The meaning of texts. Every text is loaded with both accesses, which must agree.
 
 #include "tests/configure/tree_text.h"
 
@@ -17,7 +17,7 @@ struct Case {
     std::string_view tree;
 };
 
-/// The tree in the order of the text; "(none)" if it doesn't load, in both accesses.
+/// The tree in the order of the text, the same with both accesses; "(none)" if it doesn't load.
 std::string TreeOf(std::string_view text) {
     Loaded edited(Family::kEdit, text);
     Loaded read(Family::kText, text);
@@ -44,12 +44,12 @@ TEST(TextForm, EntriesNeedNothingBetweenThem) {
         {"A = Mixed Case", "a='Mixed Case'"},
         {"Key = 1\nKEY = 2", "key='1' key='2'"},
         {"a = {}b = {1}c = 3", "a={} b=['1'] c='3'"},
-        // An `=` is none in quotes, but no brace hides one from the value in front of it.
+        // An `=` in quotes doesn't count, but braces don't hide one from the value before it.
         {R"(a = "b=c" d = x"e=f" g = 1)", R"(a='b=c' d='x"e=f"' g='1')"},
         {"a = b=c", "a='' b='c'"},
         {"a = x { b = 1 }", "a='x {' b='1 }'"},
         {"{ a = 1 }", "{ a='1 }'"},
-        // Vertical tab and form feed are no blanks.
+        // Vertical tab and form feed aren't blanks.
         {"a\v = \f1\f\n\vb = 2", "a\v='\f1\f' \vb='2'"},
     });
 }
@@ -64,11 +64,11 @@ TEST(TextForm, TheFirstKeyIsWhatStandsOnItsLine) {
         {R"(" A : B ,C " = 5)", " a : b ,c ='5'"},
         {R"(x  " y"z = 5)", "x   yz='5'"},
         {R"("" = 1)", "='1'"},
-        // The line is found without regard to quotes: a closing one alone is a byte of the key.
+        // The end of a line is found without regard to quotes: a lone closing quote is a byte of the key.
         {"\"a\nb\" = 1", "b\"='1'"},
         {R"(Path/To\\File = C:\\Dir)", R"(path\to\file='C:\\Dir')"},
         {R"("//A/ b" = /x//y)", R"(\a\ b='/x//y')"},
-        // Behind a block it's the same, and the comma belongs to the key.
+        // The same holds behind a block, and the comma belongs to the key.
         {"a = { x = 1, }, b = 2", "a={x='1'} ,b='2'"},
         {"a = { }\n , b = 2", "a={} ,b='2'"},
         {"a = { }\n,\nb c = 2", "a={} b c='2'"},
@@ -89,14 +89,14 @@ TEST(TextForm, AKeyBehindAScalarIsSplitOffFromTheRight) {
         {"c = 1, a:b = 2", "c='1' a:b='2'"},
         {"c = 1 a::b = 2", "c='1' a::b='2'"},
         {"c = 1 , : b = 2", "c='1 ' :b='2'"},
-        // With nothing to the left of it, the `:` is the value.
+        // With nothing on its left side, the `:` is the value.
         {"c = : b = 2", "c=':' b='2'"},
         {"c =\n: : b = 2", "c=':' :b='2'"},
         {R"(c = "x y" "b c" : "D e" = 1)", "c='x y' b c:d e='1'"},
         {R"(c = 1 b"C  = d"e = 2)", "c='1' bc  = de='2'"},
         {R"(c = 1 "" = 2)", "c='1' ='2'"},
         {R"(c = 1 A//"b/ c" = 2)", R"(c='1' a\b\ c='2')"},
-        // What could be the value is taken for the key if there is nothing else.
+        // What could be the value is the key if there is nothing else.
         {"a = 1\n= 2", "a='' 1='2'"},
         {R"(a = "x" = 2)", "a='' x='2'"},
         {"a =\nb = 2", "a='' b='2'"},
@@ -115,14 +115,14 @@ TEST(TextForm, AScalarEndsWithItsLine) {
         {"a = [1,2]", "a='[1,2]'"},
         {"a = -1 - 2", "a='-1 - 2'"},
         {R"(a = C:\dir\)", R"(a='C:\dir\')"},
-        // Blanks go, then commas, once each.
+        // Blanks are removed, then commas, once each.
         {"a = 1,,\nb = 2", "a='1' b='2'"},
         {"a = 1 ,\nb = 2", "a='1 ' b='2'"},
         {"a = 1, , b = 2", "a='1, ' b='2'"},
         {"a = ,", "a=''"},
         {R"(a = " 1, ",)", "a=' 1, '"},
         {R"(a = "")", "a=''"},
-        // With nothing behind the sign there isn't even an empty text.
+        // With nothing behind the sign the value is absent, which isn't an empty text.
         {"a =", "a=null"},
         {"a = {b = \n}c = \t", "a={b=null} c=null"},
     });
@@ -145,7 +145,8 @@ TEST(TextForm, ABlockIsATableOrAnArray) {
         {"a = { 1 2 b = 3 }", "a={1 2 b='3'}"},
         {"a = { { 1 } b = 3 }", "a={{ 1 } b='3'}"},
         {"a = { b = { c = { 1 } } d = 2 }, e = 3", "a={b={c=['1']} d='2'} ,e='3'"},
-        // In a bare word quotes and braces are bytes; they count for the block's end all the same.
+        // In a bare word quotes and braces are ordinary bytes, but they still count when the end of the block is
+        // searched.
         {R"(a = { x"y z" "b"c })", R"(a=['x"y' 'z"' 'b' 'c'])"},
         {"a = { x{ 1 } y{2} }", "a=['x{' '1' '}' 'y{2}']"},
         {R"(a = { x"} b = 2 }")", R"(a=['x"}' 'b' '=' '2' '}"'])"},
@@ -184,7 +185,7 @@ TEST(TextForm, CommentsGoFirst) {
         {"--[[x]]]]a = 1", "]]a='1'"},
         {"a = 1 --[[ b = 2 ]", "a='1'"},
         {"x --[[ c ]] y = 1", "x  y='1'"},
-        // They know nothing of quotes.
+        // Comments disregard quotes.
         {"a = \"x -- y\"\nb = 2", "a='x \nb = 2'"},
         {"a = \"x -- y\"\nb = \"z\"", "a='x \nb = '"},
         {R"(a = "x --[[ y" ]] z")", "a='x  z'"},

@@ -1,4 +1,4 @@
-/// Configuration trees as text, for expectations that can be read, and the three ways to come by a tree.
+// Configuration trees as text, so that expectations are easy to read, and the three ways to get a tree.
 
 #ifndef TESSARIN_TESTS_CONFIGURE_TREE_TEXT_H
 #define TESSARIN_TESTS_CONFIGURE_TREE_TEXT_H
@@ -31,7 +31,7 @@ enum class Order { kOwn, kSorted };
 std::string TextOf(Configure::ITable* table, Order order = Order::kOwn);
 std::string TextOf(Configure::IArray* array, Order order = Order::kOwn);
 
-/// A Unit's value: 'text', null, {table} or [array]. A child must have the name that it is to have.
+/// A Unit's value: 'text', null, {table} or [array]. Expects that a child's name is the Unit's key.
 inline std::string ValueOf(Configure::IIterator& unit, Order order = Order::kOwn) {
     switch (unit.GetType()) {
     case Configure::KIND_STRING:
@@ -47,7 +47,7 @@ inline std::string ValueOf(Configure::IIterator& unit, Order order = Order::kOwn
     }
 }
 
-/// A loop's worth of pieces, blanks between them; as many as the container says that it has.
+/// The pieces of all Units, with blanks between them. Expects as many as the container's count.
 template <class Container, class PieceOf>
 std::string Joined(Container* container, Order order, PieceOf piece_of) {
     if (container == nullptr) return "(none)";
@@ -70,7 +70,7 @@ inline std::string TextOf(Configure::ITable* table, Order order) {
     });
 }
 
-/// An array has its own order, whatever that of the tables in it.
+/// An array keeps its own order, whatever the order of the tables in it.
 inline std::string TextOf(Configure::IArray* array, Order order) {
     return Joined(array, Order::kOwn, [order](Configure::IIterator& unit) {
         EXPECT_EQ(unit.GetKey(), nullptr);
@@ -80,7 +80,7 @@ inline std::string TextOf(Configure::IArray* array, Order order) {
 
 enum class Family { kText, kBinary, kEdit };
 
-/// A text as a tree of one of the families: what reads text, what reads the compiled form of it, and what edits.
+/// A text as a tree of one of the families: loaded from the text for reading, from its compiled form, or for editing.
 struct Loaded {
     Loaded(Family family, std::string_view text) {
         files["text"] = text;

@@ -1,4 +1,4 @@
-// Configuration files, from texts to edited trees and both forms of them.
+// Configuration files: from texts to edited trees, and both forms of those.
 
 #include "tests/soak/work.h"
 #include "tests/support/memory_files.h"
@@ -44,7 +44,7 @@ public:
     }
 
 private:
-    /// The body of a table, with no key twice.
+    /// The entries of a table; no key occurs twice.
     static std::string Table(Random& random, std::uint32_t depth) {
         std::string text = "// a remark\n";
         for (std::uint32_t i = random.Below(12); i != 0; --i) {

@@ -1,8 +1,8 @@
-// Random work for a long time, to see that memory doesn't grow:  soak SECONDS [SEED]
+// Random work for a long time, which checks that memory doesn't grow:  soak SECONDS [SEED]
 //
-// The resident memory is sampled all along, with every object alive but empty. A fifth of the time is for warming up,
-// in which pools and buffers come to the sizes that they keep; from then on the samples must lie within 1% of each
-// other, or the exit status is 1. Runs that are too short to say anything about memory only do the work.
+// The resident memory is sampled during the whole run, each time with every object alive but empty. The first fifth of
+// the time is the warm-up, in which pools and buffers reach their final sizes; after it the samples must lie within 1%
+// of each other, or the exit status is 1. Runs that are too short for a verdict on memory only do the work.
 
 #include "tests/soak/work.h"
 #include "tests/support/temporary_folder.h"
@@ -26,7 +26,7 @@ constexpr int kSamples = 50;
 constexpr double kFewestSeconds = 60;
 constexpr double kTolerance = 0.01;
 
-/// In KiB. What the heap has free is handed back first: it would be counted, and it comes and goes.
+/// In KiB. Returns the heap's free memory to the system first, because it would be counted although its size varies.
 long ResidentMemory() {
     malloc_trim(0);
     long size = 0;

@@ -18,14 +18,14 @@ using Tessarin::ITable;
 constexpr std::uint32_t kDeepest = 4;
 constexpr std::uint32_t kItems = 100;
 
-void Count(void* heard) { ++*static_cast<std::uint64_t*>(heard); }
-void Hear(void* heard, TableEvent*) { Count(heard); }
-void HearCode(void* heard, std::uint32_t, ITable*, cstr) { Count(heard); }
-void HearIndex(void* heard, std::uint32_t, ITable*, std::uint32_t) { Count(heard); }
+void Count(void* calls) { ++*static_cast<std::uint64_t*>(calls); }
+void OnRecord(void* calls, TableEvent*) { Count(calls); }
+void OnArgument(void* calls, std::uint32_t, ITable*, cstr) { Count(calls); }
+void OnArray(void* calls, std::uint32_t, ITable*, std::uint32_t) { Count(calls); }
 
 template <class Function>
-Delegate Listener(std::uint64_t* heard, Function* function) {
-    return {heard, reinterpret_cast<void (*)()>(function)};
+Delegate Listener(std::uint64_t* calls, Function* function) {
+    return {calls, reinterpret_cast<void (*)()>(function)};
 }
 
 class TableWork : public Work {
@@ -56,7 +56,7 @@ private:
     using Operation = void (TableWork::*)(ITable&, const char* key, Random&);
     using Document = void (TableWork::*)(Random&);
 
-    /// A table on the way down from the root, as deep as chance wills.
+    /// A table at a random depth below the root.
     ITable* SomeTable(Random& random) {
         ITable* table = root_;
         for (std::uint32_t depth = random.Below(kDeepest); depth != 0; --depth) {
@@ -105,7 +105,7 @@ private:
         if (table.SetTable(random.Key().c_str(), child, 1) == 0) CloseTable(child);
     }
 
-    /// A child is removed with all that is below it.
+    /// A child is removed with everything below it.
     void Remove(ITable& table, const char* key, Random& random) {
         table.Remove(key, random.Below(2));
         table.Remove(random.Key().c_str(), random.Below(2));
@@ -127,18 +127,19 @@ private:
     }
 
     void Listen(ITable& table, const char* key, Random&) {
-        *table.AddRecordListener() = Listener(&heard_, Hear);
-        *table.AddArgumentListener() = Listener(&heard_, HearCode);
-        *table.AddArrayListener() = Listener(&heard_, HearIndex);
-        if (Delegate* added = table.AddRecordListener(key)) *added = Listener(&heard_, Hear);
-        if (Delegate* added = table.AddArgumentListener(key)) *added = Listener(&heard_, HearCode);
+        *table.AddRecordListener() = Listener(&calls_, OnRecord);
+        *table.AddArgumentListener() = Listener(&calls_, OnArgument);
+        *table.AddArrayListener() = Listener(&calls_, OnArray);
+        if (Delegate* added = table.AddRecordListener(key)) *added = Listener(&calls_, OnRecord);
+        if (Delegate* added = table.AddArgumentListener(key)) *added = Listener(&calls_, OnArgument);
     }
 
     void UnlistenAny(ITable& table, const char* key, Random&) { Unlisten(table, key); }
 
-    /// Every one of each kind, as they are all equal.
+    /// Removes all listeners of each kind, because they are all equal.
     void Unlisten(ITable& table, const char* key) {
-        const std::array delegates{Listener(&heard_, Hear), Listener(&heard_, HearCode), Listener(&heard_, HearIndex)};
+        const std::array delegates{Listener(&calls_, OnRecord), Listener(&calls_, OnArgument),
+                                   Listener(&calls_, OnArray)};
         table.RemoveRecordListener(delegates.data());
         table.RemoveArgumentListener(&delegates[1]);
         table.RemoveArrayListener(&delegates[2]);
@@ -190,7 +191,7 @@ private:
     static constexpr Document kDocuments[] = {&TableWork::JsonInMemory, &TableWork::JsonFile, &TableWork::ReadableFile};
 
     const std::string folder_;
-    std::uint64_t heard_ = 0;
+    std::uint64_t calls_ = 0;
     ITable* const root_ = CreateTable();
     ITable* const other_ = CreateTable();
 };

@@ -1,7 +1,7 @@
-/// What the long run does over and over, a class a subject, and what they draw from.
-///
-/// Interned strings are never given back, so memory can only stay flat if the texts repeat: all keys, texts and numbers
-/// are drawn from small fixed sets.
+// The work that the long run repeats, one class for each subject, and the random values that the classes draw.
+//
+// Interned strings are never freed, so memory only stays constant if the texts repeat: all keys, texts and numbers are
+// drawn from small fixed sets.
 
 #ifndef TESSARIN_TESTS_SOAK_WORK_H
 #define TESSARIN_TESTS_SOAK_WORK_H
@@ -25,7 +25,7 @@ public:
 
     std::string Key() { return "key_" + std::to_string(Below(48)); }
 
-    /// Up to 400 bytes, with nothing in it that a form would have to quote or escape.
+    /// Up to 400 bytes, without any that a form would have to quote or escape.
     std::string Text() {
         const std::uint32_t number = Below(2000);
         return "Text " + std::to_string(number) + std::string(number % 7 == 0 ? number / 5 : number % 30, 'x');
@@ -49,18 +49,19 @@ class Work {
 public:
     virtual ~Work() = default;
     virtual void Step(Random& random) = 0;
-    /// Lets go of all that isn't the object itself, so that memory can be compared.
+
+    /// Frees everything but the object itself, so that memory can be compared.
     virtual void Empty() = 0;
 };
 
-/// One tree of tables that lives as long as the run: every setter, removals, array parts, listeners; its JSON form and
-/// readable texts loaded beside it. `folder` is where the files go.
+/// One tree of tables that lives as long as the run: every setter, removals, array parts, listeners; loads of its JSON
+/// form and of readable texts, too. The files are in `folder`.
 std::unique_ptr<Work> MakeTableWork(const std::string& folder);
 
-/// One configuration file object: both accesses, edits, both saves, both loads again.
+/// One configuration file object: both accesses, edits, saves in both forms, loads of both saves.
 std::unique_ptr<Work> MakeConfigureWork();
 
-/// One tab file object, opened again and again.
+/// One tab file object, opened repeatedly.
 std::unique_ptr<Work> MakeTabWork();
 
 /// One exchange with two producers.

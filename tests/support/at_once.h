@@ -1,4 +1,4 @@
-/// Threads that do the same work at the same time.
+// Threads that do the same work at the same time.
 
 #ifndef TESSARIN_TESTS_SUPPORT_AT_ONCE_H
 #define TESSARIN_TESTS_SUPPORT_AT_ONCE_H
@@ -11,8 +11,8 @@ namespace TestSupport {
 
 constexpr int kThreads = 4;
 
-/// Runs `work` with the numbers 0 to 3, all at once. They wait for one another by looking: a std::barrier loses one who
-/// sleeps at it now and then where the system has no futex.
+/// Runs `work` with the numbers 0 to 3 on four threads that start at once. They wait for each other in a busy loop,
+/// because a std::barrier sometimes fails to wake a sleeping thread where the system has no futex.
 template <class Work>
 void AtOnce(Work work) {
     std::atomic<int> missing = kThreads;

@@ -1,4 +1,4 @@
-/// A locale in which the C library reads and writes a decimal comma.
+// A locale in which the C library reads and writes a decimal comma.
 
 #ifndef TESSARIN_TESTS_SUPPORT_COMMA_LOCALE_H
 #define TESSARIN_TESTS_SUPPORT_COMMA_LOCALE_H
@@ -9,7 +9,8 @@
 
 namespace TestSupport {
 
-/// Set while it lives. Throws where there is none: the build makes one, or the system brings its own.
+/// Sets the locale while the object lives. Throws if there is no such locale: the build makes one, or the system has
+/// it.
 class CommaLocale {
 public:
     CommaLocale() : before_(std::setlocale(LC_ALL, nullptr)) {

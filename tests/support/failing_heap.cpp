@@ -1,3 +1,6 @@
+// The replacements of the heap's functions that the linker's --wrap option selects, and the state that they share. That
+// state is a thread's own, so that a test's other threads are neither counted nor failed.
+
 #include "tests/support/failing_heap.h"
 
 #include <cstdlib>
@@ -16,7 +19,7 @@ struct State {
 
 thread_local State state;
 
-/// Whether the allocation that is asked for now is the one to refuse.
+/// Counts an allocation. Returns whether it is the one that must fail.
 bool Refuse() {
     if (!state.armed) return false;
     if (state.allocations++ != state.fail_at) return false;
@@ -76,8 +79,8 @@ void __wrap_free(void* block) {
 }
 }
 
-// operator new, under the three types that size_t can be. Only its refusal matters here: what it takes goes back
-// through operator delete, which isn't wrapped, so it is left out of the count of what is out.
+// operator new, for the three types that size_t can be. Only its failure matters here: its memory is freed by operator
+// delete, which isn't wrapped, so it isn't part of the outstanding allocations.
 #if __SIZEOF_POINTER__ == 8 && __SIZEOF_LONG__ == 8
 #define TESSARIN_NEW(prefix) prefix##_Znwm
 #define TESSARIN_NEW_NOTHROW(prefix) prefix##_ZnwmRKSt9nothrow_t

@@ -1,7 +1,7 @@
-/// A heap that fails at the n-th allocation, and that counts what is out.
-///
-/// The test programs are linked with --wrap for malloc, calloc, realloc, free and operator new, so that every call of
-/// the library's objects passes through here. Only calls of the thread that has armed the heap count.
+// A heap that fails at the n-th allocation, and that counts the outstanding ones.
+//
+// The test programs are linked with --wrap for malloc, calloc, realloc, free and operator new, so that every call of
+// the library's objects passes through here. Only calls of the thread that has armed the heap are counted.
 
 #ifndef TESSARIN_TESTS_SUPPORT_FAILING_HEAP_H
 #define TESSARIN_TESTS_SUPPORT_FAILING_HEAP_H
@@ -10,7 +10,7 @@
 
 namespace TestSupport {
 
-/// While it lives, this thread's allocations are counted, and the one with the number `fail_at` (from 0) fails.
+/// While the object lives, this thread's allocations are counted, and the one with the number `fail_at` (from 0) fails.
 class FailingHeap {
 public:
     static constexpr std::size_t kNever = static_cast<std::size_t>(-1);
@@ -20,19 +20,19 @@ public:
     FailingHeap(const FailingHeap&) = delete;
     FailingHeap& operator=(const FailingHeap&) = delete;
 
-    /// Allocations asked for since the heap was armed, the failed one included.
+    /// The number of allocations since the heap was armed, including the failed one.
     [[nodiscard]] std::size_t Allocations() const;
 
-    /// Whether the chosen allocation was reached and refused.
+    /// Whether the selected allocation was reached and failed.
     [[nodiscard]] bool Failed() const;
 
-    /// Allocations of this thread less its frees since the heap was armed: 0 when all that was taken has gone back.
+    /// This thread's allocations minus its frees since the heap was armed: 0 when everything was freed.
     [[nodiscard]] long Outstanding() const;
 };
 
-/// Lets each allocation of `attempt` fail once in its turn, then runs it undisturbed. `attempt` gets the heap, does the
-/// work, undoes it, and checks what it must; it is called until no allocation is left to fail.
-/// returns  how many allocations have been made to fail
+/// Lets each allocation of `attempt` fail once, in turn, then runs it without a failure. `attempt` gets the heap, does
+/// the work, undoes it, and checks what must hold; it is called until no allocation is left to fail. returns  how many
+/// allocations have been made to fail
 template <class Attempt>
 std::size_t FailEachAllocation(Attempt attempt) {
     for (std::size_t n = 0;; ++n) {

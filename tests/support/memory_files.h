@@ -1,7 +1,7 @@
-/// A file service in memory, which counts what is open and can be made to fail.
-///
-/// Its handles are the files themselves, each open once at a time, so that a file that is there already is opened, read
-/// and written again without an allocation: a heap that fails under a test then fails the library alone.
+// A file service in memory, which counts what is open and can be made to fail.
+//
+// Its handles are the files themselves, and a file can't be opened twice at a time. So opening, reading and writing a
+// file that already exists doesn't allocate, and a heap that fails under a test makes only the library fail.
 
 #ifndef TESSARIN_TESTS_SUPPORT_MEMORY_FILES_H
 #define TESSARIN_TESTS_SUPPORT_MEMORY_FILES_H
@@ -23,7 +23,7 @@ class MemoryFiles : public IFileIO {
 public:
     static constexpr std::size_t kUnlimited = static_cast<std::size_t>(-1);
 
-    /// The bytes of a file, which is made if it isn't there.
+    /// The bytes of a file, which is created if it doesn't exist.
     std::string& operator[](const std::string& path) { return files_[path].bytes; }
 
     void* Open(const char* path, std::int32_t mode) override {
@@ -77,12 +77,13 @@ public:
 
     bool Exists(const char* path) override { return path != nullptr && files_.find(path) != files_.end(); }
 
-    int opens = 0;                                 ///< calls of Open
-    int handles = 0;                               ///< handles that are open
-    bool refuses = false;                          ///< Open answers null
-    std::optional<std::int32_t> claimed_size = {}; ///< what GetSize says of every file; Read then claims to be complete
-    std::size_t read_room = kUnlimited;            ///< the most that a Read gives
-    std::size_t write_room = kUnlimited;           ///< the size at which every file is full
+    int opens = 0;        // number of calls of Open
+    int handles = 0;      // number of open handles
+    bool refuses = false; // Open returns null
+    std::optional<std::int32_t> claimed_size =
+        {};                              // what GetSize returns for every file; Read then claims to be complete
+    std::size_t read_room = kUnlimited;  // the most bytes that a Read returns
+    std::size_t write_room = kUnlimited; // the size at which every file is full
 
 private:
     struct File {

@@ -1,4 +1,4 @@
-/// Records as rings hold them: a u32 with the size in bytes, then a payload that tells one record from another.
+// Records as rings hold them: a u32 with the size in bytes, then a payload that distinguishes records.
 
 #ifndef TESSARIN_TESTS_SUPPORT_RECORDS_H
 #define TESSARIN_TESTS_SUPPORT_RECORDS_H
@@ -19,7 +19,7 @@ inline Record MakeRecord(std::uint32_t size, std::uint32_t seed = 0) {
     return record;
 }
 
-/// Whether the record at `place` has all the bytes of `expected`; no more are read than its own size says.
+/// Whether the record at `place` has all the bytes of `expected`. Doesn't read beyond the record's own size.
 inline bool HoldsRecord(const void* place, const Record& expected) {
     return place != nullptr && std::memcmp(place, expected.data(), sizeof(std::uint32_t)) == 0 &&
            std::memcmp(place, expected.data(), expected.size()) == 0;

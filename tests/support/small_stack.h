@@ -1,4 +1,4 @@
-/// Runs work on a thread with little stack, where recursion by depth would end the program.
+// Runs work on a thread with little stack, where a recursion over the depth of the data would crash the program.
 
 #ifndef TESSARIN_TESTS_SUPPORT_SMALL_STACK_H
 #define TESSARIN_TESTS_SUPPORT_SMALL_STACK_H
@@ -16,8 +16,8 @@ void RunOnSmallStack(Work work, std::size_t bytes = 256 * 1024) {
     pthread_attr_init(&attributes);
     pthread_attr_setstacksize(&attributes, bytes);
     pthread_t thread;
-    auto run = [](void* its_work) -> void* {
-        (*static_cast<Work*>(its_work))();
+    auto run = [](void* argument) -> void* {
+        (*static_cast<Work*>(argument))();
         return nullptr;
     };
     bool started = pthread_create(&thread, &attributes, run, &work) == 0;

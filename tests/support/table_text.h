@@ -1,4 +1,4 @@
-/// A table as text, for expectations that can be read.
+// A table as text, so that expectations are easy to read.
 
 #ifndef TESSARIN_TESTS_SUPPORT_TABLE_TEXT_H
 #define TESSARIN_TESTS_SUPPORT_TABLE_TEXT_H
@@ -10,7 +10,7 @@
 
 namespace TestSupport {
 
-/// What SaveBuffer gives, whole; "(refused)" if it answers 0.
+/// The complete text of SaveBuffer; "(refused)" if that returns 0.
 inline std::string SavedJson(Tessarin::ITable* table) {
     void* data = nullptr;
     std::uint32_t size = 0;
@@ -20,7 +20,7 @@ inline std::string SavedJson(Tessarin::ITable* table) {
     return text;
 }
 
-/// The entries alone: the saved document without its marker. An empty table is "{}".
+/// Only the entries: the saved document without its marker. An empty table is "{}".
 inline std::string Entries(Tessarin::ITable* table) {
     static const std::string kMarker = R"({"__internal_type":"qv game schema")";
     std::string text = SavedJson(table);
@@ -31,7 +31,7 @@ inline std::string Entries(Tessarin::ITable* table) {
     return entries;
 }
 
-/// Entries of a table that a factory made, which is then closed; "null" for a null table.
+/// The entries of a table that a factory made; closes the table. "null" for a null table.
 inline std::string EntriesAndClose(Tessarin::ITable* table) {
     if (table == nullptr) return "null";
     std::string entries = Entries(table);

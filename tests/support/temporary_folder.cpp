@@ -1,3 +1,6 @@
+// The folder's name ends with a random number. Creating the folder decides whether the name is free; if it isn't,
+// another number is drawn.
+
 #include "tests/support/temporary_folder.h"
 
 #include <filesystem>
@@ -8,7 +11,7 @@
 
 namespace TestSupport {
 
-// Test programs run side by side, so a name must be nobody else's: only the one that makes the folder has it.
+// Test programs run side by side, so each name must be unique: the program that creates the folder owns the name.
 TemporaryFolder::TemporaryFolder() {
     const auto all = std::filesystem::temp_directory_path();
     std::random_device random;

@@ -1,4 +1,4 @@
-/// A folder of a test's own, removed with all it holds when the test ends.
+// A folder of a test's own, which is removed with its content when the test ends.
 
 #ifndef TESSARIN_TESTS_SUPPORT_TEMPORARY_FOLDER_H
 #define TESSARIN_TESTS_SUPPORT_TEMPORARY_FOLDER_H
@@ -18,7 +18,7 @@ public:
     /// The path of `name` inside the folder.
     [[nodiscard]] std::string Path(std::string_view name) const;
 
-    /// Writes a file of those bytes and answers its path.
+    /// Writes a file of those bytes and returns its path.
     [[nodiscard]] std::string File(std::string_view name, std::string_view bytes) const;
 
 private:
