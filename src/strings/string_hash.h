@@ -9,6 +9,7 @@
 #define TESSARIN_STRINGS_STRING_HASH_H
 
 #include "platform/ascii.h"
+#include "strings/normal_forms.h"
 
 #include <bit>
 #include <cstddef>

@@ -115,8 +115,8 @@ private:
     std::uint32_t max_nodes_ = 0;  // of one table
     std::uint32_t unit_count_ = 0; // of all tables: the header's number may be higher
     StringPool strings_;
-    Tessarin::List<TrieNode> nodes_;       // the nodes of the current table
-    Tessarin::List<Kind> kinds_;           // the containers in container order, as their parents are read
+    Tessarin::List<TrieNode> nodes_;    // the nodes of the current table
+    Tessarin::List<Kind> kinds_;        // the containers in container order, as their parents are read
     std::uint32_t tables_assigned_ = 1; // the root is from the start
     std::uint32_t arrays_assigned_ = 0;
     std::uint32_t elements_used_ = 0;
