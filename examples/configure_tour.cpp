@@ -1,17 +1,18 @@
-// A host's whole way with configuration files: it loads one, finds everything in it by every kind of key, compiles it
-// into the binary form, edits it, saves it as text, and reads both back to see whether anything was lost.
+// A tour of configuration files: the program loads one, finds everything in it by every kind of key, compiles it into
+// the binary form, edits it, saves it as text, and reads both back to see whether anything was lost.
 //
 //   configure_tour FOLDER FILE...
 //
-// Each FILE is one in text form; what is made of it goes into FOLDER, compiled under its name with `.bin` behind it and
-// edited under its own, so FOLDER isn't where the files are. Exit status: 0 if nothing was lost, 1 if something was, 2
-// if a step could not be taken.
+// Each FILE is in text form. The results are written into FOLDER: the compiled file under its name with `.bin` added,
+// and the edited one under its own name, so FOLDER must be another than that of the files. Exit status: 0 if nothing
+// was lost, 1 if something was, 2 if a step failed.
 //
-// What is good to know before copying from here:
-//  - A file object owns the tables that it hands out: the next Load ends them all. Texts stay.
-//  - Every scalar is a text. Numbers, truth values and intervals are how a text is read; one that is no number is 0.
-//  - Getters look into the default table too, Find and the walk never do.
-//  - A composite key ends with `:` in a file of text form, and doesn't in a compiled one.
+// Before you copy from here:
+//  - A file object owns the tables that it returns: the next Load ends them all. Texts stay.
+//  - Every scalar is a text, which a getter reads as a number, truth value or interval. Text that isn't a number
+//    is 0.
+//  - Getters look in the default table too, Find and iteration never do.
+//  - A composite key ends with `:` in a file of text form, but not in a compiled one.
 
 #include <tessarin/tessarin.h>
 
@@ -38,8 +39,8 @@ struct FileCloser {
 };
 using File = std::unique_ptr<IFile, FileCloser>;
 
-// A file object that holds what was loaded; none if it couldn't be. Mistakes in the text are no reason: next to nothing
-// is one.
+// Returns a file object with its content loaded, or none if the load fails. Mistakes in the text hardly ever make it
+// fail.
 File Open(const std::string& path, Configure::FileAccess access) {
     File file(CreateRLFile(nullptr));
     if (file && !file->Load(path.c_str(), access, Configure::FORMAT_AUTO)) file.reset();
@@ -55,7 +56,7 @@ bool Save(const File& file, const std::string& path, Configure::FileFormat forma
 
 // ------------------------------------------------------------------------------------------------------ what is inside
 
-// The walk over a table or an array. End is no entry and is never read.
+// Calls `visit` for each entry of a table or an array. End isn't an entry and is never read.
 template <class Container, class Visit>
 void ForEach(Container* container, Visit visit) {
     for (IIterator* unit = container->Begin(); unit != container->End(); unit = container->Next(unit)) visit(unit);
@@ -65,11 +66,11 @@ struct Summary {
     int tables = 0;
     int arrays = 0;
     int texts = 0;
-    int intervals = 0; // texts that read as one
+    int intervals = 0; // texts with an interval in them
 };
 
-// One call a level here and below: a host that opens strangers' files, which may be of any depth, walks with a stack of
-// its own.
+// Here and below, each level of a tree is one call on the stack. A host that opens files from unknown sources, which
+// may be of any depth, should walk with a stack of its own.
 template <class Container>
 void Count(Container* container, Summary& summary) {
     ForEach(container, [&](IIterator* unit) {
@@ -89,7 +90,8 @@ void PrintSummary(const std::string& path, ITable* root) {
                 summary.arrays, summary.texts, summary.intervals);
 }
 
-// Keys come in any case, and paths with any separators; what a file holds is in lower case, with one `\` a separator.
+// Keys may be looked up in any case, and paths with any separators; in the tree they are in lower case, with one `\`
+// for each separator.
 std::string OtherSpelling(const std::string& key) {
     std::string spelling;
     for (char byte : key) {
@@ -101,7 +103,7 @@ std::string OtherSpelling(const std::string& key) {
 
 // ---------------------------------------------------------------------------------------------------------- looking up
 
-// Goes through a tree and finds each entry again in every way that its key is fit for.
+// Walks a tree and looks each entry up again by every kind of key that can name it.
 struct Lookup {
     bool is_compiled;
     int by_text = 0;
@@ -112,8 +114,8 @@ struct Lookup {
     int failed = 0;
 
     void Table(ITable* table) {
-        // What the children share; any of them may leave out what stands in it. Where the table has none, its own
-        // default table is asked for one.
+        // The default of the child tables: a child may leave out any entry that it has. If the table has no `_default`,
+        // the getter looks for one in the table's own default.
         ITable* defaults = table->GetTable("_default");
         ForEach(table, [&](IIterator* unit) {
             Keys(table, unit);
@@ -127,7 +129,7 @@ struct Lookup {
         if (unit->IsArray()) ForEach(unit->GetArray(), [&](IIterator* element) { Inside(element); });
     }
 
-    // Text keys are compared as they are but for their case, so a path key is asked for in path form.
+    // Text keys are compared without regard to case but with their separators, so a path key needs FindPath.
     void Keys(ITable* table, IIterator* unit) {
         const std::string key = unit->GetKey();
         const std::string spelling = OtherSpelling(key);
@@ -142,15 +144,15 @@ struct Lookup {
         if (key.find(':') != std::string::npos && ends_with_colon != is_compiled) Pieces(table, unit, spelling);
     }
 
-    // What isn't all digits gives some number that isn't spelled like it.
+    // A text that isn't all digits gives some number with another spelling.
     static std::uint32_t Number(const std::string& digits) {
         std::uint32_t number = 0;
         for (char digit : digits) number = number * 10 + static_cast<std::uint32_t>(digit - '0');
         return number;
     }
 
-    // Nothing checks the arguments against the format: each of its letters takes one, and more of them are no harm. So
-    // keys of four pieces and more are left out.
+    // The arguments aren't checked against the format: each of its letters takes one argument, and further ones do no
+    // harm. So three arguments fit any key of up to three pieces; longer keys are left out.
     void Pieces(ITable* table, IIterator* unit, const std::string& spelling) {
         std::vector<std::string> pieces = Split(spelling);
         if (!is_compiled) pieces.pop_back();
@@ -166,7 +168,7 @@ struct Lookup {
                unit, by_pieces);
     }
 
-    // What stands between the colons; nothing behind the last one is an empty piece.
+    // The pieces between the colons; after a colon at the end comes an empty piece.
     static std::vector<std::string> Split(const std::string& key) {
         std::vector<std::string> pieces(1);
         for (char byte : key) {
@@ -176,18 +178,18 @@ struct Lookup {
         return pieces;
     }
 
-    // The walk doesn't show what a default table adds; only its own entries say what to ask for.
+    // Iteration over a table doesn't show its defaults, so this looks up the keys that the default table has.
     void Defaults(ITable* child, ITable* defaults) {
         ForEach(defaults, [&](IIterator* unit) {
             const char* key = unit->GetKey();
             if (child->Find(key)) return;
-            // The getter answers what the default table holds, or its fallback for what is of another kind.
+            // A getter returns what the default table has, or its fallback for an entry of another kind.
             const bool is_found = child->GetString(key) == unit->GetString() &&
                                   child->GetTable(key) == unit->GetTable() &&
                                   child->GetArray(key) == unit->GetArray() &&
                                   child->GetInteger(key, -1) == (unit->IsInteger() ? unit->GetInteger() : -1);
             ++(is_found ? by_default : failed);
-            if (!is_found) std::printf("  the default of %s isn't answered\n", key);
+            if (!is_found) std::printf("  the default of %s isn't found\n", key);
         });
     }
 
@@ -215,61 +217,62 @@ const char* KindName(IIterator* unit) {
     return "a text";
 }
 
-// Compares a tree with what came back of it and prints each difference with the way to it.
+// Compares a tree with the one that was loaded again, and prints each difference with the path to it.
 struct Comparison {
     int same = 0;
     int different = 0;
 
-    // Each form has an order of its own, so entries are compared by key. Where two share one, which of them is found
-    // isn't settled; a form that keeps only one of them is told by the counts.
-    void Tables(ITable* saved, ITable* loaded, const std::string& way) {
-        Counts(saved->GetCount(), loaded->GetCount(), way);
-        Names(saved->GetName(), loaded->GetName(), way);
-        ForEach(saved, [&](IIterator* unit) { Units(unit, loaded->Find(unit->GetKey()), way + '.' + unit->GetKey()); });
+    // Each form has an order of its own, so entries are compared by key. If two entries share a key and a form keeps
+    // only one of them, the counts show it.
+    void Tables(ITable* saved, ITable* loaded, const std::string& path) {
+        Counts(saved->GetCount(), loaded->GetCount(), path);
+        Names(saved->GetName(), loaded->GetName(), path);
+        ForEach(saved,
+                [&](IIterator* unit) { Units(unit, loaded->Find(unit->GetKey()), path + '.' + unit->GetKey()); });
         ForEach(loaded, [&](IIterator* unit) {
-            if (!saved->Find(unit->GetKey())) Differ(way + '.' + unit->GetKey(), "was never there");
+            if (!saved->Find(unit->GetKey())) Differ(path + '.' + unit->GetKey(), "was never there");
         });
     }
 
-    void Arrays(IArray* saved, IArray* loaded, const std::string& way) {
-        Counts(saved->GetCount(), loaded->GetCount(), way);
-        Names(saved->GetName(), loaded->GetName(), way);
+    void Arrays(IArray* saved, IArray* loaded, const std::string& path) {
+        Counts(saved->GetCount(), loaded->GetCount(), path);
+        Names(saved->GetName(), loaded->GetName(), path);
         std::uint32_t position = 0;
         ForEach(saved, [&](IIterator* unit) {
-            Units(unit, loaded->At(position), way + '[' + std::to_string(position) + ']');
+            Units(unit, loaded->At(position), path + '[' + std::to_string(position) + ']');
             ++position;
         });
     }
 
-    void Units(IIterator* saved, IIterator* loaded, const std::string& way) {
-        if (!loaded) return Differ(way, "was lost");
+    void Units(IIterator* saved, IIterator* loaded, const std::string& path) {
+        if (!loaded) return Differ(path, "was lost");
         if (saved->GetType() != loaded->GetType()) {
-            return Differ(way, std::string("was ") + KindName(saved) + ", came back as " + KindName(loaded));
+            return Differ(path, std::string("was ") + KindName(saved) + ", came back as " + KindName(loaded));
         }
         if (saved->IsString() && Text(saved) != Text(loaded)) {
-            return Differ(way, "was \"" + Text(saved) + "\", came back as \"" + Text(loaded) + '"');
+            return Differ(path, "was \"" + Text(saved) + "\", came back as \"" + Text(loaded) + '"');
         }
         ++same;
-        if (saved->IsTable()) Tables(saved->GetTable(), loaded->GetTable(), way);
-        if (saved->IsArray()) Arrays(saved->GetArray(), loaded->GetArray(), way);
+        if (saved->IsTable()) Tables(saved->GetTable(), loaded->GetTable(), path);
+        if (saved->IsArray()) Arrays(saved->GetArray(), loaded->GetArray(), path);
     }
 
-    // An entry that a file ends without any value has none; it is saved as an empty one.
+    // An entry without any value, at the end of a file, has a null text, which is saved as an empty one.
     static std::string Text(IIterator* unit) { return unit->GetString() ? unit->GetString() : ""; }
 
-    void Counts(std::uint32_t saved, std::uint32_t loaded, const std::string& way) {
+    void Counts(std::uint32_t saved, std::uint32_t loaded, const std::string& path) {
         if (saved == loaded) return;
-        Differ(way, "had " + std::to_string(saved) + " entries, came back with " + std::to_string(loaded));
+        Differ(path, "had " + std::to_string(saved) + " entries, came back with " + std::to_string(loaded));
     }
 
-    // Names are interned: the same text is the same address. The root and what stands in an array have none.
-    void Names(cstr saved, cstr loaded, const std::string& way) {
-        if (saved != loaded) Differ(way, "came back with another name");
+    // Names are interned: the same text is the same address. The root and the elements of an array have none.
+    void Names(cstr saved, cstr loaded, const std::string& path) {
+        if (saved != loaded) Differ(path, "came back with another name");
     }
 
-    void Differ(const std::string& way, const std::string& how) {
+    void Differ(const std::string& path, const std::string& how) {
         ++different;
-        std::printf("  %s: %s\n", way.c_str(), how.c_str());
+        std::printf("  %s: %s\n", path.c_str(), how.c_str());
     }
 };
 
@@ -283,7 +286,7 @@ bool Compare(ITable* saved, ITable* loaded, const char* what) {
 
 // ------------------------------------------------------------------------------------------------------------- editing
 
-// The first entry that a test takes, depth first.
+// The first entry, depth first, for which `test` is true.
 template <class Container, class Test>
 IIterator* FindUnit(Container* container, Test test) {
     IIterator* found = nullptr;
@@ -295,15 +298,15 @@ IIterator* FindUnit(Container* container, Test test) {
     return found;
 }
 
-// Changes what is there, whatever the file holds. A root of tables alone has nothing to remove and keeps all.
+// Changes entries that any file may have: the first text, interval and array, and removes the last text of the root.
 bool ChangeEntries(ITable* root) {
     IIterator* text = FindUnit(root, [](IIterator* unit) { return unit->IsString(); });
     if (text && !text->SetString("changed on the tour")) return false;
     IIterator* interval = FindUnit(root, [](IIterator* unit) { return unit->IsInterval(); });
     if (interval && !interval->SetString("[-2.5,7)")) return false;
     IIterator* array = FindUnit(root, [](IIterator* unit) { return unit->IsArray(); });
-    // The first argument has no meaning. Elements are added at the end, and an array never empty: the text form would
-    // take it for a table when it is read again.
+    // The first argument is never read. An element is added before one is removed: the text form would read an empty
+    // array back as a table.
     if (array && !array->GetArray()->AddString(0, "one more")) return false;
     if (array) array->GetArray()->Remove(array->GetArray()->Begin());
     IIterator* last = nullptr;
@@ -311,18 +314,18 @@ bool ChangeEntries(ITable* root) {
         if (unit->IsString()) last = unit;
     });
     const std::string key = last ? last->GetKey() : "";
-    // Remove answers the entry that has moved up, which may be none.
+    // Remove returns the entry that has taken the place, if there is one.
     if (last) root->Remove(last);
     return !last || !root->Find(key.c_str());
 }
 
-// What an entry that was added holds; none if it couldn't be added, as when its key is taken.
+// Adds a table and returns it; null if it can't be added, for example because its key is taken.
 ITable* AddTable(ITable* table, const char* key) {
     IIterator* unit = table ? table->AddTable(key) : nullptr;
     return unit ? unit->GetTable() : nullptr;
 }
 
-// A number is set on an entry that is there; there is no other way to add one.
+// There is no AddInteger in the interface: a number is set on an entry that was added as a text.
 bool AddInteger(ITable* table, const char* key, std::int32_t value) {
     IIterator* unit = table->AddString(key, "");
     return unit && unit->SetInteger(value);
@@ -338,9 +341,9 @@ bool AddCourse(ITable* tour) {
            mark->GetTable()->AddString("lit", "False");
 }
 
-// The host's own table. A `_default` that is added serves from the next load on. Composite keys are added in both
-// spellings, since the file is going to be read in both forms.
-bool AddRoad(ITable* root) {
+// Adds a table of the host's. A `_default` that is added takes effect with the next load. Composite keys are added in
+// both spellings, because the file will be read in both forms.
+bool AddTour(ITable* root) {
     ITable* tour = AddTable(root, "tour");
     ITable* defaults = tour ? AddTable(tour, "_default") : nullptr;
     ITable* lantern = AddTable(tour, "Lantern");
@@ -353,15 +356,15 @@ bool AddRoad(ITable* root) {
     return shared && marked && renamed && renamed->SetKey("lamp") && AddCourse(tour);
 }
 
-// What the host's table answers once it has been read back, and what it should.
-struct Answer {
-    const char* asked;
+// A lookup in the host's table after it was read back, and whether its result is right.
+struct Result {
+    const char* lookup;
     bool is_right;
 };
 
 bool Same(cstr text, const char* expected) { return text && std::strcmp(text, expected) == 0; }
 
-std::vector<Answer> Answers(ITable* tour) {
+std::vector<Result> LookUpTour(ITable* tour) {
     ITable* lantern = tour->GetTable("LANTERN");
     ITable* buoy = tour->GetTable("buoy");
     IArray* course = tour->GetArray("course");
@@ -369,15 +372,15 @@ std::vector<Answer> Answers(ITable* tour) {
     return {
         {"lantern's own oil", lantern->GetInteger("oil", 1) == 12},
         {"buoy's oil, by default", buoy->GetInteger("oil", 1) == 40},
-        {"buoy's rope, nowhere", buoy->GetInteger("rope", 3) == 3},
+        {"buoy's rope, which is nowhere", buoy->GetInteger("rope", 3) == 3},
         {"buoy has no entries", buoy->GetCount() == 0 && !buoy->Find("oil")},
-        {"reach takes in 12.25", buoy->GetInterval("reach").Hit(12.25F) == 1},
-        {"reach leaves out 0", buoy->GetInterval("reach").Hit(0) == 0},
+        {"reach includes 12.25", buoy->GetInterval("reach").Hit(12.25F) == 1},
+        {"reach excludes 0", buoy->GetInterval("reach").Hit(0) == 0},
         {"lit is 0, so false", !buoy->GetBool("lit")},
         {"by number", Same(tour->GetString(1U), "tarn quay")},
         {"by path", tour->FindPath("Charts/NORTH.map") != nullptr},
         {"by pieces", Same(tour->GetStringFormat("si", "Mark", 7), "a wreck")},
-        {"by pieces, no such", tour->GetIntegerFormat(-1, "si", "mark", 8) == -1},
+        {"by pieces, a missing key", tour->GetIntegerFormat(-1, "si", "mark", 8) == -1},
         {"renamed", Same(tour->GetString("lamp"), "Gull Point") && !tour->Find("beacon")},
         {"402.5 as a number", course->GetFloat(0, 0.0F) == 402.5F},
         {"False is false", !course->GetTable(1)->GetBool("lit")},
@@ -385,30 +388,30 @@ std::vector<Answer> Answers(ITable* tour) {
     };
 }
 
-bool AskRoad(ITable* root, const char* what) {
+bool CheckTour(ITable* root, const char* what) {
     ITable* tour = root->GetTable("tour");
     if (!tour) return false;
     int right = 0;
-    const std::vector<Answer> answers = Answers(tour);
-    for (const Answer& answer : answers) {
-        right += answer.is_right ? 1 : 0;
-        if (!answer.is_right) std::printf("  the added table, %s, answers wrong: %s\n", what, answer.asked);
+    const std::vector<Result> results = LookUpTour(tour);
+    for (const Result& result : results) {
+        right += result.is_right ? 1 : 0;
+        if (!result.is_right) std::printf("  the added table, %s, is wrong: %s\n", what, result.lookup);
     }
-    std::printf("  %-8s the added table gave %d right answers of %zu\n", what, right, answers.size());
-    return right == static_cast<int>(answers.size());
+    std::printf("  %-8s the added table gave %d right results of %zu\n", what, right, results.size());
+    return right == static_cast<int>(results.size());
 }
 
 // ------------------------------------------------------------------------------------------------------------ the tour
 
-// The statuses of the steps: the worst of them is the exit status.
+// The status of a step; the highest one is the exit status.
 constexpr int kKept = 0;
 constexpr int kLost = 1;
 constexpr int kStopped = 2;
 
 int Status(bool is_kept) { return is_kept ? kKept : kLost; }
 
-// Compiles a file, and reads what was compiled.
-int CompileRoad(const File& file, const std::string& path) {
+// Compiles a file, and reads the compiled file.
+int CompileFile(const File& file, const std::string& path) {
     if (!Save(file, path, Configure::FORMAT_BINARY)) return kStopped;
     const File compiled = Open(path, Configure::ACCESS_READ);
     if (!compiled) return kStopped;
@@ -416,11 +419,11 @@ int CompileRoad(const File& file, const std::string& path) {
     return Status(ShowLookups(compiled->GetRoot(), true) && is_same);
 }
 
-// Edits a file and saves it as text under another name, where it is read back; then compiles that.
-int EditRoad(const std::string& path, const std::string& copy) {
+// Edits a file, saves it as text under another name and reads that back; then compiles it and reads that.
+int EditFile(const std::string& path, const std::string& copy) {
     const File edited = Open(path, Configure::ACCESS_EDIT);
     if (!edited) return kStopped;
-    if (!ChangeEntries(edited->GetRoot()) || !AddRoad(edited->GetRoot())) {
+    if (!ChangeEntries(edited->GetRoot()) || !AddTour(edited->GetRoot())) {
         std::fprintf(stderr, "%s: can't be edited, or has a table `tour` already\n", path.c_str());
         return kStopped;
     }
@@ -430,18 +433,18 @@ int EditRoad(const std::string& path, const std::string& copy) {
     const File compiled = Open(copy + ".bin", Configure::ACCESS_READ);
     if (!compiled) return kStopped;
     const bool is_same = Compare(edited->GetRoot(), text->GetRoot(), "edited");
-    const bool answers = AskRoad(text->GetRoot(), "text");
-    return Status(AskRoad(compiled->GetRoot(), "compiled") && answers && is_same);
+    const bool text_is_right = CheckTour(text->GetRoot(), "text");
+    return Status(CheckTour(compiled->GetRoot(), "compiled") && text_is_right && is_same);
 }
 
-int GoRoad(const std::string& path, const std::string& folder) {
+int RunTour(const std::string& path, const std::string& folder) {
     const File file = Open(path, Configure::ACCESS_READ);
     if (!file) return kStopped;
     const std::string name = path.substr(path.rfind('/') + 1);
     PrintSummary(path, file->GetRoot());
     const int found = Status(ShowLookups(file->GetRoot(), false));
-    const int compiled = CompileRoad(file, folder + '/' + name + ".bin");
-    const int edited = EditRoad(path, folder + '/' + name);
+    const int compiled = CompileFile(file, folder + '/' + name + ".bin");
+    const int edited = EditFile(path, folder + '/' + name);
     return std::max({found, compiled, edited});
 }
 
@@ -453,7 +456,7 @@ int main(int count, char** arguments) {
         return kStopped;
     }
     int status = kKept;
-    for (int i = 2; i < count; ++i) status = std::max(status, GoRoad(arguments[i], arguments[1]));
+    for (int i = 2; i < count; ++i) status = std::max(status, RunTour(arguments[i], arguments[1]));
     if (status == kKept) std::printf("\nNothing was lost.\n");
     if (status == kLost) std::printf("\nNot all of it came back.\n");
     return status;

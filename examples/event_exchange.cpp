@@ -1,8 +1,8 @@
-// Events between two threads: one posts what it does, the other takes what there is whenever it likes.
+// Events between two threads: one posts events, the other reads them whenever it likes.
 //
-// What is good to know before copying from here:
+// Before you copy from here:
 //  - An event begins with its own size. Sizes that are multiples of 8 keep every event at a multiple of 8.
-//  - Reading takes no lock. The list is the reader's until it asks for the next, so it is emptied first.
+//  - Reading takes no lock: the list is the reader's until the next Exchange. The reader empties it before that.
 
 #include <tessarin/tessarin.h>
 
@@ -20,7 +20,7 @@ struct Step {
     std::uint32_t number;
 };
 
-struct Said {
+struct Message {
     std::uint32_t size;
     char text[28];
 };
@@ -32,12 +32,12 @@ void Walk(Tessarin::IExchangeEvent& exchange, std::atomic<bool>& done) {
         const Step step = {sizeof(Step), number};
         exchange.Post(&step);
     }
-    const Said said = {sizeof(Said), "here I am"};
-    exchange.Post(&said);
+    const Message message = {sizeof(Message), "here I am"};
+    exchange.Post(&message);
     done = true;
 }
 
-/// Takes all events of a list. Answers how many steps there were, or stops counting at one that is out of its turn.
+// Takes all events of a list. Returns how many steps have been read in order; one that is out of order isn't counted.
 std::uint32_t TakeAll(Tessarin::EventList& events, std::uint32_t steps) {
     for (; void* event = events.Front(); events.Pop()) {
         Step step;
@@ -46,9 +46,9 @@ std::uint32_t TakeAll(Tessarin::EventList& events, std::uint32_t steps) {
             steps += step.number == steps + 1 ? 1U : 0U;
             continue;
         }
-        Said said;
-        std::memcpy(&said, event, sizeof said);
-        std::printf("after %u steps: %s\n", steps, said.text);
+        Message message;
+        std::memcpy(&message, event, sizeof message);
+        std::printf("after %u steps: %s\n", steps, message.text);
     }
     return steps;
 }
@@ -64,7 +64,7 @@ int main() {
     std::uint32_t steps = 0;
     bool last = false;
     while (!last) {
-        last = done; // asked before the exchange: what was posted by then is in this list or in the one before
+        last = done; // read before the exchange: events posted by then are in this list or in the one before
         steps = TakeAll(*exchange->Exchange(), steps);
     }
     walker.join();

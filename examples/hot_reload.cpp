@@ -1,7 +1,8 @@
-// A configuration file that is loaded again while the program runs: the new content takes over only if it loads.
+// A configuration file that is loaded again while the program runs: the new content replaces the old only if it loads.
 //
-// What is good to know before copying from here:
-//  - A load drops what its object held, so the new file is loaded into another object, and the two change places.
+// Before you copy from here:
+//  - A load drops the old content of its object even if it fails. So the new file is loaded into another object, which
+//    then replaces the old one.
 //  - Tables and arrays end with their file's content; texts stay.
 
 #include <tessarin/tessarin.h>
@@ -22,7 +23,7 @@ class Settings {
 public:
     explicit Settings(std::string path) : path_(std::move(path)) {}
 
-    /// False, and the old settings stay, if the file can't be loaded.
+    // Returns false, and keeps the old settings, if the file can't be loaded.
     bool Reload() {
         File fresh(CreateRLFile(nullptr));
         if (fresh == nullptr) return false;
@@ -56,7 +57,7 @@ int main(int argc, char** argv) {
     Settings settings(path);
     if (!Write(path, "volume = 80  language = en\n") || !settings.Reload()) return 1;
     std::printf("volume %d\n", settings.Root().GetInteger("volume", 0));
-    if (!Write(path, "= nobody's value\n") || settings.Reload()) return 1; // an entry without a key is no file
+    if (!Write(path, "= nobody's value\n") || settings.Reload()) return 1; // an entry without a key fails the load
     std::printf("volume %d, as before\n", settings.Root().GetInteger("volume", 0));
     if (!Write(path, "volume = 35\n") || !settings.Reload()) return 1;
     std::printf("volume %d\n", settings.Root().GetInteger("volume", 0));

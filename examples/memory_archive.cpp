@@ -1,10 +1,10 @@
-// A file service of the host's own: files that live in an archive in memory. Configuration and tab files go through it
-// as they would through the disk.
+// A host's own file service: its files are in an archive in memory. Configuration and tab files use it as they would
+// use the disk.
 //
-// What is good to know before copying from here:
-//  - The library hands back what Open answers and ends it with Close, after a failure too.
-//  - The service outlives the objects that were made with it.
-//  - A tab file asks for its path in path form: lower case, with `\` between the names.
+// Before you copy from here:
+//  - The library ends every handle that Open returns with Close, after a failure too.
+//  - The service must outlive the objects that were made with it.
+//  - A tab file opens its path in path form: lower case, with `\` between the names.
 
 #include <tessarin/tessarin.h>
 
@@ -24,30 +24,30 @@ public:
     void* Open(const char* path, std::int32_t mode) override {
         auto found = files.find(path);
         if (mode == 1) found = files.insert_or_assign(path, "").first;
-        return found == files.end() ? nullptr : new Place{&found->second, 0};
+        return found == files.end() ? nullptr : new OpenFile{&found->second, 0};
     }
-    void Close(void* handle) override { delete static_cast<Place*>(handle); }
+    void Close(void* handle) override { delete static_cast<OpenFile*>(handle); }
     std::int32_t GetSize(void* handle) override {
-        auto* place = static_cast<Place*>(handle);
-        place->offset = 0;
-        return static_cast<std::int32_t>(place->bytes->size());
+        auto* file = static_cast<OpenFile*>(handle);
+        file->offset = 0;
+        return static_cast<std::int32_t>(file->bytes->size());
     }
     std::uint32_t Read(void* handle, void* buffer, std::uint32_t buffer_size, std::uint32_t count) override {
-        auto* place = static_cast<Place*>(handle);
+        auto* file = static_cast<OpenFile*>(handle);
         if (buffer_size < count) return 0;
-        const std::size_t taken = std::min<std::size_t>(count, place->bytes->size() - place->offset);
-        std::memcpy(buffer, place->bytes->data() + place->offset, taken);
-        place->offset += taken;
+        const std::size_t taken = std::min<std::size_t>(count, file->bytes->size() - file->offset);
+        std::memcpy(buffer, file->bytes->data() + file->offset, taken);
+        file->offset += taken;
         return static_cast<std::uint32_t>(taken);
     }
     std::uint32_t Write(void* handle, const void* buffer, std::uint32_t size) override {
-        static_cast<Place*>(handle)->bytes->append(static_cast<const char*>(buffer), size);
+        static_cast<OpenFile*>(handle)->bytes->append(static_cast<const char*>(buffer), size);
         return size;
     }
     bool Exists(const char* path) override { return files.count(path) != 0; }
 
 private:
-    struct Place {
+    struct OpenFile {
         std::string* bytes;
         std::size_t offset;
     };
@@ -69,7 +69,7 @@ int main() {
                                  "rope = { name = Rope  weight = 0.6 }\n";
     archive.files["prices.tab"] = "item\tprice\nlamp\t12\nrope\t3\n";
 
-    // Compiled within the archive, and read from there in the other form.
+    // Compiled into the archive, and read from there in binary form.
     const Owned<Configure::IFile> items(CreateRLFile(&archive));
     Configure::ITable* root = items->Load("items.txt", Configure::ACCESS_READ, Configure::FORMAT_AUTO);
     if (root == nullptr || !items->SaveAs("items.bin", Configure::FORMAT_BINARY)) return 1;

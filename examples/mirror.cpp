@@ -1,8 +1,8 @@
-// A table that follows another: listeners hear of each change and make it again elsewhere, as an editor's view of a
-// game's data does.
+// A table that mirrors another: a listener repeats each change in the other table, as an editor's view of a game's data
+// does.
 //
-// What is good to know before copying from here:
-//  - A listener runs inside the change, on its thread, before and after it; the codes say which.
+// Before you copy from here:
+//  - A listener runs inside the change, on its thread, before and after it; the code says which.
 //  - The listener is removed before its object ends.
 
 #include <tessarin/tessarin.h>
@@ -25,7 +25,7 @@ class Mirror {
 public:
     Mirror(ITable& original, ITable& copy)
         : original_(original), copy_(copy), listener_(ArgumentDelegate<&Mirror::OnChange>(this)) {
-        if (Delegate* place = original_.AddArgumentListener()) *place = listener_;
+        if (Delegate* slot = original_.AddArgumentListener()) *slot = listener_;
     }
     ~Mirror() { original_.RemoveArgumentListener(&listener_); }
     Mirror(const Mirror&) = delete;
@@ -35,7 +35,7 @@ public:
         switch (code) {
         case Tessarin::EVENT_ADDED:
         case Tessarin::EVENT_CHANGED:
-            Follow(*table->Find(key), key);
+            CopyValue(*table->Find(key), key);
             break;
         case Tessarin::EVENT_REMOVED:
             copy_.Remove(key, 1);
@@ -55,7 +55,7 @@ public:
     }
 
 private:
-    void Follow(Tessarin::IIterator& entry, cstr key) {
+    void CopyValue(Tessarin::IIterator& entry, cstr key) {
         if (entry.GetType() == Tessarin::VALUE_INTEGER) copy_.SetInteger(key, entry.GetInteger(), 1);
         if (entry.GetType() == Tessarin::VALUE_REAL) copy_.SetReal(key, entry.GetReal(), 1);
         if (entry.GetType() == Tessarin::VALUE_STRING) copy_.SetString(key, entry.GetString(), 1);
@@ -67,18 +67,18 @@ private:
     cstr old_key_ = nullptr;
 };
 
-std::string Shown(ITable& table) {
-    std::string shown;
+std::string Text(ITable& table) {
+    std::string text;
     for (const char* key : {"name", "hull", "speed", "crew", "hands"}) {
         if (Tessarin::IIterator* entry = table.Find(key)) {
-            shown += std::string(key) + '=';
-            shown += entry->GetType() == Tessarin::VALUE_STRING    ? entry->GetString()
-                     : entry->GetType() == Tessarin::VALUE_INTEGER ? std::to_string(entry->GetInteger())
-                                                                   : std::to_string(entry->GetReal());
-            shown += ' ';
+            text += std::string(key) + '=';
+            text += entry->GetType() == Tessarin::VALUE_STRING    ? entry->GetString()
+                    : entry->GetType() == Tessarin::VALUE_INTEGER ? std::to_string(entry->GetInteger())
+                                                                  : std::to_string(entry->GetReal());
+            text += ' ';
         }
     }
-    return shown;
+    return text;
 }
 
 } // namespace
@@ -93,6 +93,6 @@ int main() {
     SetInteger(ship.get(), "hull", 75);
     Remove(ship.get(), "speed");
     ship->Rename("crew", "hands", 1);
-    std::printf("the ship: %s\nthe view: %s\n", Shown(*ship).c_str(), Shown(*view).c_str());
-    return Shown(*ship) == Shown(*view) && view->GetInteger("hands") == 7 ? 0 : 1;
+    std::printf("the ship: %s\nthe view: %s\n", Text(*ship).c_str(), Text(*view).c_str());
+    return Text(*ship) == Text(*view) && view->GetInteger("hands") == 7 ? 0 : 1;
 }

@@ -1,4 +1,4 @@
-/* A host in C: the flat functions over a table, a flat array, a hash map and a command queue. */
+/* A program in C: the flat functions over a table, a flat array, a hash map and a command queue. */
 
 #include <tessarin/containers.h>
 #include <tessarin/tables.h>

@@ -1,16 +1,17 @@
-// A host's whole way with tables: it opens a document of each form, prints both as trees, listens to a table while it
-// is changed, saves JSON, and loads that again to see whether anything was lost.
+// A tour of tables: the program opens a document of each form, prints both as trees, listens to a table while it
+// changes it, saves JSON, and loads that again to see whether anything was lost.
 //
 //   table_tour GAME SETTINGS FOLDER
 //
 // GAME is a document in the readable text form, SETTINGS one in JSON; game.json and settings.json are written into
-// FOLDER. Exit status: 0 if nothing was lost, 1 if something was, 2 if a step could not be taken.
+// FOLDER. Exit status: 0 if nothing was lost, 1 if something was, 2 if a step failed.
 //
-// What is good to know before copying from here:
-//  - A table from a factory ends with CloseTable; Document below does it. Tables, entries and texts that come out of a
-//    table are borrowed: they live as long as it does (texts longer: until the library is unloaded).
-//  - Ask an entry for its kind before its value: an entry gives the first 32 bits of whatever it holds.
-//  - A listener's object must outlive its place in the table, so that it is removed first.
+// Before you copy from here:
+//  - A table from a factory is ended with CloseTable; Document below does it. Tables, entries and texts from a table
+//  are
+//    borrowed: they live as long as it does (texts longer: until the library is unloaded).
+//  - Check an entry's kind before its value: an entry gives the first 32 bits of whatever it holds.
+//  - A listener must be removed from its table before the listener's object ends.
 
 #include <tessarin/tessarin.h>
 
@@ -31,13 +32,13 @@ namespace {
 
 // ------------------------------------------------------------------------------------------------- opening and closing
 
-// Closing ends the children that a table owns with it, so only roots are held this way. Borrowed tables stay.
+// Closing a table ends the children that it owns, so only roots are held like this. Borrowed tables stay.
 struct TableCloser {
     void operator()(ITable* table) const { CloseTable(table); }
 };
 using Document = std::unique_ptr<ITable, TableCloser>;
 
-// A JSON text with a mistake in it opens as an empty table, so a host that expects something says so itself.
+// An invalid JSON text opens as an empty table, so a host that expects entries must check for them.
 Document Open(ITable* (*factory)(const char*), const std::string& path) {
     Document document(factory(path.c_str()));
     if (document && document->GetElementCount() == 0) document.reset();
@@ -45,7 +46,7 @@ Document Open(ITable* (*factory)(const char*), const std::string& path) {
     return document;
 }
 
-// Saving replaces the file. Pointers, handles, the array part and listeners are not part of a document.
+// Saving replaces the file. Pointers, handles, the array part and listeners aren't part of a document.
 bool Save(ITable* table, const std::string& path) {
     if (table->SaveFile(path.c_str()) != 0) return true;
     std::fprintf(stderr, "%s: can't be written\n", path.c_str());
@@ -54,7 +55,7 @@ bool Save(ITable* table, const std::string& path) {
 
 // ------------------------------------------------------------------------------------------------------ what is inside
 
-// The walk: the cursor stays as it is, and Next answers the entry behind it.
+// Calls `visit` for each entry. Next leaves the cursor unchanged and returns the entry after it.
 template <class Visit>
 void ForEach(ITable* table, Visit visit) {
     for (IIterator* entry = table->First(); entry != nullptr; entry = table->Next(&entry)) visit(entry);
@@ -67,13 +68,13 @@ const char* KindName(std::uint32_t kind) {
     return kind < names.size() ? names[kind] : "unknown";
 }
 
-// Only VALUE_TABLE is owned by the entry; GetTable answers for all three.
+// The entry owns only a VALUE_TABLE; GetTable returns the table of all three kinds.
 bool HoldsTable(std::uint32_t kind) {
     return kind == Tessarin::VALUE_TABLE || kind == Tessarin::VALUE_EXTERNAL_TABLE ||
            kind == Tessarin::VALUE_REFERENCE_TABLE;
 }
 
-// The numbers of a value that is made of floats, a single real among them.
+// The numbers of a value that consists of floats: a vector, a matrix or a single real.
 std::vector<float> Floats(IIterator* entry) {
     Float4 vector{};
     Float4x4 matrix{};
@@ -101,14 +102,14 @@ std::string Text(float number) {
     return {digits.data(), std::to_chars(digits.begin(), digits.end(), number).ptr};
 }
 
-// As a vector is written in a document; a single number stands alone.
+// Written like a vector in a document; a single number has no brackets.
 std::string Text(const std::vector<float>& numbers) {
     std::string text;
     for (float number : numbers) text += (text.empty() ? "" : ", ") + Text(number);
     return numbers.size() == 1 ? text : "[" + text + "]";
 }
 
-// A value on one line. A string may be null, and so may a table that was put in from outside.
+// A value on one line. A string may be null, and so may a borrowed table.
 std::string Text(IIterator* entry) {
     switch (entry->GetType()) {
     case Tessarin::VALUE_EMPTY:
@@ -129,18 +130,18 @@ std::string Text(IIterator* entry) {
     return child ? std::to_string(child->GetElementCount()) + " entries" : "null";
 }
 
-// Keys of one table are set in one column.
+// The width of the column of keys.
 int KeyWidth(ITable* table) {
     std::size_t width = 0;
     ForEach(table, [&](IIterator* entry) { width = std::max(width, std::strlen(entry->GetKey())); });
     return static_cast<int>(width);
 }
 
-// Up to eight entries come in the order in which they were added; more are kept sorted by the address of their interned
-// key, so a host that needs an order of its own sorts what it shows.
+// Up to eight entries are in the order in which they were added; more are sorted by the address of their interned key,
+// so a host that needs an order must sort what it shows.
 //
-// Tables that are only borrowed aren't entered: they may lead back here. One call a level: a host that opens
-// strangers' documents, which may be of any depth, walks with a stack of its own.
+// Borrowed tables aren't entered: they may contain this one. Each level is one call on the stack: a host that opens
+// documents from unknown sources, which may be of any depth, should walk with a stack of its own.
 void PrintTree(ITable* table, int indent = 2) {
     const int width = KeyWidth(table);
     ForEach(table, [&](IIterator* entry) {
@@ -150,7 +151,7 @@ void PrintTree(ITable* table, int indent = 2) {
     });
 }
 
-// GetElementCount counts one table; this one counts the tables below it too.
+// GetElementCount counts the entries of one table; this counts those of its child tables too.
 int CountAll(ITable* table) {
     int count = 0;
     ForEach(table, [&](IIterator* entry) {
@@ -166,7 +167,7 @@ void PrintDocument(const char* path, ITable* table) {
 
 // ----------------------------------------------------------------------------------------------------------- listening
 
-// Each change is told twice: the code before it is the code after it plus 9, which leaves 8 to nobody.
+// Each change has two codes: the one before it is the one after it plus 9, so 8 isn't used.
 const char* EventName(std::uint32_t code) {
     static constexpr std::array names{"added",
                                       "changed",
@@ -188,54 +189,54 @@ const char* EventName(std::uint32_t code) {
     return code < names.size() ? names[code] : "unknown";
 }
 
-// Prints what it is told. Each member that a delegate is made of takes what its kind of listener is called with.
+// Prints its notifications. There is one member for each kind of listener, with the parameters of that kind.
 struct Watcher {
     const char* name;
 
     // The record ends with the call; the key in it is interned and stays.
-    void OnRecord(TableEvent* event) { Tell("record", event->code, event->table, event->key); }
-    void OnArgument(std::uint32_t code, ITable* table, cstr key) { Tell("argument", code, table, key); }
-    // Creating and destroying the array part is told with an index of 0.
+    void OnRecord(TableEvent* event) { Print("record", event->code, event->table, event->key); }
+    void OnArgument(std::uint32_t code, ITable* table, cstr key) { Print("argument", code, table, key); }
+    // For creating and destroying the array part the index is 0.
     void OnItem(std::uint32_t code, ITable* table, std::uint32_t index) {
         std::printf("    %-11s %-8s  %-16s  index %u, items %u\n", name, "array", EventName(code), index,
                     table->GetArrayCount());
     }
 
     // Before a change the entry still has the old value, after it the new one.
-    void Tell(const char* kind, std::uint32_t code, ITable* table, cstr key) {
+    void Print(const char* kind, std::uint32_t code, ITable* table, cstr key) {
         IIterator* entry = key ? table->Find(key) : nullptr;
         const std::string value = entry ? KindName(entry->GetType()) + (' ' + Text(entry)) : "no entry";
         std::printf("    %-11s %-8s  %-16s  %s: %s\n", name, kind, EventName(code), key ? key : "all", value.c_str());
     }
 };
 
-// A table answers an empty place for the delegate, to be filled at once; null for a key that has no entry.
-bool Listen(Delegate* place, Delegate listener) {
-    if (place != nullptr) *place = listener;
-    return place != nullptr;
+// A table returns an empty delegate, to be filled in at once; null for a key without an entry.
+bool Listen(Delegate* slot, Delegate listener) {
+    if (slot != nullptr) *slot = listener;
+    return slot != nullptr;
 }
 
-// Says what is done, does it, and says what it answered; what the listeners hear comes in between.
+// Prints what is done, does it, and prints the result; the notifications come in between.
 template <class Change>
 void Do(const char* what, Change change) {
     std::printf("  %s\n", what);
-    const std::uint32_t answer = change();
-    std::printf("    -> %u\n", answer);
+    const std::uint32_t result = change();
+    std::printf("    -> %u\n", result);
 }
 
-// The last argument of a setter decides whether the listeners are told.
+// The last argument of a setter decides whether the listeners are notified.
 void ChangeEntries(ITable* ship) {
     Do("SetInteger crew 7", [&] { return ship->SetInteger("crew", 7, 1); });
-    Do("SetInteger crew 7, which it is already", [&] { return ship->SetInteger("crew", 7, 1); });
+    Do("SetInteger crew 7, the same value again", [&] { return ship->SetInteger("crew", 7, 1); });
     Do("SetReal crew 2.5, which is of another kind", [&] { return ship->SetReal("crew", 2.5F, 1); });
     Do("SetReal speed 5.25", [&] { return ship->SetReal("speed", 5.25F, 1); });
-    Do("SetReal speed 5.5, without a word", [&] { return ship->SetReal("speed", 5.5F, 0); });
+    Do("SetReal speed 5.5, without notification", [&] { return ship->SetReal("speed", 5.5F, 0); });
     Do("SetString flag, a new entry", [&] { return ship->SetString("flag", "two herons, one asleep", 1); });
     Do("Rename crew to hands", [&] { return ship->Rename("crew", "hands", 1); });
     Do("Remove speed", [&] { return ship->Remove("speed", 1); });
 }
 
-// The array part: items of the host's own making, beside the entries.
+// The array part: items whose bytes the host defines, beside the entries.
 void ChangeArray(ITable* ship) {
     const Float3 buoy{118.0F, 0.0F, 402.5F};
     const Float3 berth{88.0F, 0.25F, 1502.0F};
@@ -247,34 +248,34 @@ void ChangeArray(ITable* ship) {
     Do("DestroyArray", [&] { return ship->DestroyArray(); });
 }
 
-// Needs a table with an integer `crew` and a real `speed`. What is added here is removed here: the watchers end with
-// the function, the table goes on.
+// Needs a table with an integer `crew` and a real `speed`. Listeners that are added here are removed here, because the
+// watchers end with this function and the table doesn't.
 bool ShowListeners(ITable* ship) {
     Watcher table{"the table"}, crew{"crew alone"}, speed{"speed alone"};
     const Delegate records = RecordDelegate<&Watcher::OnRecord>(&table);
     const Delegate arguments = ArgumentDelegate<&Watcher::OnArgument>(&table);
     const Delegate items = ArrayDelegate<&Watcher::OnItem>(&table);
     const Delegate crew_records = RecordDelegate<&Watcher::OnRecord>(&crew);
-    // A listener of one entry hears of that entry only, up to its removal; one of the table hears of all entries.
-    const bool heard = Listen(ship->AddRecordListener(), records) && Listen(ship->AddArgumentListener(), arguments) &&
-                       Listen(ship->AddArrayListener(), items) &&
-                       Listen(ship->AddRecordListener("crew"), crew_records) &&
-                       Listen(ship->AddArgumentListener("speed"), ArgumentDelegate<&Watcher::OnArgument>(&speed));
-    if (heard) {
+    // A listener of an entry is notified of that entry only, until it is removed; one of the table, of all entries.
+    const bool listening = Listen(ship->AddRecordListener(), records) &&
+                           Listen(ship->AddArgumentListener(), arguments) && Listen(ship->AddArrayListener(), items) &&
+                           Listen(ship->AddRecordListener("crew"), crew_records) &&
+                           Listen(ship->AddArgumentListener("speed"), ArgumentDelegate<&Watcher::OnArgument>(&speed));
+    if (listening) {
         ChangeEntries(ship);
         ChangeArray(ship);
     }
-    // The listener of `crew` went along with the rename; that of `speed` ended with its entry.
+    // The listener of `crew` stayed with the renamed entry; that of `speed` ended with its entry.
     ship->RemoveRecordListener(ship->Find("hands") ? "hands" : "crew", &crew_records);
     ship->RemoveArrayListener(&items);
     ship->RemoveArgumentListener(&arguments);
-    Do("SetInteger hands 5, with the record listener alone left", [&] { return ship->SetInteger("hands", 5, 1); });
+    Do("SetInteger hands 5, with only the record listener left", [&] { return ship->SetInteger("hands", 5, 1); });
     ship->RemoveRecordListener(&records);
-    Do("SetInteger hands 6, with nobody left", [&] { return ship->SetInteger("hands", 6, 1); });
-    return heard;
+    Do("SetInteger hands 6, with no listener left", [&] { return ship->SetInteger("hands", 6, 1); });
+    return listening;
 }
 
-// The table of the document that is to be listened to, made where it is missing; null if something else stands there.
+// The child table of a key, made if it is missing; null if the entry has another kind.
 ITable* Child(ITable* table, const char* key) {
     if (table == nullptr) return nullptr;
     ITable* child = table->GetTable(key);
@@ -290,14 +291,14 @@ ITable* FindShip(ITable* game) {
     return ship;
 }
 
-// What documents can't say but a host can: a pointer and a handle, which are not saved; a matrix; and tables that
-// belong elsewhere, which are saved in full. They must not end before the last use of the entry.
+// Values that only a host can set: a pointer and a handle, which aren't saved; a matrix; and borrowed tables, which are
+// saved in full and must not end before the last use of the entry.
 ITable* AddHostValues(ITable* game, ITable* ship, ITable* settings) {
     static int window = 0;
     const Handle sound = 4711;
     const Float2 size{1280.0F, 720.5F};
     const Float4x4 view{{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 412.5F, 6.25F, -88.25F, 1}};
-    // Every setter answers 0 if the entry holds another kind already, so the first refusal ends the chain.
+    // A setter returns 0 if the entry has another kind already; the chain ends at the first that fails.
     ITable* host = Child(game, "host");
     const bool added = host && host->SetPtr("window", &window, 0) && host->SetHandle("sound", &sound, 0) &&
                        host->SetFloat2("size", &size, 0) && host->SetFloat4x4("view", &view, 0) &&
@@ -307,40 +308,41 @@ ITable* AddHostValues(ITable* game, ITable* ship, ITable* settings) {
 
 // ----------------------------------------------------------------------------------------------------------- comparing
 
-// Compares a table with what came back of it, entry by entry, and prints each difference with the way to it.
+// Compares a table with the one that was loaded again, entry by entry, and prints each difference with the path to it.
 struct Comparison {
     int same = 0;
     int not_saved = 0;
     int different = 0;
 
-    void CompareTables(ITable* saved, ITable* loaded, const std::string& way) {
-        ForEach(saved,
-                [&](IIterator* entry) { CompareEntries(entry, loaded->Find(entry->GetKey()), way + entry->GetKey()); });
-        // What came back must not hold more than what went out either.
+    void CompareTables(ITable* saved, ITable* loaded, const std::string& path) {
+        ForEach(saved, [&](IIterator* entry) {
+            CompareEntries(entry, loaded->Find(entry->GetKey()), path + entry->GetKey());
+        });
+        // The loaded table must not have more entries than the saved one either.
         ForEach(loaded, [&](IIterator* entry) {
             if (!saved->Find(entry->GetKey()))
-                Differ(way + entry->GetKey(), "was never there, came back as " + Text(entry));
+                Differ(path + entry->GetKey(), "was never there, came back as " + Text(entry));
         });
     }
 
-    void CompareEntries(IIterator* saved, IIterator* loaded, const std::string& way) {
+    void CompareEntries(IIterator* saved, IIterator* loaded, const std::string& path) {
         const std::uint32_t kind = SavedKind(saved);
         if (kind == Tessarin::VALUE_EMPTY) {
             ++not_saved;
-            if (loaded) Differ(way, "is not to be saved, but came back");
+            if (loaded) Differ(path, "is not to be saved, but came back");
         } else if (!loaded) {
-            Differ(way, "was lost");
+            Differ(path, "was lost");
         } else if (kind != loaded->GetType()) {
-            Differ(way, std::string("was ") + KindName(kind) + ", came back as " + KindName(loaded->GetType()));
+            Differ(path, std::string("was ") + KindName(kind) + ", came back as " + KindName(loaded->GetType()));
         } else if (!SameValue(saved, loaded)) {
-            Differ(way, "was " + Text(saved) + ", came back as " + Text(loaded));
+            Differ(path, "was " + Text(saved) + ", came back as " + Text(loaded));
         } else {
             ++same;
-            if (HoldsTable(kind)) CompareTables(saved->GetTable(), loaded->GetTable(), way + '.');
+            if (HoldsTable(kind)) CompareTables(saved->GetTable(), loaded->GetTable(), path + '.');
         }
     }
 
-    // The kind that a saved entry comes back with; VALUE_EMPTY if it isn't saved.
+    // The kind that an entry has after it was saved and loaded; VALUE_EMPTY if it isn't saved.
     static std::uint32_t SavedKind(IIterator* entry) {
         const std::uint32_t kind = entry->GetType();
         if (HoldsTable(kind)) return Tessarin::VALUE_TABLE;
@@ -348,21 +350,21 @@ struct Comparison {
         return is_saved ? kind : static_cast<std::uint32_t>(Tessarin::VALUE_EMPTY);
     }
 
-    // Tables are entered by the caller. Texts are interned: the same text is the same address.
+    // The caller compares the content of tables. Texts are interned: the same text is the same address.
     static bool SameValue(IIterator* saved, IIterator* loaded) {
         if (HoldsTable(loaded->GetType())) return saved->GetTable() && loaded->GetTable();
         if (loaded->GetType() == Tessarin::VALUE_INTEGER) return saved->GetInteger() == loaded->GetInteger();
         return saved->GetString() == loaded->GetString() && Floats(saved) == Floats(loaded);
     }
 
-    void Differ(const std::string& way, const std::string& how) {
+    void Differ(const std::string& path, const std::string& how) {
         ++different;
-        std::printf("  %s: %s\n", way.c_str(), how.c_str());
+        std::printf("  %s: %s\n", path.c_str(), how.c_str());
     }
 };
 
-// Saves, loads and compares. The root of every saved document opens with a marker, which comes back as an entry like
-// any other; a host that doesn't want it drops it.
+// Saves, loads and compares. The root of every saved document begins with a marker, which is loaded as an entry like
+// any other; a host that doesn't want it removes it.
 int RoundTrip(ITable* table, const std::string& path) {
     if (!Save(table, path)) return 2;
     const Document loaded = Open(OpenTableFile, path);
@@ -376,9 +378,9 @@ int RoundTrip(ITable* table, const std::string& path) {
     return comparison.different == 0 ? 0 : 1;
 }
 
-// The changes go into the save: what is compared afterwards is the changed table.
+// The changes are saved too: the table that is compared afterwards is the changed one.
 bool ShowChanges(ITable* game, ITable* settings) {
-    std::printf("\n== What the listeners of fleet.heron hear\n\n");
+    std::printf("\n== Notifications of fleet.heron\n\n");
     ITable* ship = FindShip(game);
     if (!ship || !ShowListeners(ship)) return false;
     std::printf("\n== What the host adds\n\n");
@@ -387,7 +389,7 @@ bool ShowChanges(ITable* game, ITable* settings) {
     return host != nullptr;
 }
 
-// Both documents are tried, whatever becomes of the first.
+// Saves both documents, even if the first one fails.
 int ShowRoundTrips(ITable* game, ITable* settings, const std::string& folder) {
     std::printf("\n== Saved, and loaded again\n\n");
     const int game_status = RoundTrip(game, folder + "/game.json");
@@ -398,7 +400,7 @@ int ShowRoundTrips(ITable* game, ITable* settings, const std::string& folder) {
     return status;
 }
 
-// The game borrows the settings when both end; closing a table follows nothing that it borrows.
+// The game still borrows the settings when both are closed; closing a table doesn't touch borrowed tables.
 int Run(const char* game_path, const char* settings_path, const std::string& folder) {
     const Document game = Open(OpenTableReadableFile, game_path);
     const Document settings = Open(OpenTableFile, settings_path);
@@ -407,7 +409,7 @@ int Run(const char* game_path, const char* settings_path, const std::string& fol
     std::printf("\n");
     PrintDocument(settings_path, settings.get());
     if (!ShowChanges(game.get(), settings.get())) {
-        std::fprintf(stderr, "%s: something else stands where the ship or the host's values go\n", game_path);
+        std::fprintf(stderr, "%s: an entry of another kind is where the ship or the host's values go\n", game_path);
         return 2;
     }
     return ShowRoundTrips(game.get(), settings.get(), folder);

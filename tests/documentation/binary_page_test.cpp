@@ -1,5 +1,5 @@
-// The page of the binary form shows a text and the bytes that it compiles to, with what each of them is. Both are taken
-// from the page.
+// The page of the binary form shows a text and the bytes that it compiles to, with the meaning of each. The test reads
+// both from the page, compiles the text and compares the bytes.
 
 #include "tests/support/temporary_folder.h"
 
@@ -14,8 +14,8 @@
 
 namespace {
 
-// The lines of the next fenced block.
-std::string TakeBlock(std::istream& page) {
+/// The lines of the next fenced block.
+std::string ReadBlock(std::istream& page) {
     std::string block;
     std::string line;
     while (std::getline(page, line) && line.substr(0, 3) != "```") {
@@ -24,7 +24,7 @@ std::string TakeBlock(std::istream& page) {
     return block;
 }
 
-// The bytes of a dump: each line has its offset, bytes in hexadecimal, and behind a bar what they are.
+/// The bytes of a dump: each line has its offset, bytes in hexadecimal, and after a bar their meaning.
 std::string BytesOf(const std::string& dump) {
     std::string bytes;
     std::istringstream lines(dump);
@@ -38,13 +38,13 @@ std::string BytesOf(const std::string& dump) {
     return bytes;
 }
 
-TEST(BinaryPage, HasTheBytesThatAreWritten) {
+TEST(BinaryPage, ShowsTheBytesThatSaveAsWrites) {
     const TestSupport::TemporaryFolder folder;
     std::ifstream page(BINARY_PAGE);
     for (std::string line; std::getline(page, line) && line != "## An example";) {
     }
-    std::ofstream(folder.Path("page.txt")) << TakeBlock(page);
-    const std::string bytes = BytesOf(TakeBlock(page));
+    std::ofstream(folder.Path("page.txt")) << ReadBlock(page);
+    const std::string bytes = BytesOf(ReadBlock(page));
     Configure::IFile* file = CreateRLFile(nullptr);
     ASSERT_NE(file->Load(folder.Path("page.txt").c_str(), Configure::ACCESS_READ, Configure::FORMAT_TEXT), nullptr);
     ASSERT_TRUE(file->SaveAs(folder.Path("page.bin").c_str(), Configure::FORMAT_BINARY));

@@ -1,5 +1,5 @@
 #!/bin/sh
-# A program prints what a file holds: check_output.sh PROGRAM EXPECTED FOLDER
+# Fails unless a program prints the content of a file.  check_output.sh PROGRAM EXPECTED FOLDER
 set -eu
 rm -rf "$3"
 mkdir -p "$3"
