@@ -50,20 +50,20 @@ std::string Row(std::int32_t integer, float real, cstr text, bool truth, IArray*
 }
 
 template <class Key>
-std::string Answers(ITable& table, Key key) {
+std::string Results(ITable& table, Key key) {
     return Row(table.GetInteger(key, 42), table.GetFloat(key, 4.5F), table.GetString(key), table.GetBool(key),
                table.GetArray(key), table.GetTable(key)) +
            ' ' + Shown(table.GetInterval(key));
 }
 
 template <class... Arguments>
-std::string FormatAnswers(ITable& table, const char* format, Arguments... arguments) {
+std::string FormatResults(ITable& table, const char* format, Arguments... arguments) {
     return Row(table.GetIntegerFormat(42, format, arguments...), table.GetFloatFormat(4.5F, format, arguments...),
                table.GetStringFormat(format, arguments...), table.GetBoolFormat(format, arguments...),
                table.GetArrayFormat(format, arguments...), table.GetTableFormat(format, arguments...));
 }
 
-std::string Answers(IIterator& unit) {
+std::string Results(IIterator& unit) {
     EXPECT_EQ(unit.IsInteger(), unit.IsString());
     EXPECT_EQ(unit.IsFloat(), unit.IsString());
     EXPECT_EQ(unit.IsBool(), unit.IsString());
@@ -74,7 +74,7 @@ std::string Answers(IIterator& unit) {
            ' ' + Shown(unit.GetInterval()) + (unit.IsInterval() ? " interval" : "");
 }
 
-std::string Answers(IArray& array, std::uint32_t position) {
+std::string Results(IArray& array, std::uint32_t position) {
     return Row(array.GetInteger(position, 42), array.GetFloat(position, 4.5F), array.GetString(position),
                array.GetBool(position), array.GetArray(position), array.GetTable(position));
 }
@@ -138,20 +138,20 @@ TEST_P(Families, EveryGetterReadsEveryKindOfKey) {
     for (std::uint32_t i = 0; i < std::size(kCases); ++i) {
         const Case& expected = kCases[i];
         const std::string digits = std::to_string(i);
-        EXPECT_EQ(Answers(*table, digits.c_str()), expected.getters) << expected.own;
-        EXPECT_EQ(Answers(*table, i), expected.getters) << expected.own;
-        const std::string composite = FormatAnswers(*table, "i", i);
+        EXPECT_EQ(Results(*table, digits.c_str()), expected.getters) << expected.own;
+        EXPECT_EQ(Results(*table, i), expected.getters) << expected.own;
+        const std::string composite = FormatResults(*table, "i", i);
         EXPECT_EQ(composite, expected.getters.substr(0, expected.getters.rfind(' '))) << expected.own;
-        EXPECT_EQ(FormatAnswers(*table, "s", digits.c_str()), composite) << expected.own;
+        EXPECT_EQ(FormatResults(*table, "s", digits.c_str()), composite) << expected.own;
         IIterator* unit = table->Find(digits.c_str());
-        EXPECT_EQ(unit == nullptr ? "" : Answers(*unit), expected.unit);
+        EXPECT_EQ(unit == nullptr ? "" : Results(*unit), expected.unit);
         EXPECT_EQ(table->Find(i), unit);
         EXPECT_EQ(table->FindPath(digits.c_str()), unit);
         EXPECT_EQ(table->FindFormat("i", i), table->Find(Composite(digits + ':').c_str()));
     }
 }
 
-TEST_P(Families, ArraysAnswerByPosition) {
+TEST_P(Families, ArraysAreReadByPosition) {
     std::string text = "a = { ";
     std::vector<std::string_view> expected;
     for (const Case& value : kCases) {
@@ -166,12 +166,12 @@ TEST_P(Families, ArraysAnswerByPosition) {
     std::uint32_t i = 0;
     for (auto* unit = array->Begin(); unit != array->End(); unit = array->Next(unit), ++i) {
         EXPECT_EQ(array->At(i), unit);
-        EXPECT_EQ(Answers(*array, i), expected[i]);
+        EXPECT_EQ(Results(*array, i), expected[i]);
     }
     const auto count = static_cast<std::uint32_t>(expected.size());
     for (std::uint32_t beyond : {count, count + 1, UINT32_MAX}) {
         EXPECT_EQ(array->At(beyond), nullptr);
-        EXPECT_EQ(Answers(*array, beyond), "42 4.5 null false - -");
+        EXPECT_EQ(Results(*array, beyond), "42 4.5 null false - -");
     }
 }
 
@@ -183,11 +183,11 @@ TEST_P(Families, TextKeysAreFoundInAnyCaseAndWhole) {
         EXPECT_NE(root.Find(key), nullptr) << key;
     for (const char* key : {"spee", "speeds", "07", "7:", "a/b", "a\\\\b", "\xE9\xE9z", "a", "", " speed"}) {
         EXPECT_EQ(root.Find(key), nullptr) << key;
-        EXPECT_EQ(Answers(root, key), kNothing) << key;
+        EXPECT_EQ(Results(root, key), kNothing) << key;
     }
     const char* const null = nullptr;
     EXPECT_EQ(root.Find(null), nullptr);
-    EXPECT_EQ(Answers(root, null), kNothing);
+    EXPECT_EQ(Results(root, null), kNothing);
     EXPECT_STREQ(root.GetString(4294967295U), "big");
     EXPECT_EQ(root.Find(70U), nullptr);
     for (const char* path : {"A//b", "a/\\/B", "a\\b"}) EXPECT_EQ(root.FindPath(path), root.Find("a\\b")) << path;
@@ -226,11 +226,11 @@ TEST_P(Families, CompositeKeysAreBuiltOfPieces) {
     const char* const null = nullptr;
     for (const char* format : {"x", "ix", "I", "i ", "%d"}) {
         EXPECT_EQ(root.FindFormat(format, -1), nullptr) << format;
-        EXPECT_EQ(FormatAnswers(root, format, -1), kNothing.substr(0, kNothing.rfind(' '))) << format;
+        EXPECT_EQ(FormatResults(root, format, -1), kNothing.substr(0, kNothing.rfind(' '))) << format;
     }
     for (const char* format : {"s", "p"}) EXPECT_EQ(root.FindFormat(format, null), nullptr);
     EXPECT_EQ(root.FindFormat(null), nullptr);
-    EXPECT_EQ(FormatAnswers(root, null), kNothing.substr(0, kNothing.rfind(' ')));
+    EXPECT_EQ(FormatResults(root, null), kNothing.substr(0, kNothing.rfind(' ')));
     // An empty format spells the empty key, which no text can look up.
     EXPECT_STREQ(root.GetStringFormat(""), "empty");
     EXPECT_EQ(root.Find(""), nullptr);
@@ -283,7 +283,7 @@ TEST_P(Families, EntriesComeInTheOrderOfTheFamily) {
     EXPECT_EQ(loaded.root->GetName(), nullptr);
     ITable* empty = loaded.root->GetTable("aa");
     EXPECT_EQ(empty->Begin(), empty->End());
-    EXPECT_EQ(Answers(*empty, "a"), kNothing);
+    EXPECT_EQ(Results(*empty, "a"), kNothing);
 }
 
 TEST(Accessors, BothEntriesOfOneKeyCount) {
@@ -318,8 +318,8 @@ TEST_P(Families, AnEntryWithoutAValueReadsAsZero) {
     ASSERT_NE(unit, nullptr);
     // The binary form can't express a null text.
     const bool empty = GetParam() == Family::kBinary;
-    EXPECT_EQ(Answers(*unit), empty ? "0 0 '' true - - 0..0/0" : "0 0 null false - - 0..0/0");
-    EXPECT_EQ(Answers(*loaded.root->GetTable("t"), "v"), Answers(*unit));
+    EXPECT_EQ(Results(*unit), empty ? "0 0 '' true - - 0..0/0" : "0 0 null false - - 0..0/0");
+    EXPECT_EQ(Results(*loaded.root->GetTable("t"), "v"), Results(*unit));
 }
 
 TEST(Accessors, OnlyAnEditedTreeChanges) {
