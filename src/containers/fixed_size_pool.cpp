@@ -1,14 +1,14 @@
 // Fixed-size pools. Blocks lie back to back in chunks, without a header and without rounding: a block is aligned as far
 // as its size is.
 //
-//     chunks       [ chunk 0 | chunk 1 | ... ]       each [ block | block | ... ] of blocks_per_chunk * block_size
-//     bytes free_list    [ block, block, ..., block ]      a stack of addresses; the next block to allocate is on top
+//     chunks       [ chunk 0, chunk 1, ... ]      each chunk is [ block | block | ... ], blocks_per_chunk of them
+//     free_list    [ block, block, ..., block ]   a stack of addresses; the next block to allocate is on top
 //
 // Invariants:
 //
 //  1. A chunk's size, block_size * blocks_per_chunk, fits 32 bits.
 //  2. Every chunk is in `chunks`, except that one may wait in `unlisted`. No further chunk is made while one waits, so
-//     that field is enough, and no chunk is ever leaked.
+//     one field is enough, and no chunk is ever leaked.
 
 #include "containers/fixed_size_pool.h"
 

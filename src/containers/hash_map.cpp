@@ -1,7 +1,7 @@
 // Hash maps: an array of buckets, each the head of a chain of nodes from a fixed-size pool.
 //
-//     buckets     [ chain 0 | chain 1 | ... ]     chain --> [ key | next | value ][ value's bytes ] --next--> ... -->
-//     null filters     [ 16 bits | 16 bits | ... ]     behind the buckets in one heap block
+//     buckets     [ chain 0 | chain 1 | ... ]      chain --> [ key, next, value | value's bytes ] --next--> ... null
+//     filters     [ 16 bits | 16 bits | ... ]      behind the buckets in one heap block
 //
 // Invariants:
 //

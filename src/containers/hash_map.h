@@ -77,8 +77,8 @@ private:
     /// keys below 2^32, has a multiplier of its own: it is odd, so that neighbouring upper halves get different buckets
     /// even if their number is a power of two.
     [[nodiscard]] static std::uint32_t Hash(std::uintptr_t key) {
-        auto low = static_cast<std::uint32_t>(key);
-        auto high = static_cast<std::uint32_t>(std::uint64_t{key} >> 32);
+        const auto low = static_cast<std::uint32_t>(key);
+        const auto high = static_cast<std::uint32_t>(std::uint64_t{key} >> 32);
         return (low >> 3) * 0x9E3779B1U + high * 0x85EBCA6BU;
     }
 

@@ -62,7 +62,7 @@ TEST(CommandQueue, RingWordsAfterEachOperation) {
         for (std::string step, words; steps >> step >> words;) {
             SCOPED_TRACE(step);
             if (step[0] == '+') {
-                auto size = static_cast<std::uint32_t>(std::stoul(step));
+                const auto size = static_cast<std::uint32_t>(std::stoul(step));
                 model.push_back(MakeRecord(size, static_cast<std::uint32_t>(model.size())));
                 PushRecord(queue, model.back());
             } else if (step == "-") {

@@ -106,7 +106,7 @@ struct ArrayAndVector {
     explicit ArrayAndVector(std::uint32_t element_size) : size(element_size), arr(farr_create(element_size)) {}
 
     void Step(std::mt19937& random) {
-        auto index = static_cast<std::uint32_t>(random() % (items.size() + 2));
+        const auto index = static_cast<std::uint32_t>(random() % (items.size() + 2));
         switch (random() % 14) {
         case 0:
             return Remove(index, farr_erase);

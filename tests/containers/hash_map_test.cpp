@@ -75,7 +75,7 @@ private:
     }
 
     void Double() {
-        auto old = std::move(chains_);
+        const auto old = std::move(chains_);
         chains_.assign(old.size() * 2, {});
         for (const auto& chain : old) {
             for (const std::uint32_t key : chain) Chain(key).push_front(key);
@@ -105,7 +105,7 @@ TEST(HashMap, AgreesWithAModelInContentAndOrder) {
             hm* map = i32hm_create(bucket_count, 4);
             MapModel model(bucket_count);
             for (std::uint32_t step = 0; step < 3000; ++step) {
-                auto key = static_cast<std::uint32_t>(random()) & key_mask;
+                const auto key = static_cast<std::uint32_t>(random()) & key_mask;
                 if (random() % 3 == 0) {
                     i32hm_erase_key(map, key);
                     model.Erase(key);

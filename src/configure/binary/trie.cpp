@@ -2,11 +2,11 @@
 // and a depth: the keys that begin with the `depth` bytes on the path to the node. Its children are the parts of the
 // range that agree in the next byte. Taking the ranges depth by depth yields the nodes breadth-first.
 //
-//     sorted keys          0 "a"    1 "ab"    2 "ad"    3 "c"
+//     sorted keys          0 "a"    1 "ab"   2 "ad"   3 "c"
 //
-//     depth 0, ranges    [ 0        1         2         3     )     the root; two children, by the bytes a and c
-//     depth 1, ranges    [ 0        1         2   )   [ 3     )     a, where "a" ends, with two children; c, where "c"
-//     ends depth 2, ranges             [ 1   )   [ 2   )                 b, where "ab" ends; d, where "ad" ends
+//     depth 0, ranges    [ 0        1        2        3   )     the root; its children are by the bytes a and c
+//     depth 1, ranges    [ 0        1        2   )  [ 3   )     a, where "a" ends, with two children; c, a leaf
+//     depth 2, ranges             [ 1   )  [ 2   )              b and d, where "ab" and "ad" end
 //
 //     nodes              root, a, c, b, d
 //
