@@ -23,14 +23,14 @@ bool ObjectPool::Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk) 
 }
 
 void* ObjectPool::Alloc() {
-    std::lock_guard guard(lock_);
+    const std::lock_guard guard(lock_);
     if (free_blocks_.count == 0 && (!FillChunk() || free_blocks_.count == 0)) return nullptr;
     return static_cast<void**>(free_blocks_.data)[--free_blocks_.count];
 }
 
 void ObjectPool::Free(void* block) {
     if (block == nullptr) return;
-    std::lock_guard guard(lock_);
+    const std::lock_guard guard(lock_);
     PushFree(block);
 }
 

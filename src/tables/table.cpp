@@ -108,7 +108,7 @@ Table::Outcome Table::Commit(Target target, ValueKind kind, std::uint32_t notify
         return Outcome::kRefused;
     }
     if (!target.Takes(kind) || store(*target.pair) == 0) return Outcome::kRefused;
-    bool stayed =
+    const bool stayed =
         notify == 0 || listeners_.NotifyEntry(*this, entries_, code, *target.pair) == DispatchResult::kAllThere;
     return stayed ? Outcome::kStored : Outcome::kStoredAndEnded;
 }

@@ -26,18 +26,18 @@ public:
 
     /// origin  a number that says how the table was made; not 0
     void Set(const void* table, std::uint32_t origin) {
-        std::lock_guard guard(lock_);
+        const std::lock_guard guard(lock_);
         if (map_ != nullptr) map_->Set(Key(table), &origin);
     }
 
     void Erase(const void* table) {
-        std::lock_guard guard(lock_);
+        const std::lock_guard guard(lock_);
         if (map_ != nullptr) map_->Erase(Key(table));
     }
 
     /// 0 for an address that isn't in it.
     std::uint32_t Get(const void* table) {
-        std::lock_guard guard(lock_);
+        const std::lock_guard guard(lock_);
         const void* origin = map_ == nullptr || table == nullptr ? nullptr : map_->Get(Key(table));
         return origin == nullptr ? 0 : *static_cast<const std::uint32_t*>(origin);
     }

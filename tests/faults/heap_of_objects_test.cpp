@@ -159,7 +159,7 @@ std::string EventState(Fixture& fixture) {
 }
 
 TEST(HeapFaults, Events) {
-    for (bool begun : {false, true}) {
+    for (const bool begun : {false, true}) {
         const auto prepare = [begun](Fixture& fixture) {
             fixture.exchange.reset(CreateExchangeEvent());
             for (int list = 0; list < 2; ++list) {
@@ -258,7 +258,7 @@ bool Make(Fixture&) {
 
 TEST(HeapFaults, Factories) {
     static const TemporaryFolder folder;
-    static const std::string path = folder.File("a", "");
+    const static std::string path = folder.File("a", "");
     const Group nothing = {[](Fixture&) {}, [](Fixture&) { return std::string(); }};
     Check(nothing, {{"CreateTable", Make<CreateTable>},
                     {"CreateRLFile", Make<CreateRLFile, nullptr>},

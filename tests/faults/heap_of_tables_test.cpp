@@ -129,11 +129,11 @@ TEST(HeapFaults, EverySetterOfATable) {
 }
 
 TEST(HeapFaults, EveryStepOfATablesGrowth) {
-    for (int entries : {0, 3, 4, 16, 32, 64, 128}) {
+    for (const int entries : {0, 3, 4, 16, 32, 64, 128}) {
         SCOPED_TRACE(entries);
         Check(TableOf(entries, 0), {{"integer", NewInteger}, {"matrix", NewMatrix}, {"child", NewChild}});
     }
-    for (int listeners : {0, 4, 16, 32, 64, 128}) {
+    for (const int listeners : {0, 4, 16, 32, 64, 128}) {
         SCOPED_TRACE(listeners);
         Check(TableOf(1, listeners), {{"listener", NewListener}});
     }
@@ -240,7 +240,7 @@ TEST(HeapFaults, EveryLoadOfATable) {
 
 TEST(HeapFaults, EverySaveOfATable) {
     static const TemporaryFolder folder;
-    static const std::string path = folder.Path("saved");
+    const static std::string path = folder.Path("saved");
     Group group = TableOf(20, 0);
     const auto table_alone = group.prepare;
     group.prepare = [table_alone](Fixture& fixture) {

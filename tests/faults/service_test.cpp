@@ -166,7 +166,7 @@ TEST(ServiceFaults, EveryCallInEveryWay) {
         for (int call = 0; call < calls; ++call) {
             SCOPED_TRACE(testing::Message() << operation.name << ", call " << call);
             int ways = 0;
-            for (Fault fault : kFaults) {
+            for (const Fault fault : kFaults) {
                 SCOPED_TRACE(static_cast<int>(fault));
                 ways += Strike(operation, call, fault, calls) ? 1 : 0;
             }

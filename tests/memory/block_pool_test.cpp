@@ -33,7 +33,7 @@ TEST(RawVector, DoublesFromEightAndReservesTwiceTheNeed) {
     EXPECT_EQ(vector.count, 33U) << "within the capacity nothing changes";
     EXPECT_TRUE(vector.Reserve(65));
     {
-        FailingHeap heap(0);
+        const FailingHeap heap(0);
         EXPECT_FALSE(vector.Reserve(131));
     }
     EXPECT_FALSE(vector.Reserve(UINT32_MAX)) << "twice that is no 32-bit number";
@@ -46,7 +46,7 @@ TEST(RawVector, DoublesFromEightAndReservesTwiceTheNeed) {
 TEST(ObjectPool, HandsOutDownwardsAndTheLastOneBackFirst) {
     constexpr std::uint32_t kSize = 24;
     ObjectPool pool(kSize, 64);
-    FailingHeap heap;
+    const FailingHeap heap;
     auto* first = static_cast<unsigned char*>(pool.Alloc());
     auto* second = static_cast<unsigned char*>(pool.Alloc());
     EXPECT_EQ(first - second, kSize);
@@ -62,10 +62,10 @@ TEST(ObjectPool, HandsOutDownwardsAndTheLastOneBackFirst) {
 }
 
 TEST(ObjectPool, RecoversFromEveryFailure) {
-    std::size_t failures = TestSupport::FailEachAllocation([](FailingHeap& heap) {
+    const std::size_t failures = TestSupport::FailEachAllocation([](FailingHeap& heap) {
         {
             ObjectPool pool;
-            bool came_up = pool.Init(16, 4);
+            const bool came_up = pool.Init(16, 4);
             EXPECT_EQ(came_up, !heap.Failed());
             void* blocks[32] = {};
             int nulls = 0;
@@ -87,7 +87,7 @@ TEST(ObjectPool, AChunkThatIsNotRecordedIsUsedAllTheSame) {
     for (int n = 0; n < 32; ++n) pool.Alloc(); // eight chunks fill the first list of them
     void* block = nullptr;
     {
-        FailingHeap heap(1);
+        const FailingHeap heap(1);
         block = pool.Alloc();
         EXPECT_TRUE(heap.Failed());
     }
@@ -102,10 +102,10 @@ TEST(ObjectPool, LosesTheBlockThatItsStackHasNoRoomFor) {
     for (int n = 0; n < 12; ++n) blocks.insert(pool.Alloc()); // three chunks, the stack never above its first 8
     ASSERT_EQ(blocks.size(), 12U);
     for (void* block : blocks) {
-        FailingHeap heap(0); // from the ninth on there is no room
+        const FailingHeap heap(0); // from the ninth on there is no room
         pool.Free(block);
     }
-    FailingHeap heap;
+    const FailingHeap heap;
     for (int n = 0; n < 8; ++n) EXPECT_TRUE(blocks.contains(pool.Alloc()));
     EXPECT_EQ(heap.Allocations(), 0U);
     EXPECT_FALSE(blocks.contains(pool.Alloc()));
@@ -134,12 +134,12 @@ TEST(KeyPools, RoundsUpToItsClasses) {
 }
 
 TEST(TablePools, HoldOneChunkOfEveryPoolAndGiveAllBack) {
-    FailingHeap heap;
+    const FailingHeap heap;
     {
         auto state = std::make_unique<TablePools>();
         auto listeners = std::make_unique<ListenerPools>();
         for (const auto& pool : TestSupport::AllPools(*state, *listeners)) {
-            std::size_t before = heap.Allocations();
+            const std::size_t before = heap.Allocations();
             for (std::size_t n = 0; n < pool.per_chunk; ++n) EXPECT_NE(pool.take(), nullptr);
             EXPECT_EQ(heap.Allocations(), before) << pool.name << ' ' << pool.per_chunk;
             pool.take();

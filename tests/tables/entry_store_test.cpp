@@ -19,7 +19,7 @@ using namespace Tessarin;
 
 /// Keys in the order of their addresses.
 const std::vector<cstr>& Keys() {
-    static const std::vector<cstr> keys = [] {
+    const static std::vector<cstr> keys = [] {
         std::vector<cstr> made;
         for (int n = 0; n < 900; ++n) made.push_back(string_table->Intern(("key" + std::to_string(n)).c_str()));
         std::sort(made.begin(), made.end(), std::less<>());
@@ -35,7 +35,7 @@ struct Model {
 
     void Add(cstr key) {
         if (keys.size() == capacity) {
-            std::uint32_t wanted = capacity <= 128 ? capacity * 2 : capacity + 128;
+            const std::uint32_t wanted = capacity <= 128 ? capacity * 2 : capacity + 128;
             capacity = std::max(wanted, 4U);
         }
         Place(key);
@@ -89,7 +89,7 @@ protected:
     }
 
     void Rename(cstr old_key, cstr new_key) {
-        bool allowed = model.Has(old_key) && !model.Has(new_key);
+        const bool allowed = model.Has(old_key) && !model.Has(new_key);
         ASSERT_EQ(store.Rename(old_key, new_key), allowed);
         if (allowed) {
             model.Drop(old_key);
@@ -126,7 +126,7 @@ protected:
 
 TEST_F(EntryStoreModel, SortsBetweenEightAndNineAndStaysSoOnTheWayBack) {
     const int order[] = {5, 1, 8, 2, 7, 3, 6, 0, 4};
-    for (int n : order) Add(Keys()[static_cast<std::size_t>(n)]);
+    for (const int n : order) Add(Keys()[static_cast<std::size_t>(n)]);
     EXPECT_EQ(model.keys, std::vector<cstr>(Keys().begin(), Keys().begin() + 9));
     Remove(Keys()[0]);
     Remove(Keys()[3]);
@@ -168,11 +168,11 @@ TEST_F(EntryStoreModel, AgreesOverRandomSteps) {
 
 TEST_F(EntryStoreModel, ABulkLoadEndsInTheSameOrder) {
     std::mt19937 random(5);
-    for (std::size_t size : {0U, 1U, 8U, 9U, 10U, 70U, 600U}) {
+    for (const std::size_t size : {0U, 1U, 8U, 9U, 10U, 70U, 600U}) {
         std::vector<cstr> keys(Keys().begin(), Keys().begin() + static_cast<std::ptrdiff_t>(size));
         std::shuffle(keys.begin(), keys.end(), random);
         for (cstr key : keys) {
-            for (bool again : {false, true}) {
+            for (const bool again : {false, true}) {
                 bool existed = !again;
                 Pair* pair = store.FindOrAppend(key, existed);
                 ASSERT_NE(pair, nullptr);

@@ -103,7 +103,7 @@ TEST(TableLifecycle, BlocksOfOneTableAreReusedByTheNext) {
     };
     for (int entries = 2; entries < 200; entries += 60) round(entries);
     for (int n = 0; n < 300; ++n) { // more rounds than a chunk has blocks: a block lost in each would show
-        FailingHeap heap;
+        const FailingHeap heap;
         round(2 + n % 60);
         ASSERT_EQ(heap.Outstanding(), 0) << n;
     }
@@ -114,10 +114,10 @@ TEST(OutOfMemory, RequestsThatCanNotBeQueuedAreDropped) {
     TableHolder table = NewTable();
     Listener listener{"", &log};
     listener.act = [&](std::uint32_t, ITable* t, cstr) {
-        Delegate self = listener.Record();
-        FailingHeap heap(0);
+        const Delegate self = listener.Record();
+        const FailingHeap heap(0);
         EXPECT_EQ(t->AddRecordListener(), nullptr); // the set of requests
-        FailingHeap queue(1);
+        const FailingHeap queue(1);
         t->RemoveRecordListener(&self); // their queue
     };
     *table->AddRecordListener() = listener.Record();
@@ -131,7 +131,7 @@ TEST(OutOfMemory, AKeyThatCanNotBeInternedChangesNothing) {
     table->AddRecordListener();
     cstr_string(std::string(0x100000 - 9, 'f').c_str()); // fills an arena: the next text needs another
     auto without = [](auto call) {
-        FailingHeap heap(0);
+        const FailingHeap heap(0);
         return call() || !heap.Failed();
     };
     EXPECT_FALSE(without([&] { return cstr_string("unseen") != nullptr; }));

@@ -62,7 +62,7 @@ TEST_F(Listeners, AreNotifiedOfEveryChangeWithItsCodesAndKeys) {
         {[](ITable* t, std::uint32_t n) { return t->Clear(n); }, 1, "T12:- A12:- T3:- A3:- "},
     };
     for (const auto& row : cases) {
-        for (std::uint32_t notify : {1U, 0U}) {
+        for (const std::uint32_t notify : {1U, 0U}) {
             Renew();
             ListenAll();
             EXPECT_EQ(row.change(table, notify), row.result) << row.calls;
@@ -122,14 +122,14 @@ TEST_F(Listeners, OfAnEntryLastAsLongAsTheEntry) {
 
 TEST(DelegateVector, GrowsByItsClassesAndKeepsItsDelegates) {
     Listener listener{"", nullptr};
-    for (ListenerKind kind : {kRecordListener, kArgumentListener, kArrayListener}) {
+    for (const ListenerKind kind : {kRecordListener, kArgumentListener, kArrayListener}) {
         DelegateVector vector{};
         for (std::uint32_t n = 0; n < 130; ++n) {
             Delegate* slot = vector.Append(kind);
             ASSERT_NE(slot, nullptr);
             EXPECT_TRUE(slot->object == nullptr && slot->function == nullptr);
             *slot = {&listener + n, listener.Record().function};
-            std::uint32_t expected = n < 4 ? 4 : n < 16 ? 16 : n < 32 ? 32 : n < 64 ? 64 : n < 128 ? 128 : 256;
+            const std::uint32_t expected = n < 4 ? 4 : n < 16 ? 16 : n < 32 ? 32 : n < 64 ? 64 : n < 128 ? 128 : 256;
             ASSERT_EQ(vector.capacity, expected) << n;
         }
         for (std::uint32_t n = 0; n < 130; ++n) EXPECT_EQ(vector.data[n].object, &listener + n);
@@ -161,14 +161,14 @@ TEST_F(Listeners, RemovalTakesEveryEqualOneAndFillsTheGapFromTheEnd) {
         EXPECT_EQ(change(), "R10:k A10:k R1:k A1:k ");
         add(three);
         add(three);
-        Delegate gone = three.Record();
+        const Delegate gone = three.Record();
         remove(&gone);
         remove(&gone);
-        Delegate other_kind = two.Argument();
+        const Delegate other_kind = two.Argument();
         remove(&other_kind);
         table->RemoveArgumentListener(&other_kind);
         EXPECT_EQ(change(), "A10:k A1:k ");
-        Delegate last = two.Record();
+        const Delegate last = two.Record();
         table->RemoveRecordListener(key == nullptr ? "k" : "x", &last);
         table->RemoveRecordListener(static_cast<const char*>(nullptr), &last);
         EXPECT_EQ(change(), "A10:k A1:k ") << "neither the wrong list nor a missing entry";
@@ -188,7 +188,7 @@ TEST_F(Listeners, RequestsWaitForTheEndOfTheirNotification) {
         *t->AddArrayListener() = listeners[4].Array();
         *t->AddRecordListener("never there") = extra.Record();
         *t->AddArgumentListener() = extra.Argument();
-        Delegate taken_back = extra.Argument();
+        const Delegate taken_back = extra.Argument();
         t->RemoveArgumentListener(&taken_back);
         t->RemoveRecordListener(&leaver);
     };
@@ -206,22 +206,22 @@ TEST_F(Listeners, RequestsWaitForTheEndOfTheirNotification) {
 TEST_F(Listeners, AnInnerNotificationAppliesTheRequestsOfTheOuterOne) {
     for (bool on_entry : {false, true}) {
         Renew();
-        Delegate actor = listeners[0].Record();
+        const Delegate actor = listeners[0].Record();
         listeners[0].act = [&](std::uint32_t code, ITable* t, cstr key) {
             if (code != EVENT_CHANGING || key != cstr_string("k")) return;
             auto add = [&] { return on_entry ? t->AddRecordListener("k") : t->AddRecordListener(); };
             *add() = listeners[1].Record(); // waits for the inner one's end
             t->SetInteger("m", t->GetInteger("m") + 1, 1);
             for (int n = 0; n < 5; ++n) *add() = listeners[2].Record(); // at once: the vector moves during the dispatch
-            Delegate self = listeners[0].Record();
+            const Delegate self = listeners[0].Record();
             on_entry ? t->RemoveRecordListener("k", &self) : t->RemoveRecordListener(&self);
         };
         *(on_entry ? table->AddRecordListener("k") : table->AddRecordListener()) = actor;
         table->SetInteger("k", table->GetInteger("k") + 1, 1);
         // The actor's gap is filled by the last R, and its place has been passed: one A, four R.
-        std::string rest = "A10:k R10:k R10:k R10:k R10:k ";
-        std::string after = "R1:k A1:k R1:k R1:k R1:k R1:k ";
-        std::string inner = on_entry ? "" : "T10:m T1:m A1:m ";
+        const std::string rest = "A10:k R10:k R10:k R10:k R10:k ";
+        const std::string after = "R1:k A1:k R1:k R1:k R1:k R1:k ";
+        const std::string inner = on_entry ? "" : "T10:m T1:m A1:m ";
         EXPECT_EQ(TakeLog(log), "T10:k " + inner + rest + after) << on_entry;
     }
 }
@@ -240,7 +240,7 @@ void Strike(Blow blow, TableHolder& table, cstr key) {
 
 std::uint32_t HandOver(ITable* table) {
     ITable* child = CreateTable();
-    std::uint32_t taken = table->SetTable("n", child, 1);
+    const std::uint32_t taken = table->SetTable("n", child, 1);
     if (taken != 0) return taken;
     EXPECT_EQ(ValidateTable(child), 1U) << "refused, it is still the host's";
     CloseTable(child);
@@ -290,7 +290,7 @@ TEST_F(Listeners, EndingTheEntryOrTheTableIsSafe) {
                 EXPECT_EQ(result, late ? operation.result_after : operation.result_before);
                 EXPECT_EQ(TakeLog(log).find_first_of("RE"), std::string::npos) << "the entry's others aren't called";
                 if (holder == nullptr) continue;
-                bool cleared_again = operation.before == EVENT_CLEARING && !late;
+                const bool cleared_again = operation.before == EVENT_CLEARING && !late;
                 EXPECT_EQ(table->GetInteger("other"), cleared_again ? 0 : 77);
                 EXPECT_TRUE(static_cast<Table*>(table)->Entries().IsValid());
                 EXPECT_EQ(table->SetInteger("next", 1, 1), 1U);
@@ -310,9 +310,9 @@ TEST_F(Listeners, AListenersOwnChangeOfTheEntryHolds) {
     *table->AddArgumentListener() = listeners[1].Argument();
     ITable* handed = CreateTable();
     for (const char* key : {"n", "o", "p"}) {
-        bool taken = *key == 'n'   ? table->SetInteger(key, 3, 1) != 0
-                     : *key == 'o' ? table->Set(key, 1) != nullptr
-                                   : table->SetTable(key, handed, 1) != 0;
+        const bool taken = *key == 'n'   ? table->SetInteger(key, 3, 1) != 0
+                           : *key == 'o' ? table->Set(key, 1) != nullptr
+                                         : table->SetTable(key, handed, 1) != 0;
         EXPECT_FALSE(taken) << "the kind that the entry has got meanwhile stays";
         EXPECT_EQ(table->GetTable(key), child);
         EXPECT_EQ(ValidateTable(child), 2U);
@@ -368,7 +368,7 @@ TEST_F(Listeners, EndingTheArrayPartOrItsTableIsSafe) {
             };
             *table->AddArrayListener() = extra.Array();
             int item = 1;
-            std::uint32_t after = row.code % 9;
+            const std::uint32_t after = row.code % 9;
             const bool result = after == EVENT_ARRAY_CREATED ? table->CreateArray(4) != 0
                                 : after == EVENT_ITEM_SET    ? table->SetArrayItem(1, &item, 1) != nullptr
                                                              : table->DestroyArray() != 0;

@@ -54,7 +54,7 @@ U32 StoreText(ITable* table, int variant, U32 notify) {
 
 U32 HandOver(ITable* table, int, U32 notify) {
     ITable* child = CreateTable();
-    U32 taken = table->SetTable("k", child, notify);
+    const U32 taken = table->SetTable("k", child, notify);
     if (taken == 0) CloseTable(child);
     return taken;
 }
@@ -114,11 +114,11 @@ TEST(TableKinds, EverySetterOverEveryKind) {
             watched.Listen();
             ASSERT_EQ(first.set(table, 0, 1), 1U);
             EXPECT_EQ(TakeLog(watched.log), "9:k 0:k ");
-            U32 kind = table->Find("k")->GetType();
+            const U32 kind = table->Find("k")->GetType();
             EXPECT_EQ(kind, first.kind == kNeverAgain ? U32{VALUE_TABLE} : first.kind);
             auto words = Words(table);
 
-            bool accepts = first.kind == second.kind && first.kind != kNeverAgain;
+            const bool accepts = first.kind == second.kind && first.kind != kNeverAgain;
             EXPECT_EQ(second.set(table, 1, 1), accepts ? 1U : 0U);
             EXPECT_EQ(TakeLog(watched.log), accepts ? "10:k 1:k " : "");
             EXPECT_EQ(table->Find("k")->GetType(), kind);
@@ -155,7 +155,7 @@ bool ComponentChanges(U32 (ITable::*set)(const char*, const T*, U32), std::size_
     std::memcpy(reinterpret_cast<unsigned char*>(&value) + i * sizeof wanted, &wanted, sizeof wanted);
     EXPECT_EQ((table->*set)("k", &value, 1), 1U);
     auto words = Words(table);
-    bool stored = std::memcmp(words.data(), &value, sizeof value) == 0;
+    const bool stored = std::memcmp(words.data(), &value, sizeof value) == 0;
     EXPECT_EQ(stored, TakeLog(watched.log) == "10:k 1:k ") << "stored and notified go together";
     return stored;
 }
@@ -167,8 +167,8 @@ TEST(TableSameness, VectorsWithinAStrictAbsoluteBound) {
         bool change;
     } cases[] = {{1e-8F, false}, {std::nextafter(bound, 0.0F), false}, {bound, true}, {1e-6F, true}, {kNaN, true}};
     for (const auto& row : cases) {
-        for (float sign : {1.0F, -1.0F}) {
-            float wanted = sign * row.difference;
+        for (const float sign : {1.0F, -1.0F}) {
+            const float wanted = sign * row.difference;
             for (std::size_t i = 0; i < 4; ++i) {
                 SCOPED_TRACE(std::to_string(wanted) + " in component " + std::to_string(i));
                 EXPECT_TRUE(i >= 2 || ComponentChanges<Float2>(&ITable::SetFloat2, i, wanted) == row.change);
@@ -217,7 +217,7 @@ TEST(TableGetters, ReadTheWordWhateverTheKind) {
         TableHolder table = NewTable();
         setter.set(table.get(), 0, 0);
         IIterator* pair = table->Find("k");
-        U32 kind = pair->GetType();
+        const U32 kind = pair->GetType();
         auto words = Words(table.get());
         std::int32_t word = 0;
         std::memcpy(&word, words.data(), sizeof word);
@@ -232,7 +232,7 @@ TEST(TableGetters, ReadTheWordWhateverTheKind) {
         EXPECT_EQ(pair->GetInteger(), word);
         EXPECT_EQ(pair->GetHandle(), static_cast<Handle>(word));
 
-        bool table_kind = kind >= VALUE_TABLE && kind <= VALUE_REFERENCE_TABLE;
+        const bool table_kind = kind >= VALUE_TABLE && kind <= VALUE_REFERENCE_TABLE;
         EXPECT_EQ(table->GetTable("k") != nullptr, table_kind);
         EXPECT_EQ(table->FindTable("k"), table->GetTable("k"));
         EXPECT_EQ(pair->GetTable(), table->GetTable("k"));
@@ -418,7 +418,7 @@ TEST(FlatFunctions, ANullTableReturnsNothingAndInternsNothing) {
     EXPECT_EQ(GetTable(nullptr, key), nullptr);
     EXPECT_EQ(GetPtr(nullptr, key), nullptr);
     EXPECT_EQ(GetFloat2(nullptr, key).y + GetFloat3(nullptr, key).z + GetFloat4(nullptr, key).w, 0.0F);
-    for (float component : GetFloat4x4(nullptr, key).m) EXPECT_EQ(component, 0.0F);
+    for (const float component : GetFloat4x4(nullptr, key).m) EXPECT_EQ(component, 0.0F);
     EXPECT_EQ(GetHandle(nullptr, key) + GetCount(nullptr) + GetElementCount(nullptr), 0U);
     EXPECT_EQ(Set(nullptr, key), nullptr);
     EXPECT_EQ(SetInteger(nullptr, key, 1) + SetReal(nullptr, key, 1) + SetString(nullptr, key, key), 0U);

@@ -26,9 +26,9 @@ TEST(Threads, OneTextIsOneAddressOnEveryThread) {
         for (std::size_t i = 0; i < kTexts; ++i) {
             // Half of the threads go backwards, so that two meet in the middle, and all forms of a text are interned at
             // once.
-            std::size_t which = thread % 2 == 0 ? i : kTexts - 1 - i;
-            std::string text = "race/" + std::to_string(which);
-            std::string path_form = "race\\" + std::to_string(which);
+            const std::size_t which = thread % 2 == 0 ? i : kTexts - 1 - i;
+            const std::string text = "race/" + std::to_string(which);
+            const std::string path_form = "race\\" + std::to_string(which);
             shared[n][which] =
                 thread < 2 ? cstr_path(("RACE/" + std::to_string(which)).c_str()) : cstr_tolower(path_form.c_str());
             own[n].push_back(cstr_string((text + ' ' + std::to_string(thread)).c_str()));
