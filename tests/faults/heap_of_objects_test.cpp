@@ -258,7 +258,7 @@ bool Make(Fixture&) {
 
 TEST(HeapFaults, Factories) {
     static const TemporaryFolder folder;
-    const static std::string path = folder.File("a", "");
+    static const std::string path = folder.File("a", "");
     const Group nothing = {[](Fixture&) {}, [](Fixture&) { return std::string(); }};
     Check(nothing, {{"CreateTable", Make<CreateTable>},
                     {"CreateRLFile", Make<CreateRLFile, nullptr>},

@@ -240,7 +240,7 @@ TEST(HeapFaults, EveryLoadOfATable) {
 
 TEST(HeapFaults, EverySaveOfATable) {
     static const TemporaryFolder folder;
-    const static std::string path = folder.Path("saved");
+    static const std::string path = folder.Path("saved");
     Group group = TableOf(20, 0);
     const auto table_alone = group.prepare;
     group.prepare = [table_alone](Fixture& fixture) {

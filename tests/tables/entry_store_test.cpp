@@ -19,7 +19,7 @@ using namespace Tessarin;
 
 /// Keys in the order of their addresses.
 const std::vector<cstr>& Keys() {
-    const static std::vector<cstr> keys = [] {
+    static const std::vector<cstr> keys = [] {
         std::vector<cstr> made;
         for (int n = 0; n < 900; ++n) made.push_back(string_table->Intern(("key" + std::to_string(n)).c_str()));
         std::sort(made.begin(), made.end(), std::less<>());
