@@ -2,8 +2,8 @@
 // there is no recursion, but one chain of entries to destroy. The entries of a child table are put in front of what is
 // left of the chain, by the links that they have already:
 //
-//    chain:  a -> child -> b             a is destroyed; the child's table is dismantled into its entries x and y
-//    chain:  x -> y -> b
+//    chain:  a -> b -> c          next to be destroyed is a, whose child table has the entries x and y
+//    chain:  x -> y -> b -> c     a and its table are gone
 
 #include "tables/table_factory.h"
 
