@@ -46,23 +46,23 @@ std::uint32_t EntryStore::IndexOf(const Pair* pair) const {
     return static_cast<std::uint32_t>(std::find(entries_, entries_ + count_, pair) - entries_);
 }
 
-Pair* EntryStore::FindOrAdd(cstr key, bool& existed) {
+/// The entry of a key; a new one if there is none, for which the array has room but in which it isn't yet.
+Pair* EntryStore::FindOrMake(cstr key, bool& existed) {
     if (key == nullptr) return nullptr;
     Pair* pair = Find(key);
     existed = pair != nullptr;
-    if (existed) return pair;
-    pair = NewPair(key);
-    if (pair != nullptr) PutInPlace(pair);
+    return existed ? pair : NewPair(key);
+}
+
+Pair* EntryStore::FindOrAdd(cstr key, bool& existed) {
+    Pair* pair = FindOrMake(key, existed);
+    if (pair != nullptr && !existed) PutInPlace(pair);
     return pair;
 }
 
 Pair* EntryStore::FindOrAppend(cstr key, bool& existed) {
-    if (key == nullptr) return nullptr;
-    Pair* pair = Find(key);
-    existed = pair != nullptr;
-    if (existed) return pair;
-    pair = NewPair(key);
-    if (pair == nullptr) return nullptr;
+    Pair* pair = FindOrMake(key, existed);
+    if (pair == nullptr || existed) return pair;
     Append(pair);
     if (count_ == kLargestUnsorted + 1) {
         RebuildIndex();

@@ -61,6 +61,7 @@ private:
     [[nodiscard]] Pair* FindUnsorted(cstr key) const;
     [[nodiscard]] std::uint32_t PlaceOf(cstr key) const;
     [[nodiscard]] std::uint32_t IndexOf(const Pair* pair) const;
+    Pair* FindOrMake(cstr key, bool& existed);
     Pair* NewPair(cstr key);
     void Append(Pair* pair);
     void PutInPlace(Pair* pair);
