@@ -46,9 +46,10 @@ struct EntryArray {
         return wanted > kLargestPooled ? wanted : std::bit_ceil(std::max(wanted, kSmallestCapacity));
     }
 
-    /// The capacity to grow to: 4, 8, 16, 32, 64, 128, 256, and on in steps of 128.
-    static constexpr std::uint32_t NextCapacity(std::uint32_t capacity) {
-        return CapacityFor(capacity <= 128 ? capacity * 2 : capacity + 128);
+    /// How many entries to want when an array is full, for capacities of 4, 8, 16, 32, 64, 128, 256, and on in steps of
+    /// 128.
+    static constexpr std::uint32_t NextWanted(std::uint32_t capacity) {
+        return capacity <= 128 ? capacity * 2 : capacity + 128;
     }
 
     /// Entries that the storage has room for.

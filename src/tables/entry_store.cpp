@@ -128,7 +128,7 @@ void EntryStore::RebuildIndex() {
 
 /// The array moves unless its storage has room for the next capacity, as it may above the size classes.
 bool EntryStore::Grow() {
-    const std::uint32_t wanted = EntryArray::NextCapacity(capacity_);
+    const std::uint32_t wanted = EntryArray::NextWanted(capacity_);
     if (capacity_ > EntryArray::kLargestPooled && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
         capacity_ = wanted;
         return true;
