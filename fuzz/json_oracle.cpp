@@ -1,3 +1,6 @@
+// The rules of the form, member by member, over RapidJSON's own documents. Its objects keep members that share a key,
+// so the first of each is looked up in a map here.
+
 #include "fuzz/json_oracle.h"
 
 #include "fuzz/check.h"
@@ -61,11 +64,11 @@ Value TreeOfObject(const Json& object) {
     std::map<std::string, Value> stored;
     std::map<std::string, const Json*> firsts;
     for (const auto& member : object.GetObject()) {
-        std::string key = TextOf(member.name);
+        const std::string key = TextOf(member.name);
         if (key.empty()) continue;
         const Json* first = firsts.try_emplace(key, &member.value).first->second;
         std::optional<Value> value = Stored(member.value, *first);
-        auto there = stored.find(key);
+        const auto there = stored.find(key);
         if (!value || (there != stored.end() && there->second.kind != value->kind)) continue;
         stored[key] = std::move(*value);
     }
@@ -80,7 +83,7 @@ bool IsKept(const Entry& entry) {
     return !entry.key.empty() && kind != VALUE_EMPTY && kind != VALUE_PTR && kind != VALUE_HANDLE;
 }
 
-/// What isn't kept goes; what the form has no text for is null.
+/// Removes what isn't kept; what the form has no text for becomes null.
 void KeepWhatIsSaved(Value& tree) {
     tree.entries.erase(std::remove_if(tree.entries.begin(), tree.entries.end(), std::not_fn(IsKept)),
                        tree.entries.end());
@@ -93,7 +96,7 @@ void KeepWhatIsSaved(Value& tree) {
     }
 }
 
-/// The marker comes first; an entry of its key takes its place only with a string.
+/// The marker comes first; an entry of its key replaces it only with a string.
 Value AsSaved(Value tree) {
     KeepWhatIsSaved(tree);
     if (Value* there = tree.Find(kMarkerKey)) {
@@ -116,7 +119,7 @@ Value TreeOfStandardJson(const std::string& text) {
 
 Value TreeOfRawJson(std::string_view text) {
     std::string standard;
-    for (char byte : text) standard.append(byte == '\\' ? 2 : 1, byte);
+    for (const char byte : text) standard.append(byte == '\\' ? 2 : 1, byte);
     return TreeOfStandardJson(standard);
 }
 

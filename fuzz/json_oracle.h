@@ -1,5 +1,5 @@
-/// What a JSON text says, as RapidJSON's own documents read it: the standard's strings, no table, one call for each
-/// value. It shares with the library no more than the grammar.
+// What a JSON text says, as RapidJSON's own documents read it: the standard's strings, no table, one call for each
+// value. It shares nothing but the grammar with the library.
 
 #ifndef TESSARIN_FUZZ_JSON_ORACLE_H
 #define TESSARIN_FUZZ_JSON_ORACLE_H
@@ -15,11 +15,11 @@ namespace Fuzz {
 /// root is no object, is an empty table. A NUL ends the text.
 Value TreeOfStandardJson(const std::string& text);
 
-/// The same with strings that are read raw: every backslash stands for itself.
+/// The same with raw strings: a backslash is a byte like any other.
 Value TreeOfRawJson(std::string_view text);
 
-/// A table's save, seen from outside: it is a standard text that says what the table holds, and what loads from it is
-/// what the form makes of it.
+/// Saves a table and requires that this is a standard text that says what the table holds, and that it loads as the
+/// form says.
 void CheckSave(Tessarin::ITable& table);
 
 } // namespace Fuzz

@@ -1,9 +1,9 @@
-// Any bytes as a readable text. What loads is what a plain reading of the text comes to, byte after byte by the form's
-// rules with the C library's numbers; written down as a text of that form again it loads as the same tree; and its JSON
-// is standard and says the same.
+// Any bytes as a readable text. The table must hold what a plain reader finds in the text, byte by byte by the form's
+// rules, with the C library's numbers. Written as a text of that form again, it must load as the same tree; and its
+// JSON must be standard and say the same.
 //
-// A text of our own making says each value in the one way that keeps it: reals with all their digits, strings in
-// quotes, unless they hold one, which only a bare text can.
+// The text that is written here has each value in the one notation that keeps it: reals with all their digits, strings
+// in quotes, unless they hold a quote, which only a bare text can.
 
 #include "fuzz/check.h"
 #include "fuzz/json_oracle.h"
@@ -26,13 +26,13 @@ namespace {
 
 using namespace Fuzz;
 
-/// Every input goes through one file, which goes with the program.
+/// Every input goes through one file, which is removed when the program ends.
 TableHolder Load(const std::string& text) {
     static const TestSupport::TemporaryFolder folder;
     return TableHolder(OpenTableReadableFile(folder.File("text", text).c_str()));
 }
 
-// -------------------------------------------------------------------------------------------------- the plain reading
+// -------------------------------------------------------------------------------------------------- the plain reader
 
 std::string WithoutComments(std::string text) {
     for (std::size_t at = text.find("--"); at != text.npos; at = text.find("--", at)) {
@@ -46,16 +46,16 @@ std::string WithoutComments(std::string text) {
 
 float RealOf(const std::string& text) { return static_cast<float>(std::strtod(text.c_str(), nullptr)); }
 
-/// Missing components are 0; the last one takes in all that is left.
+/// Missing components are 0; the last one is all that is left, up to the bracket.
 Value ReadVector(std::string text, std::size_t count) {
     const char closing = text[0] == '[' ? ']' : ')';
     text.erase(0, 1);
     std::vector<float> reals(count);
     for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t stop = text.find(i + 1 < count ? ',' : closing);
-        reals[i] = RealOf(text.substr(0, stop));
-        if (stop == text.npos) break;
-        text.erase(0, stop + 1);
+        const std::size_t end = text.find(i + 1 < count ? ',' : closing);
+        reals[i] = RealOf(text.substr(0, end));
+        if (end == text.npos) break;
+        text.erase(0, end + 1);
     }
     return VectorValue(std::move(reals));
 }
@@ -86,7 +86,7 @@ class PlainReader {
 public:
     explicit PlainReader(const std::string& text) : text_(WithoutComments(text) + '\0') {}
 
-    /// Reads entries up to the block's end; false if the text is refused.
+    /// Reads entries up to the block's end; false if the text is rejected.
     bool ReadBlock(Value& table) {
         std::string key;
         std::string value;
@@ -143,8 +143,8 @@ private:
     std::size_t at_ = 0;
 };
 
-/// A vector gives way to no other kind, and to none that counts as the same; a scalar takes any place, and a block none
-/// that is taken.
+/// A vector replaces a vector of its kind that doesn't count as the same, a scalar replaces anything, and a block
+/// nothing.
 bool PlainReader::Store(Value& table, const std::string& key, const std::string& value) {
     Value* there = table.Find(key);
     const bool is_vector = value[0] == '[' || value[0] == '(';
@@ -162,7 +162,7 @@ bool PlainReader::Store(Value& table, const std::string& key, const std::string&
     return true;
 }
 
-/// Nothing for a text that is refused.
+/// Nothing for a text that is rejected.
 std::optional<Value> Read(const std::string& text) {
     Value table;
     if (!PlainReader(text).ReadBlock(table)) return std::nullopt;
@@ -170,8 +170,7 @@ std::optional<Value> Read(const std::string& text) {
     return table;
 }
 
-// ---------------------------------------------------------------------------------------------------- written down
-// again
+// ------------------------------------------------------------------------------------------------------- the writer
 
 /// A digit too many for any float, so that the value comes back exactly.
 std::string RealText(float real) {
@@ -185,12 +184,12 @@ std::string RealText(float real) {
 std::string VectorText(const Value& value) {
     const bool three = value.kind == Tessarin::VALUE_FLOAT3;
     std::string text(1, three ? '[' : '(');
-    for (float real : value.reals) text += RealText(real) + ',';
+    for (const float real : value.reals) text += RealText(real) + ',';
     text.back() = three ? ']' : ')';
     return text;
 }
 
-std::string BodyText(const Value& tree);
+std::string BlockText(const Value& tree);
 
 std::string ValueText(const Value& value) {
     switch (value.kind) {
@@ -202,13 +201,13 @@ std::string ValueText(const Value& value) {
     case Tessarin::VALUE_REAL:
         return RealText(std::bit_cast<float>(value.integer));
     case Tessarin::VALUE_TABLE:
-        return std::string("{").append(BodyText(value)).append("}");
+        return std::string("{").append(BlockText(value)).append("}");
     default:
         return VectorText(value);
     }
 }
 
-std::string BodyText(const Value& tree) {
+std::string BlockText(const Value& tree) {
     std::string text;
     for (const Entry& entry : tree.entries) text += entry.key + " = " + ValueText(entry.value) + '\n';
     return text;
@@ -220,12 +219,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text(reinterpret_cast<const char*>(data), size);
     const TableHolder table = Load(text);
     const std::optional<Value> expected = Read(text);
-    Require((table != nullptr) == expected.has_value(), "refused for no reason, or not refused");
+    Require((table != nullptr) == expected.has_value(), "rejected without a reason, or wrongly accepted");
     if (table == nullptr) return 0;
     const Value tree = TreeOf(*table);
     Require(tree == *expected, "the table isn't what the text says");
-    const TableHolder again = Load(BodyText(tree));
-    Require(again != nullptr && TreeOf(*again) == tree, "the tree, written down, doesn't read back");
+    const TableHolder again = Load(BlockText(tree));
+    Require(again != nullptr && TreeOf(*again) == tree, "the tree, written as text, doesn't load as it was");
     CheckSave(*table);
     return 0;
 }

@@ -1,5 +1,6 @@
-// A table into the JSON form: one walk over the entries drives RapidJSON's writer directly. It goes by the interfaces,
-// as an external table may be of any make, and keeps the tables that it is inside of on a stack of its own.
+// A table as JSON text: one walk over the entries drives RapidJSON's writer directly, without a document in between. It
+// calls the interfaces, as an external table may be of any class, and keeps the tables that it is inside of on a stack
+// on the heap. The two saves of Table are defined here, so that tables needn't know the form.
 
 #include "documents/throwing_allocator.h"
 #include "files/file_objects.h"
@@ -34,39 +35,38 @@ public:
         writer_.String(kMarkerText, sizeof kMarkerText - 1);
         if (!Enter(root)) return false;
         for (;;) {
-            if (IIterator* entry = at_.entry) {
-                at_.entry = at_.table->Next(&at_.entry);
-                __builtin_prefetch(at_.entry); // it comes while this one is being written
+            if (IIterator* entry = current_.entry) {
+                current_.entry = current_.table->Next(&current_.entry);
+                __builtin_prefetch(current_.entry); // it is loaded while this one is being written
                 if (!Write(*entry)) return false;
                 continue;
             }
             writer_.EndObject();
-            if (around_.Count() == 1) return true; // the place before the root is all that is left
-            at_ = around_.Top();
-            around_.Pop();
+            if (outer_.Count() == 1) return true; // what is left is the position outside of the root
+            current_ = outer_.Pop();
         }
     }
 
 private:
-    /// Where the walk stands in a table.
-    struct Place {
+    /// Where the walk is in a table.
+    struct Position {
         ITable* table;
         IIterator* entry; // the next one to write
     };
 
-    /// A walk that goes round in a circle passes again, sooner or later, the table that stands at the last power of two
-    /// of its depth, so it is enough to look there.
+    /// Begins a table; false if the walk is inside of it already. A walk in a cycle comes again, sooner or later, to
+    /// the table that was at the last power of two of its depth, so it is enough to compare with that one.
     [[nodiscard]] bool Enter(ITable& table) {
-        // Tables that are shared may make a text of any length: it is given up as soon as it is too long.
-        if (text_.GetSize() > UINT32_MAX || !around_.Push(at_)) return false;
-        std::uint32_t depth = around_.Count();
-        if (around_[std::bit_floor(depth) - 1].table == &table) return false;
-        at_ = {&table, table.First()};
+        // Tables that are shared may make a text of any length: the save fails as soon as it is too long.
+        if (text_.GetSize() > UINT32_MAX || !outer_.Push(current_)) return false;
+        const std::uint32_t depth = outer_.Count();
+        if (outer_[std::bit_floor(depth) - 1].table == &table) return false;
+        current_ = {&table, table.First()};
         return true;
     }
 
     bool Write(IIterator& entry) {
-        std::uint32_t kind = entry.GetType();
+        const std::uint32_t kind = entry.GetType();
         if (kind == VALUE_EMPTY || kind == VALUE_PTR || kind >= VALUE_HANDLE) return true;
         WriteKey(entry.GetKey());
         switch (kind) {
@@ -127,17 +127,17 @@ private:
         float components[sizeof(Vector) / sizeof(float)];
         std::memcpy(components, &vector, sizeof vector);
         writer_.StartArray();
-        for (float component : components) WriteReal(component);
+        for (const float component : components) WriteReal(component);
         writer_.EndArray();
     }
 
     Text& text_;
     Writer writer_;
-    Place at_{nullptr, nullptr};
-    List<Place> around_; // the tables that this one is in, the outermost below, and below it no table
+    Position current_{nullptr, nullptr};
+    List<Position> outer_; // of the tables that the current one is in; the first is outside of the root, in no table
 };
 
-/// Writes the document and hands its bytes to `deliver`; false if there are none to hand over.
+/// Writes the document and hands its bytes to `deliver`; false if there is no document, or if that returns false.
 template <class Deliver>
 bool SaveJson(ITable& root, Deliver deliver) {
     try {
@@ -154,10 +154,10 @@ bool SaveJson(ITable& root, Deliver deliver) {
 
 std::uint32_t Table::SaveFile(const char* path) {
     if (path == nullptr || *path == '\0') return 0;
-    bool saved = SaveJson(*this, [path](const char* bytes, std::uint32_t size) {
+    const bool saved = SaveJson(*this, [path](const char* bytes, std::uint32_t size) {
         FileWriter* file = FileWriter::Open(path);
         if (file == nullptr) return false;
-        bool whole = file->Write(bytes, size) == size;
+        const bool whole = file->Write(bytes, size) == size;
         return file->Finish() && whole; // a full disk may show only in the end
     });
     return saved ? 1 : 0;
@@ -167,7 +167,7 @@ std::uint32_t Table::SaveBuffer(void** data, std::uint32_t* size) {
     if (data == nullptr || size == nullptr) return 0;
     *data = nullptr;
     *size = 0;
-    bool saved = SaveJson(*this, [data, size](const char* bytes, std::uint32_t length) {
+    const bool saved = SaveJson(*this, [data, size](const char* bytes, std::uint32_t length) {
         *size = length;
         *data = std::malloc(length);
         if (*data == nullptr) return false;

@@ -1,6 +1,6 @@
-// A path is tried as it stands first, so that a name which does hold a `\` stays within reach, and so that the folders
-// are searched only for paths that lead nowhere else. Writing has no second try: a file to be created has no name to
-// match yet.
+// The file service over streams of the runtime library. A path is tried first as it is, so that a name which does hold
+// a `\` can be opened, and so that folders are searched only for paths that lead to no file otherwise. Writing has no
+// second try: a file to be created has no name to match yet.
 
 #include "files/file_io.h"
 

@@ -1,4 +1,4 @@
-/// The file service of the library's own: what configuration and tab files use when the host gives them none.
+// The library's own file service, which configuration and tab files use when the host gives them none.
 
 #ifndef TESSARIN_FILES_FILE_IO_H
 #define TESSARIN_FILES_FILE_IO_H
@@ -7,7 +7,7 @@
 
 namespace Tessarin {
 
-/// Has no state: the handles are streams of the runtime library. Made with nothrow new by whoever owns it.
+/// Has no state: the handles are streams of the runtime library. Its owner makes it with nothrow new.
 class FileIO final : public ::IFileIO {
 public:
     void* Open(const char* path, std::int32_t mode) override;

@@ -1,4 +1,4 @@
-// An object is made before its file is opened: a file that is opened for writing is truncated by that, which must not
+// Files as objects. An object is made before its file is opened: opening for writing truncates the file, which must not
 // happen for a caller who then gets no object. Release alone closes the stream; the destructor has nothing to do.
 
 #include "files/file_objects.h"
@@ -43,7 +43,7 @@ std::uint32_t FileWriter::Release() {
 }
 
 bool FileWriter::Finish() {
-    bool reached = stream == nullptr || std::fclose(stream) == 0;
+    const bool reached = stream == nullptr || std::fclose(stream) == 0;
     delete this;
     return reached;
 }

@@ -1,8 +1,8 @@
-/// Files as objects: what CreateReadFile and CreateWriteFile hand out.
-///
-/// Code of the library's own makes them through Open and never through those exports, whose names a host may have
-/// functions of its own under. The classes aren't called Read and Write after their interfaces, since a class can't
-/// have an operation of its own name.
+// Files as objects: what CreateReadFile and CreateWriteFile hand out.
+//
+// The library's own code makes them through Open and never through those exports, since a host may have functions of
+// its own by their names. The classes aren't called Read and Write after their interfaces, since a class can't have an
+// operation of its own name.
 
 #ifndef TESSARIN_FILES_FILE_OBJECTS_H
 #define TESSARIN_FILES_FILE_OBJECTS_H

@@ -1,4 +1,4 @@
-/// What the file objects and the file service do alike on a stream of the runtime library.
+// What the file objects and the file service both do with a stream of the runtime library.
 
 #ifndef TESSARIN_FILES_STREAM_H
 #define TESSARIN_FILES_STREAM_H
@@ -26,7 +26,7 @@ inline std::uint32_t ReadStream(std::FILE* stream, void* buffer, std::uint32_t b
     return static_cast<std::uint32_t>(std::fread(buffer, 1, count, stream));
 }
 
-/// Writes `size` bytes; answers how many the stream took.
+/// Writes `size` bytes; returns how many the stream took.
 inline std::uint32_t WriteStream(std::FILE* stream, const void* buffer, std::uint32_t size) {
     if (stream == nullptr || buffer == nullptr) return 0;
     return static_cast<std::uint32_t>(std::fwrite(buffer, 1, size, stream));

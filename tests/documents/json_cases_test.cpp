@@ -1,6 +1,5 @@
-// Documents by what the JSON standard says of them, a line each: what the form makes of every one, and where that is
-// not what the standard says, why. A text that is refused makes an empty table, so an accepted one has an entry to
-// show.
+// Documents, a line each: what the JSON standard says of it, what table the form loads, and, where that isn't what the
+// standard says, why. A rejected text loads as an empty table, so an accepted one has an entry to tell them apart.
 
 #include "tests/support/table_text.h"
 
@@ -16,10 +15,10 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// What the standard says: a document, none, or that a parser may have its own way.
+/// What the standard says: that it is a document, that it is none, or that a parser may choose.
 enum Standard { kValid, kInvalid, kOpen };
 
-constexpr auto kRefused = "{}"sv;
+constexpr auto kRejected = "{}"sv;
 
 // Reasons that several cases share.
 constexpr auto kRaw = "strings have no escapes: a backslash is a byte like any other"sv;
@@ -30,7 +29,7 @@ constexpr auto kNulEnds = "a NUL ends the text"sv;
 constexpr auto kLow32 = "an integer entry has 32 bits and keeps the low ones"sv;
 constexpr auto kSingle = "a real entry has single precision"sv;
 constexpr auto kFirstOfKey = "a key has one entry, of one kind"sv;
-constexpr auto kUtf8Only = "texts are UTF-8, which nobody checks"sv;
+constexpr auto kUtf8Only = "texts are UTF-8, which isn't checked"sv;
 
 struct Case {
     Standard standard;
@@ -46,56 +45,56 @@ constexpr Case kCases[] = {
     {kValid, R"({"A":1,"a":2})", R"({"A":1,"a":2})"},
     {kValid, R"({"a.b/c d":1,"1":2})", R"({"a.b/c d":1,"1":2})"},
     {kValid, R"({"":1,"a":2,"b":{"":3}})", R"({"a":2,"b":{}})", "no key is empty"},
-    {kValid, R"([])", kRefused, kRoots},
-    {kValid, R"([{"a":1}])", kRefused, kRoots},
-    {kValid, R"("a")", kRefused, kRoots},
-    {kValid, "7.5", kRefused, kRoots},
-    {kValid, "7", kRefused, kRoots},
-    {kValid, "true", kRefused, kRoots},
-    {kValid, "null", kRefused, kRoots},
-    {kInvalid, " ", kRefused},
-    {kInvalid, "{", kRefused},
-    {kInvalid, "}", kRefused},
-    {kInvalid, R"({"a":1)", kRefused},
-    {kInvalid, R"({"a":1]})", kRefused},
-    {kInvalid, R"({"a":1}})", kRefused},
-    {kInvalid, R"({"a":{"b":1})", kRefused},
-    {kInvalid, R"({"a":[1,2})", kRefused},
-    {kInvalid, R"({"a":1}{"b":2})", kRefused},
-    {kInvalid, R"({"a":1},)", kRefused},
-    {kInvalid, R"({"a":1} b)", kRefused},
-    {kInvalid, R"({"a":1,})", kRefused},
-    {kInvalid, R"({,"a":1})", kRefused},
-    {kInvalid, R"({"a":1,,"b":2})", kRefused},
-    {kInvalid, R"({"a":1 "b":2})", kRefused},
-    {kInvalid, R"({"a":1;"b":2})", kRefused},
-    {kInvalid, R"({"a" 1})", kRefused},
-    {kInvalid, R"({"a"::1})", kRefused},
-    {kInvalid, R"({"a"=1})", kRefused},
-    {kInvalid, R"({"a":})", kRefused},
-    {kInvalid, R"({"a"})", kRefused},
-    {kInvalid, R"({"b":1,"a"})", kRefused},
-    {kInvalid, R"({:1})", kRefused},
-    {kInvalid, R"({a:1})", kRefused},
-    {kInvalid, R"({1:1})", kRefused},
-    {kInvalid, R"({null:1})", kRefused},
-    {kInvalid, R"({'a':1})", kRefused},
-    {kInvalid, R"({"a":'b'})", kRefused},
-    {kInvalid, R"({"a":b})", kRefused},
-    {kInvalid, R"({"b":1,"a":[1,2,]})", kRefused},
-    {kInvalid, R"({"b":1,"a":[,1,2]})", kRefused},
-    {kInvalid, R"({"b":1,"a":[1 2]})", kRefused},
-    {kInvalid, R"({"b":1,"a":[1:2]})", kRefused},
-    {kInvalid, R"({"b":{"c":2},"a":[1,2}})", kRefused},
+    {kValid, R"([])", kRejected, kRoots},
+    {kValid, R"([{"a":1}])", kRejected, kRoots},
+    {kValid, R"("a")", kRejected, kRoots},
+    {kValid, "7.5", kRejected, kRoots},
+    {kValid, "7", kRejected, kRoots},
+    {kValid, "true", kRejected, kRoots},
+    {kValid, "null", kRejected, kRoots},
+    {kInvalid, " ", kRejected},
+    {kInvalid, "{", kRejected},
+    {kInvalid, "}", kRejected},
+    {kInvalid, R"({"a":1)", kRejected},
+    {kInvalid, R"({"a":1]})", kRejected},
+    {kInvalid, R"({"a":1}})", kRejected},
+    {kInvalid, R"({"a":{"b":1})", kRejected},
+    {kInvalid, R"({"a":[1,2})", kRejected},
+    {kInvalid, R"({"a":1}{"b":2})", kRejected},
+    {kInvalid, R"({"a":1},)", kRejected},
+    {kInvalid, R"({"a":1} b)", kRejected},
+    {kInvalid, R"({"a":1,})", kRejected},
+    {kInvalid, R"({,"a":1})", kRejected},
+    {kInvalid, R"({"a":1,,"b":2})", kRejected},
+    {kInvalid, R"({"a":1 "b":2})", kRejected},
+    {kInvalid, R"({"a":1;"b":2})", kRejected},
+    {kInvalid, R"({"a" 1})", kRejected},
+    {kInvalid, R"({"a"::1})", kRejected},
+    {kInvalid, R"({"a"=1})", kRejected},
+    {kInvalid, R"({"a":})", kRejected},
+    {kInvalid, R"({"a"})", kRejected},
+    {kInvalid, R"({"b":1,"a"})", kRejected},
+    {kInvalid, R"({:1})", kRejected},
+    {kInvalid, R"({a:1})", kRejected},
+    {kInvalid, R"({1:1})", kRejected},
+    {kInvalid, R"({null:1})", kRejected},
+    {kInvalid, R"({'a':1})", kRejected},
+    {kInvalid, R"({"a":'b'})", kRejected},
+    {kInvalid, R"({"a":b})", kRejected},
+    {kInvalid, R"({"b":1,"a":[1,2,]})", kRejected},
+    {kInvalid, R"({"b":1,"a":[,1,2]})", kRejected},
+    {kInvalid, R"({"b":1,"a":[1 2]})", kRejected},
+    {kInvalid, R"({"b":1,"a":[1:2]})", kRejected},
+    {kInvalid, R"({"b":{"c":2},"a":[1,2}})", kRejected},
 
     // The three words
     {kValid, R"({"a":null,"b":false,"c":true})", R"({"a":0,"b":0,"c":1})", "they are integers"},
-    {kInvalid, R"({"a":True})", kRefused},
-    {kInvalid, R"({"a":NULL})", kRefused},
-    {kInvalid, R"({"a":nul})", kRefused},
-    {kInvalid, R"({"a":nulll})", kRefused},
-    {kInvalid, R"({"a":truefalse})", kRefused},
-    {kInvalid, R"({"a":undefined})", kRefused},
+    {kInvalid, R"({"a":True})", kRejected},
+    {kInvalid, R"({"a":NULL})", kRejected},
+    {kInvalid, R"({"a":nul})", kRejected},
+    {kInvalid, R"({"a":nulll})", kRejected},
+    {kInvalid, R"({"a":truefalse})", kRejected},
+    {kInvalid, R"({"a":undefined})", kRejected},
 
     // Integers
     {kValid, R"({"a":0,"b":-1,"c":42})", R"({"a":0,"b":-1,"c":42})"},
@@ -106,17 +105,17 @@ constexpr Case kCases[] = {
     {kOpen, R"({"a":18446744073709551615,"b":-9223372036854775808})", R"({"a":-1,"b":0})", kLow32},
     {kOpen, R"({"a":73786976294838206464})", R"({"a":73786976294838210000.0})", "past 64 bits it is a real"},
     {kOpen, R"({"a":-23058430092136939520})", R"({"a":-23058430092136940000.0})", "past 64 bits it is a real"},
-    {kInvalid, R"({"a":+1})", kRefused},
-    {kInvalid, R"({"a":-})", kRefused},
-    {kInvalid, R"({"a":--1})", kRefused},
-    {kInvalid, R"({"a":- 1})", kRefused},
-    {kInvalid, R"({"a":01})", kRefused},
-    {kInvalid, R"({"a":-01})", kRefused},
-    {kInvalid, R"({"a":0x1F})", kRefused},
-    {kInvalid, R"({"a":1_000})", kRefused},
-    {kInvalid, R"({"a":1 000})", kRefused},
-    {kInvalid, R"({"a":1a})", kRefused},
-    {kInvalid, "{\"a\":\xD9\xA1}", kRefused}, // an Arabic digit
+    {kInvalid, R"({"a":+1})", kRejected},
+    {kInvalid, R"({"a":-})", kRejected},
+    {kInvalid, R"({"a":--1})", kRejected},
+    {kInvalid, R"({"a":- 1})", kRejected},
+    {kInvalid, R"({"a":01})", kRejected},
+    {kInvalid, R"({"a":-01})", kRejected},
+    {kInvalid, R"({"a":0x1F})", kRejected},
+    {kInvalid, R"({"a":1_000})", kRejected},
+    {kInvalid, R"({"a":1 000})", kRejected},
+    {kInvalid, R"({"a":1a})", kRejected},
+    {kInvalid, "{\"a\":\xD9\xA1}", kRejected}, // an Arabic digit
 
     // Reals
     {kValid, R"({"a":1.5,"b":-0.25,"c":0.0})", R"({"a":1.5,"b":-0.25,"c":0.0})"},
@@ -128,24 +127,24 @@ constexpr Case kCases[] = {
     {kOpen, R"({"a":16777217.0})", R"({"a":16777216.0})", kSingle},
     {kOpen, R"({"a":1e39,"b":-1e300})", R"({"a":null,"b":null})", "past single precision it is infinite"},
     {kOpen, R"({"a":1e-400,"b":-1e-60})", R"({"a":0.0,"b":-0.0})", kSingle},
-    {kOpen, R"({"a":1e400})", kRefused, "past double precision it is no number"},
-    {kOpen, R"({"a":-123e99999999999999999999})", kRefused, "past double precision it is no number"},
-    {kInvalid, R"({"a":.5})", kRefused},
-    {kInvalid, R"({"a":-.5})", kRefused},
-    {kInvalid, R"({"a":1.})", kRefused},
-    {kInvalid, R"({"a":1.e2})", kRefused},
-    {kInvalid, R"({"a":1.2.3})", kRefused},
-    {kInvalid, R"({"a":1,5})", kRefused},
-    {kInvalid, R"({"a":1e})", kRefused},
-    {kInvalid, R"({"a":1e+})", kRefused},
-    {kInvalid, R"({"a":1eE2})", kRefused},
-    {kInvalid, R"({"a":1e1.5})", kRefused},
-    {kInvalid, R"({"a":1.0f})", kRefused},
-    {kInvalid, R"({"a":NaN})", kRefused},
-    {kInvalid, R"({"a":-NaN})", kRefused},
-    {kInvalid, R"({"a":Infinity})", kRefused},
-    {kInvalid, R"({"a":-Infinity})", kRefused},
-    {kInvalid, R"({"a":inf})", kRefused},
+    {kOpen, R"({"a":1e400})", kRejected, "past double precision it is no number"},
+    {kOpen, R"({"a":-123e99999999999999999999})", kRejected, "past double precision it is no number"},
+    {kInvalid, R"({"a":.5})", kRejected},
+    {kInvalid, R"({"a":-.5})", kRejected},
+    {kInvalid, R"({"a":1.})", kRejected},
+    {kInvalid, R"({"a":1.e2})", kRejected},
+    {kInvalid, R"({"a":1.2.3})", kRejected},
+    {kInvalid, R"({"a":1,5})", kRejected},
+    {kInvalid, R"({"a":1e})", kRejected},
+    {kInvalid, R"({"a":1e+})", kRejected},
+    {kInvalid, R"({"a":1eE2})", kRejected},
+    {kInvalid, R"({"a":1e1.5})", kRejected},
+    {kInvalid, R"({"a":1.0f})", kRejected},
+    {kInvalid, R"({"a":NaN})", kRejected},
+    {kInvalid, R"({"a":-NaN})", kRejected},
+    {kInvalid, R"({"a":Infinity})", kRejected},
+    {kInvalid, R"({"a":-Infinity})", kRejected},
+    {kInvalid, R"({"a":inf})", kRejected},
 
     // Arrays
     {kValid, R"({"a":[1,2.5],"b":[1,2,3],"c":[-1,0,1e1,4]})",
@@ -159,10 +158,10 @@ constexpr Case kCases[] = {
     {kValid, R"({"a":["3",[4],{"x":5},6]})", R"({"a":[0.0,0.0,0.0,6.0]})", kVectors},
     {kValid, R"({"a":[[[[[[[[[[[[[[[[1,2]]]]]]]]]]]]]]]],"d":1})", R"({"d":1})", kVectors},
     {kValid, R"({"a":[{"b":{"c":[{}]}}],"d":1})", R"({"d":1})", kVectors},
-    {kInvalid, R"({"d":1,"a":[[[[[[[[[[[[[[[[})", kRefused},
-    {kInvalid, R"({"d":1,"a":[[1,2]]]})", kRefused},
-    {kInvalid, R"({"d":1,"a":[1,2)", kRefused},
-    {kInvalid, R"({"d":1,"a":[1,2,)", kRefused},
+    {kInvalid, R"({"d":1,"a":[[[[[[[[[[[[[[[[})", kRejected},
+    {kInvalid, R"({"d":1,"a":[[1,2]]]})", kRejected},
+    {kInvalid, R"({"d":1,"a":[1,2)", kRejected},
+    {kInvalid, R"({"d":1,"a":[1,2,)", kRejected},
 
     // Members that share a key
     {kOpen, R"({"a":1,"a":2})", R"({"a":1})", kFirstOfKey},
@@ -180,68 +179,68 @@ constexpr Case kCases[] = {
     {kValid, R"({"a":"\u0041\u0000"})", R"({"a":"\\u0041\\u0000"})", kRaw},
     {kValid, R"({"\u0061":1,"a":2})", R"({"\\u0061":1,"a":2})", kRaw},
     {kValid, R"({"a":"\uD834\uDD1E"})", R"({"a":"\\uD834\\uDD1E"})", kRaw},
-    {kValid, R"({"a":"\""})", kRefused, kRaw},
-    {kValid, R"({"a":"say \"b\" twice"})", kRefused, kRaw},
+    {kValid, R"({"a":"\""})", kRejected, kRaw},
+    {kValid, R"({"a":"say \"b\" twice"})", kRejected, kRaw},
     {kOpen, R"({"a":"\uD834","b":"\uDD1E\uD834"})", R"({"a":"\\uD834","b":"\\uDD1E\\uD834"})", kRaw},
     {kInvalid, R"({"a":"\"})", R"({"a":"\\"})", kRaw},
     {kInvalid, R"({"a":"\x41\a\U0041\'"})", R"({"a":"\\x41\\a\\U0041\\'"})", kRaw},
     {kInvalid, R"({"a":"\u12","b":"\uD8G0","c":"\u"})", R"({"a":"\\u12","b":"\\uD8G0","c":"\\u"})", kRaw},
-    {kInvalid, R"({"a":"b)", kRefused},
-    {kInvalid, R"({"a)", kRefused},
-    {kInvalid, R"({"a":"b""})", kRefused},
-    {kInvalid, R"({"a":"b" "c"})", kRefused},
-    {kInvalid, R"({"a":\n})", kRefused},
-    {kInvalid, R"({"a":\u0041})", kRefused},
-    {kInvalid, R"(\{"a":1})", kRefused},
-    {kInvalid, "{\"a\":\"\x01\"}", kRefused},
-    {kInvalid, "{\"a\":\"b\x1F\"}", kRefused},
-    {kInvalid, "{\"a\":\"b\tc\"}", kRefused},
-    {kInvalid, "{\"a\":\"b\nc\"}", kRefused},
-    {kInvalid, "{\"a\":\"b\r\"}", kRefused},
-    {kInvalid, "{\"a\n\":1}", kRefused},
-    {kInvalid, "{\"a\":\"\\\n\"}", kRefused},
+    {kInvalid, R"({"a":"b)", kRejected},
+    {kInvalid, R"({"a)", kRejected},
+    {kInvalid, R"({"a":"b""})", kRejected},
+    {kInvalid, R"({"a":"b" "c"})", kRejected},
+    {kInvalid, R"({"a":\n})", kRejected},
+    {kInvalid, R"({"a":\u0041})", kRejected},
+    {kInvalid, R"(\{"a":1})", kRejected},
+    {kInvalid, "{\"a\":\"\x01\"}", kRejected},
+    {kInvalid, "{\"a\":\"b\x1F\"}", kRejected},
+    {kInvalid, "{\"a\":\"b\tc\"}", kRejected},
+    {kInvalid, "{\"a\":\"b\nc\"}", kRejected},
+    {kInvalid, "{\"a\":\"b\r\"}", kRejected},
+    {kInvalid, "{\"a\n\":1}", kRejected},
+    {kInvalid, "{\"a\":\"\\\n\"}", kRejected},
 
     // Encodings
-    {kOpen, "\xEF\xBB\xBF{\"a\":1}", kRefused, "a byte-order mark is no white space"},
+    {kOpen, "\xEF\xBB\xBF{\"a\":1}", kRejected, "a byte-order mark is no white space"},
     {kOpen, "{\"a\":\"\xFF\xFE\x80\"}", "{\"a\":\"\xFF\xFE\x80\"}", kUtf8Only},
     {kOpen, "{\"a\":\"\xC0\xAF \xE4\"}", "{\"a\":\"\xC0\xAF \xE4\"}", kUtf8Only}, // overlong, cut short
     {kOpen, "{\"a\":\"\xED\xA0\x80 \xF4\xBF\xBF\xBF\"}", "{\"a\":\"\xED\xA0\x80 \xF4\xBF\xBF\xBF\"}", kUtf8Only},
-    {kOpen, "\xFF\xFE{\0\"\0a\0\"\0:\0\x31\0}\0"sv, kRefused, kUtf8Only},
-    {kOpen, "\0{\0\"\0a\0\"\0:\0\x31\0}"sv, kRefused, kUtf8Only},
-    {kInvalid, "\xEF\xBB{\"a\":1}", kRefused},
-    {kInvalid, "{\"a\":\xE4}", kRefused},
+    {kOpen, "\xFF\xFE{\0\"\0a\0\"\0:\0\x31\0}\0"sv, kRejected, kUtf8Only},
+    {kOpen, "\0{\0\"\0a\0\"\0:\0\x31\0}"sv, kRejected, kUtf8Only},
+    {kInvalid, "\xEF\xBB{\"a\":1}", kRejected},
+    {kInvalid, "{\"a\":\xE4}", kRejected},
 
     // NULs
     {kInvalid, "{\"a\":1}\0"sv, R"({"a":1})", kNulEnds},
     {kInvalid, "{\"a\":1}\0,}"sv, R"({"a":1})", kNulEnds},
-    {kInvalid, "\0{\"a\":1}"sv, kRefused},
-    {kInvalid, "{\"a\":1\0}"sv, kRefused},
-    {kInvalid, "{\"a\":\"b\0c\"}"sv, kRefused},
+    {kInvalid, "\0{\"a\":1}"sv, kRejected},
+    {kInvalid, "{\"a\":1\0}"sv, kRejected},
+    {kInvalid, "{\"a\":\"b\0c\"}"sv, kRejected},
 
     // White space and comments
     {kValid, " \t\r\n{ \t\r\n\"a\" \t\r\n: \t\r\n1 \t\r\n, \"b\" : [ 1 , 2 ] } \t\r\n", R"({"a":1,"b":[1.0,2.0]})"},
-    {kInvalid, "\f{\"a\":1}", kRefused},
-    {kInvalid, "{\"a\":\v1}", kRefused},
-    {kInvalid, "{\"a\":\b1}", kRefused},
-    {kInvalid, "{\xC2\xA0\"a\":1}", kRefused},
-    {kInvalid, "{\"a\":1}\xE2\x81\xA0", kRefused},
+    {kInvalid, "\f{\"a\":1}", kRejected},
+    {kInvalid, "{\"a\":\v1}", kRejected},
+    {kInvalid, "{\"a\":\b1}", kRejected},
+    {kInvalid, "{\xC2\xA0\"a\":1}", kRejected},
+    {kInvalid, "{\"a\":1}\xE2\x81\xA0", kRejected},
     {kInvalid, "// b\n{\"a\":1}", R"({"a":1})", kComments},
     {kInvalid, "{\"a\":1}//", R"({"a":1})", kComments},
     {kInvalid, R"({/**/"a"/*b*/:/***/1/* /* */,/* " */"c":[1/*,*/,2]/*\*/})", R"({"a":1,"c":[1.0,2.0]})", kComments},
-    {kInvalid, "{\"a\":1}/* b", kRefused},
-    {kInvalid, "{\"a\":1}/*/", kRefused},
-    {kInvalid, "{\"a\":1 // }", kRefused},
-    {kInvalid, "{\"a\":1}/", kRefused},
-    {kInvalid, "{\"a\":1/2}", kRefused},
-    {kInvalid, "{\"a\":1/**/2}", kRefused},
-    {kInvalid, "{\"a\":1}# b", kRefused},
-    {kInvalid, "{\"a\":1}-- b", kRefused},
-    {kInvalid, "{\"a\":1}<!-- b -->", kRefused},
+    {kInvalid, "{\"a\":1}/* b", kRejected},
+    {kInvalid, "{\"a\":1}/*/", kRejected},
+    {kInvalid, "{\"a\":1 // }", kRejected},
+    {kInvalid, "{\"a\":1}/", kRejected},
+    {kInvalid, "{\"a\":1/2}", kRejected},
+    {kInvalid, "{\"a\":1/**/2}", kRejected},
+    {kInvalid, "{\"a\":1}# b", kRejected},
+    {kInvalid, "{\"a\":1}-- b", kRejected},
+    {kInvalid, "{\"a\":1}<!-- b -->", kRejected},
 };
 
 constexpr bool NeedsReason(const Case& each) {
-    bool refused = each.entries == kRefused;
-    return (each.standard == kValid && refused) || (each.standard == kInvalid && !refused) || each.standard == kOpen;
+    const bool rejected = each.entries == kRejected;
+    return (each.standard == kValid && rejected) || (each.standard == kInvalid && !rejected) || each.standard == kOpen;
 }
 
 static_assert(std::all_of(std::begin(kCases), std::end(kCases),
@@ -255,13 +254,13 @@ TEST(JsonCases, EachBecomesWhatItsLineSays) {
     }
 }
 
-/// What is accepted is so however it is cut: no beginning of a document without its last byte is one.
+/// No beginning of a document is a document, wherever it is cut.
 TEST(JsonCases, NoBeginningOfADocumentIsOne) {
     for (const Case& each : kCases) {
         const std::size_t end = each.text.rfind('}');
-        if (each.standard != kValid || each.entries == kRefused || each.text[0] != '{') continue;
+        if (each.standard != kValid || each.entries == kRejected || each.text[0] != '{') continue;
         for (std::uint32_t size = 1; size <= end; ++size) {
-            EXPECT_EQ(TestSupport::EntriesAndClose(OpenTableBuffer(each.text.data(), size)), kRefused) << each.text;
+            EXPECT_EQ(TestSupport::EntriesAndClose(OpenTableBuffer(each.text.data(), size)), kRejected) << each.text;
         }
     }
 }

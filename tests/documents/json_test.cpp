@@ -1,4 +1,5 @@
-// The JSON form: what each value becomes, both ways, and what of a document is lost by definition.
+// The JSON form: members that share a key, saves, what a round trip keeps, and its limits. What each text loads as is
+// with the cases.
 
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
@@ -72,7 +73,7 @@ TEST(Json, SavesEveryKind) {
     ITable* other = CreateTable();
     EXPECT_EQ(SavedJson(table), R"({"__internal_type":"qv game schema"})");
     EXPECT_EQ(SavedJson(table).size(), 36U);
-    Handle handle = 7;
+    const Handle handle = 7;
     Float4x4 matrix{};
     matrix.m[15] = 0.5F;
     other->SetInteger("x", 1, 0);
@@ -92,7 +93,7 @@ TEST(Json, SavesEveryKind) {
     table->SetReferenceTable("f", other, 0);
     table->SetExternalTable("n", nullptr, 0);
     table->SetReal("nan", std::nanf(""), 0);
-    Float2 vector{std::numeric_limits<float>::infinity(), 2};
+    const Float2 vector{std::numeric_limits<float>::infinity(), 2};
     table->SetFloat2("v", &vector, 0);
     EXPECT_EQ(TestSupport::Entries(table), R"({"e":{"x":1},"f":{"x":1},"n":null,"nan":null,"v":[null,2.0]})");
     EXPECT_EQ(table->SaveFile(nullptr), 0U);
@@ -114,7 +115,7 @@ TEST(Json, ATableThatContainsItselfIsNotSaved) {
     for (ITable*& table : tables) table = CreateTable();
     for (int i = 0; i < 4; ++i) tables[i]->SetExternalTable("next", tables[i + 1], 0);
     EXPECT_NE(SavedJson(tables[0]), "(refused)");
-    tables[0]->SetReferenceTable("also", tables[4], 0); // twice the same is no circle
+    tables[0]->SetReferenceTable("also", tables[4], 0); // twice the same is no cycle
     EXPECT_NE(SavedJson(tables[0]), "(refused)");
     for (int back = 0; back < 5; ++back) {
         tables[4]->Clear(0);
@@ -125,8 +126,8 @@ TEST(Json, ATableThatContainsItselfIsNotSaved) {
 }
 
 TEST(Json, RoundTrips) {
-    TestSupport::TemporaryFolder folder;
-    std::string path = folder.Path("saved");
+    const TestSupport::TemporaryFolder folder;
+    const std::string path = folder.Path("saved");
     const char* text =
         R"({"a":-7,"r":[0.1,3e-12],"t":{"s":"x","deep":{"f":1e-7,"m":[1,0,0,0,0,1,0,0,0,0,1,0,0.3,5,7,1]}},"n":1.17549435e-38})";
     ITable* first = Open(text);
@@ -134,7 +135,7 @@ TEST(Json, RoundTrips) {
     ITable* second = OpenTableFile(path.c_str());
     ASSERT_NE(second, nullptr);
     EXPECT_STREQ(second->GetString("__internal_type"), "qv game schema");
-    std::string again = SavedJson(second);
+    const std::string again = SavedJson(second);
     EXPECT_EQ(again.find("__internal_type"), 2U);
     EXPECT_NE(again.find("__internal_type", 3), std::string::npos); // the constant, then the entry
     ITable* third = Open(again);
@@ -151,7 +152,7 @@ TEST(Json, RoundTrips) {
 }
 
 TEST(Json, BackslashesDoubleWithEverySave) {
-    std::string text = R"({"p":"c:\dir"})";
+    const std::string text = R"({"p":"c:\dir"})";
     ITable* first = Open(text);
     ITable* second = Open(SavedJson(first));
     EXPECT_STREQ(second->GetString("p"), "c:\\\\dir");
@@ -170,7 +171,7 @@ TEST(Json, DepthCostsNoStack) {
     TestSupport::RunOnSmallStack([&] {
         ITable* root = Open(text);
         ASSERT_NE(root, nullptr);
-        std::string saved = TestSupport::Entries(root);
+        const std::string saved = TestSupport::Entries(root);
         EXPECT_TRUE(saved == text);
         CloseTable(root);
         EXPECT_EQ(Load(arrays), R"({"b":1})");
@@ -198,7 +199,7 @@ TEST(Json, LargeObjectsWithDuplicates) {
 }
 
 TEST(Json, TheParsersHeapGivesBackWhatIsResizedToNothing) {
-    TestSupport::FailingHeap heap;
+    const TestSupport::FailingHeap heap;
     void* block = Tessarin::ThrowingAllocator::Malloc(8);
     block = Tessarin::ThrowingAllocator::Realloc(block, 8, 16);
     EXPECT_NE(block, nullptr);

@@ -1,4 +1,4 @@
-// The readable text form: what each notation becomes, what is forgiven and what is not.
+// The readable text form: what each notation is stored as, what is forgiven and what fails.
 
 #include "tests/support/comma_locale.h"
 #include "tests/support/small_stack.h"
@@ -91,14 +91,14 @@ TEST_F(Readable, EveryNotation) {
         {"a 1 } b 2", R"({"a":1})"},
         {"t { a = 1", R"({"t":{"a":1}})"},
         {"t {", R"({"t":{}})"},
-        {"t { a } b = 1", nullptr}, // the brace is passed over on the way to the value
+        {"t { a } b = 1", nullptr}, // the brace is skipped in search of the value
         {"t { a 1 dropped} b 2", R"({"t":{"a":1},"b":2})"},
         {"t { } t = 1", R"({"t":1})"},
         {"t { } t { }", nullptr},
         {"t = 1 t { }", nullptr},
         {"t [1,2,3] t { }", nullptr},
         {"t [1,2,3 t { }", R"({"t":[1.0,2.0,3.0]})"},
-        // what has no value
+        // keys without a value
         {"a", nullptr},
         {"a = ", nullptr},
         {"a = x y", nullptr},
@@ -125,7 +125,7 @@ TEST_F(Readable, Comments) {
         {"a --[[ in between -- 1", R"({"a":1})"},
         {"a 1---b\nc 2", R"({"a":1,"c":2})"},
         {"s = \"a--b\" c\nd\" e = 1", R"({"s":"a","e":1})"}, // blanked in quotes too, which then end at the next quote
-        {"v = [1, --x\n 2,3]", R"({"v":[1.0,0.0,3.0]})"},    // a blanked comment ends the number it stands in
+        {"v = [1, --x\n 2,3]", R"({"v":[1.0,0.0,3.0]})"},    // a blanked comment ends the number it is in
     };
     for (const Case& each : cases) {
         EXPECT_EQ(Load(each.text), each.entries == nullptr ? "null" : each.entries) << each.text;
@@ -149,7 +149,7 @@ TEST_F(Readable, ChildrenAreUnknownToTheRegistry) {
 }
 
 TEST_F(Readable, TextsBeyondAnInternedString) {
-    std::string longest(1048567, 'x');
+    const std::string longest(1048567, 'x');
     Tessarin::ITable* root = Open("a " + longest + " b " + longest + "y c 1 " + longest + "z 2");
     ASSERT_NE(root, nullptr);
     EXPECT_STREQ(root->GetString("a"), longest.c_str());

@@ -26,10 +26,10 @@ using TestSupport::FailingHeap;
 using TestSupport::ReadWhole;
 using TestSupport::TemporaryFolder;
 
-/// Whether names have one spelling and folders a slash.
+/// Whether a file has one spelling of its name, and `/` separates folders.
 bool IsPosix() { return fs::path::preferred_separator == '/'; }
 
-/// Where the system shows them, else none.
+/// 0 where the system doesn't list them.
 std::ptrdiff_t OpenFiles() {
     if (!IsPosix()) return 0;
     std::error_code none;
@@ -92,7 +92,7 @@ TEST_F(FileAccess, HasNoObjectForWhatCantBeOpened) {
     }
     EXPECT_EQ(CreateReadFile(nullptr), nullptr);
     EXPECT_EQ(CreateWriteFile(nullptr), nullptr);
-    // The objects take a path as it is; the answer for other spellings is the service's.
+    // The objects take a path as it is; only the service tries other spellings.
     if (IsPosix()) {
         EXPECT_EQ(CreateReadFile(folder.Path("\\A.TXT").c_str()), nullptr);
     }
@@ -213,7 +213,7 @@ TEST_F(FileAccess, ReadsAWholeFileWithZerosBehindIt) {
     for (const char* path : {static_cast<const char*>(nullptr), "", "/missing/file"}) EXPECT_FALSE(ReadsWhole(path));
 }
 
-/// Writes down how it is called.
+/// Records its calls.
 struct RecordingFiles : TestSupport::MemoryFiles {
     void* Open(const char* path, std::int32_t mode) override {
         calls += "open " + std::to_string(mode);
@@ -235,7 +235,7 @@ struct RecordingFiles : TestSupport::MemoryFiles {
     std::string calls;
 };
 
-/// Hosts check what they are asked for, and some can't do more than is asked here.
+/// A host may check what it is asked for, or support these calls alone.
 TEST(HostsFileService, SeesTheseCallsOfALoad) {
     const struct {
         std::optional<std::int32_t> claimed_size;

@@ -1,4 +1,4 @@
-// Files as Linux has them: names with a case, pipes, and files of the kernel's.
+// Files as Linux has them: names with upper and lower case, pipes, and the files of the kernel.
 
 #include "files/file_io.h"
 #include "files/whole_file.h"
@@ -49,7 +49,7 @@ TEST(LinuxFiles, ServiceFindsTheHostsNameToReadButNotToWrite) {
     EXPECT_EQ(std::memcmp(buffer, "host", 4), 0);
     service.Close(handle);
 
-    // Written to, the path is a name of its own, and that is then the first to be found.
+    // Writing creates a file of just that name, which is then found first.
     handle = service.Open(spelt.c_str(), 1);
     ASSERT_NE(handle, nullptr);
     EXPECT_EQ(service.Write(handle, "as it is", 8), 8U);
@@ -62,7 +62,7 @@ TEST(LinuxFiles, ServiceFindsTheHostsNameToReadButNotToWrite) {
     service.Close(handle);
 }
 
-// A file of the kernel's says that it has a page and gives a few bytes.
+// A file of the kernel reports the size of a page and gives a few bytes.
 TEST(LinuxFiles, ReadsNoWholeFileThatGivesLessThanItsSize) {
     const char* path = "/sys/devices/system/cpu/online";
     Tessarin::FileIO service;
