@@ -43,7 +43,7 @@ Row ReadLine(std::string_view& text, std::size_t columns, bool skips_column) {
     const bool ends = text.find('\n') != text.npos;
     std::string_view line = Cut(text, '\n');
     if (ends && !line.empty() && line.back() == '\r') line.remove_suffix(1);
-    std::size_t fields = static_cast<std::size_t>(std::count(line.begin(), line.end(), '\t')) + (ends ? 1 : 0);
+    const std::size_t fields = static_cast<std::size_t>(std::count(line.begin(), line.end(), '\t')) + (ends ? 1 : 0);
     const bool skips = skips_column && line.find('\t') != line.npos;
     Row row(columns);
     for (std::size_t i = 0; i < fields; ++i) {
@@ -119,7 +119,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     files["file"] = text;
     const std::unique_ptr<ITabFile, Releaser> file(CreateTabFile(&files));
     // The second Open drops what the first one read.
-    for (std::uint32_t tried_flags : {flags, flags ^ 7U, flags}) {
+    for (const std::uint32_t tried_flags : {flags, flags ^ 7U, flags}) {
         const std::optional<Grid> grid = Read(text, tried_flags);
         Require(file->Open("file", tried_flags) == grid.has_value(), "refused for no reason, or not refused");
         CheckGrid(*file, grid.value_or(Grid{}));

@@ -1,4 +1,4 @@
-/// A lock that spins for a while before it sleeps: for sections that may reach the heap. Not recursive.
+// A lock that spins for a while before it sleeps: for sections that may reach the heap. Not recursive.
 
 #ifndef TESSARIN_PLATFORM_CRITICAL_SECTION_H
 #define TESSARIN_PLATFORM_CRITICAL_SECTION_H
@@ -13,8 +13,9 @@
 
 namespace Tessarin {
 
-/// The sections that it guards are short, but for a chunk's allocation now and then. So a thread that has spun in vain
-/// naps and looks again, and nobody has to be woken: leaving is one plain store, which is what nearly every use pays.
+/// The sections that it guards are short, except when a chunk is allocated. So a thread that has spun without success
+/// sleeps for a moment and tries again, and no thread has to be woken: leaving is one plain store, which is all that
+/// nearly every use costs.
 class CriticalSection {
 public:
     static constexpr int kSpinCount = 2000;
@@ -26,7 +27,8 @@ public:
     void unlock() { taken_.store(0, std::memory_order_release); }
 
 private:
-    // Naps double: waking costs time too, and where they are counted in milliseconds a shorter one is none.
+    // Each nap is twice as long as the last: waking costs time too, and where the host counts naps in milliseconds a
+    // shorter one is no nap at all.
     static constexpr std::chrono::microseconds kFirstNap{50}, kLongestNap{1600};
 
     bool TryLock() {

@@ -1,5 +1,6 @@
-// The runtime library of Windows reads a narrow path in the code page that the user's settings chose, so a data file's
-// name would be found on one machine and not on the next. UTF-8 is what hosts and files that name others hold anyway.
+// Opening files by UTF-8 paths, and positions of 64 bits. The runtime library of Windows reads a narrow path in the
+// code page of the user's settings, so a file's name would be found on one machine and not on the next. So a path is
+// converted to the wide form there; elsewhere both functions are plain calls.
 
 #include "platform/host_file.h"
 

@@ -1,4 +1,4 @@
-/// What of the runtime library's files differs between hosts: names, and places past 31 bits.
+// Where the runtime library's files differ between hosts: names, and positions past 31 bits.
 
 #ifndef TESSARIN_PLATFORM_HOST_FILE_H
 #define TESSARIN_PLATFORM_HOST_FILE_H

@@ -1,7 +1,8 @@
-// A name that matches has the length of the name it matches, so the host's path is made in place: one copy of the path,
-// in which name after name is replaced by its match. Invariant: all that stands before the name being matched is the
-// host's path already, so the folder to look into is always at hand. There is no way back from a name once it is
-// matched: of two folders whose names differ in case only, the second is never looked into.
+// Matching a path's names without regard to case. A name that matches has the length of the name it matches, so the
+// host's path is made in place: one copy of the path, in which name after name is replaced by its match.
+//
+// Invariant: all that is before the name being matched is the host's path already, so it names the folder to search.
+// A matched name is final: of two folders whose names differ in case only, the second is never searched.
 
 #include "platform/host_path.h"
 
@@ -36,7 +37,7 @@ bool SameButForCase(const char* name, const char* other) {
 
 bool IsFixed(const char* name) { return *name == '\0' || std::strcmp(name, ".") == 0 || std::strcmp(name, "..") == 0; }
 
-/// The folder that `name`, which stands inside `path`, is to be looked up in.
+/// The folder in which to look up `name`, which is a part of `path`.
 DIR* OpenFolder(char* path, char* name) {
     if (name == path) return opendir(".");
     const char first = *name;
@@ -58,7 +59,7 @@ bool MatchInFolder(DIR* folder, char* name) {
     return found;
 }
 
-/// Turns `name`, the last one in `path` as it stands, into the host's. False if there is no match.
+/// Replaces `name`, the last one in `path` at this moment, by the host's. False if there is no match.
 bool MatchName(char* path, char* name) {
     struct stat ignored;
     if (IsFixed(name) || lstat(path, &ignored) == 0) return true;
@@ -71,13 +72,13 @@ bool MatchName(char* path, char* name) {
 
 bool MatchNames(char* path) {
     for (char* name = path;;) {
-        char* stop = std::strchr(name, '/');
-        if (stop == nullptr) return MatchName(path, name);
-        *stop = '\0';
+        char* separator = std::strchr(name, '/');
+        if (separator == nullptr) return MatchName(path, name);
+        *separator = '\0';
         const bool found = MatchName(path, name);
-        *stop = '/';
+        *separator = '/';
         if (!found) return false;
-        name = stop + 1;
+        name = separator + 1;
     }
 }
 

@@ -1,4 +1,4 @@
-/// Arithmetic on floats as everybody expects it, whatever the host has set.
+// Arithmetic on floats that rounds to nearest, whatever rounding the host has set.
 
 #ifndef TESSARIN_PLATFORM_NEAREST_ROUNDING_H
 #define TESSARIN_PLATFORM_NEAREST_ROUNDING_H
@@ -8,7 +8,7 @@
 namespace Tessarin {
 
 /// While it lives, this thread rounds to nearest. Conversions of numbers and text calculate in floats, and so does the
-/// narrowing of a double: a document must give the same values under any rounding of the host's.
+/// narrowing of a double: a document must give the same values whatever the host's rounding is.
 class NearestRounding {
 public:
     NearestRounding() : host_(std::fegetround()) {

@@ -1,7 +1,7 @@
-/// Numbers from text and back, the same in every locale.
-///
-/// A text to be read is the bytes from `first` up to `last`; it ends sooner at the first byte that doesn't belong to
-/// the number, so a NUL ends it too. Nothing is allocated and nothing fails: what is no number is zero. Threads: any.
+// Numbers from text and back, the same in every locale.
+//
+// A text to be read is the bytes from `first` up to `last`; it ends sooner at the first byte that doesn't belong to the
+// number, so a NUL ends it too. Nothing is allocated and nothing fails: what is no number is zero. Threads: any.
 
 #ifndef TESSARIN_PLATFORM_NUMBER_TEXT_H
 #define TESSARIN_PLATFORM_NUMBER_TEXT_H

@@ -1,4 +1,4 @@
-/// A lock that spins until it has what it wants: for sections of a few dozen instructions. Not recursive.
+// A lock that spins until it is free: for sections of a few dozen instructions. Not recursive.
 
 #ifndef TESSARIN_PLATFORM_SPIN_LOCK_H
 #define TESSARIN_PLATFORM_SPIN_LOCK_H
@@ -8,7 +8,7 @@
 
 namespace Tessarin {
 
-/// Tells the processor that a loop waits for another one.
+/// A hint to the processor that this loop waits for another thread.
 inline void SpinPause() {
 #if defined(__i386__) || defined(__x86_64__)
     __builtin_ia32_pause();

@@ -1,5 +1,5 @@
-// Event lists: what the ring leaves open is that an event has 8 bytes or more, and that the buffer comes with the
-// first.
+// Event lists: a ring of records, and beyond what the ring requires an event has 8 bytes or more. The buffer is
+// allocated with the first event.
 
 #include "services/event_list.h"
 
@@ -11,7 +11,7 @@ CEventList::~CEventList() { std::free(buffer_); }
 
 void* CEventList::Push(const void* event) {
     if (event == nullptr) return nullptr;
-    std::uint32_t size = RecordRing::FirstWord(event);
+    const std::uint32_t size = RecordRing::FirstWord(event);
     return size < kLeastSize ? nullptr : ring_.Push(buffer_, event, size);
 }
 

@@ -1,4 +1,4 @@
-/// The list behind Tessarin::EventList: the virtual face of a ring. Threads: one at a time per list.
+// The list behind Tessarin::EventList: a virtual wrapper of a ring of records. Threads: one at a time per list.
 
 #ifndef TESSARIN_SERVICES_EVENT_LIST_H
 #define TESSARIN_SERVICES_EVENT_LIST_H
@@ -34,8 +34,7 @@ public:
 private:
     RecordRing ring_{};
     unsigned char* buffer_ = nullptr; // the ring's bytes, null until the first event
-    // Two lists stand side by side on the heap, each written by another thread: their words must not share a cache
-    // line.
+    // Two lists are neighbours on the heap, each written by another thread: their words must not share a cache line.
     [[maybe_unused]] unsigned char apart_[64]{};
 };
 

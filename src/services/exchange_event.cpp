@@ -1,13 +1,15 @@
-// Exchange events.
+// Exchange events: producers append to one list while the consumer reads the other; an exchange swaps their roles.
+//
+//     producers --lock--> lists_[write_index_]      lists_[1 - write_index_] --no lock--> consumer
 //
 // Invariants:
-// 1. The list at write_index_ is touched under the lock alone; the other one is the consumer's, with no lock.
-// 2. write_index_ changes under the lock, and only the consumer changes it: so it reads it without.
-// 3. An event that a Post has stored before an Exchange takes the lock is in the list that this Exchange hands out. The
-//    lock's release and acquire carry the bytes over.
+// 1. The list at write_index_ is touched under the lock only; the other one is the consumer's, with no lock.
+// 2. write_index_ changes under the lock, and only the consumer changes it: so the consumer reads it without the lock.
+// 3. An event that a Post has stored before an Exchange takes the lock is in the list that this Exchange returns. The
+//    lock's release and acquire make its bytes visible.
 //
-// The lock naps after having spun in vain. Producers that spin alone stand still, all of them, for a whole turn of the
-// system's whenever the holder is put off its processor, as happens where there are more threads than processors.
+// The lock sleeps after it has spun without success. With a lock that only spins, all producers waste a whole time
+// slice whenever the system suspends the holder, which happens where there are more threads than processors.
 
 #include "services/exchange_event.h"
 
@@ -44,7 +46,7 @@ std::uint32_t ExchangeEvent::Post(const void* event) {
 }
 
 EventList* ExchangeEvent::Exchange() {
-    std::uint32_t written = write_index_;
+    const std::uint32_t written = write_index_;
     const std::lock_guard guard(lock_);
     write_index_ = 1 - written;
     return lists_[written];

@@ -1,4 +1,4 @@
-/// The two lists behind Tessarin::IExchangeEvent, and the lock of the one that is being written.
+// The two lists behind Tessarin::IExchangeEvent, and the lock of the one that is being written.
 
 #ifndef TESSARIN_SERVICES_EXCHANGE_EVENT_H
 #define TESSARIN_SERVICES_EXCHANGE_EVENT_H

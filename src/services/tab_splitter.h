@@ -1,4 +1,4 @@
-// Tab-separated text: bytes in, fields out, each with its place. What the fields are for is the caller's matter.
+// A parser of tab-separated text: bytes in, fields out, each with its place. It doesn't know what the fields fill.
 //
 //     item TAB price CR LF lamp TAB 12 LF rope TAB
 //     \__/     \___/       \__/     \/    \__/     |

@@ -1,4 +1,4 @@
-/// The library as a host loads it by hand.
+// The library as a host loads it by hand.
 
 #ifndef TESSARIN_TESTS_ABI_LOADED_LIBRARY_H
 #define TESSARIN_TESTS_ABI_LOADED_LIBRARY_H
@@ -12,7 +12,7 @@
 
 #include <dlfcn.h>
 
-/// Ends the program with a word of what went wrong.
+/// Ends the program with a message unless `holds`.
 inline void Require(bool holds, const char* what) {
     if (holds) return;
     std::fprintf(stderr, "failed: %s\n", what);

@@ -8,7 +8,7 @@
 namespace {
 
 std::size_t HeapInUse() {
-    auto heap = mallinfo2();
+    const auto heap = mallinfo2();
     return heap.uordblks + heap.hblkhd;
 }
 
@@ -20,14 +20,14 @@ int main(int count, char** arguments) {
     std::size_t warm = 0;
     for (int round = 0; round < kRounds; ++round) {
         {
-            LoadedLibrary library(arguments[1]);
+            const LoadedLibrary library(arguments[1]);
             UseLibrary(library, arguments[2]);
         }
         Require(dlopen(arguments[1], RTLD_NOW | RTLD_NOLOAD) == nullptr, "the library is unloaded");
         if (round == kWarm) warm = HeapInUse();
     }
-    std::size_t in_the_end = HeapInUse(); // before printf takes a buffer of its own
-    std::printf("heap in use: %zu bytes after %d rounds, %zu after %d\n", warm, kWarm + 1, in_the_end, kRounds);
-    Require(in_the_end <= warm, "nothing stays behind");
+    const std::size_t at_end = HeapInUse(); // before printf takes a buffer of its own
+    std::printf("heap in use: %zu bytes after %d rounds, %zu after %d\n", warm, kWarm + 1, at_end, kRounds);
+    Require(at_end <= warm, "nothing stays behind");
     return 0;
 }

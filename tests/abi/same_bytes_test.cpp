@@ -1,5 +1,5 @@
 // What is written on one target is read on the others, so every target writes the same bytes: sums of what the library
-// makes of the samples, and of numbers from all over the range of floats, against the ones that stand here. A sum that
+// makes of the samples, and of numbers from all over the range of floats, against the ones in this file. A sum that
 // differs on one target alone is a fault of the library there; one that differs everywhere, a change of the form.
 
 #include "tests/support/memory_files.h"

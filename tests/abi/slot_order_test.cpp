@@ -40,7 +40,7 @@ struct Longer : Interface {
     virtual void Behind() = 0;
 };
 
-/// Operations stand in this order from slot `first` on, and behind them `rest` slots end the table.
+/// Operations are in this order from slot `first` on, and behind them `rest` slots end the table.
 template <class Interface, class... Methods>
 void ExpectOrder(std::size_t first, std::size_t rest, Methods... methods) {
     const std::vector<std::size_t> slots = {SlotOf(methods)...};

@@ -1,3 +1,5 @@
+// The lock that sleeps: exclusion under contention, and waiting that costs no processor time.
+
 #include "platform/critical_section.h"
 
 #include <gtest/gtest.h>

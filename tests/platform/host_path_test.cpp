@@ -1,3 +1,5 @@
+// Paths with `\` against a tree of files: case, byte order, whole names, and memory that runs out.
+
 #include "platform/host_path.h"
 
 #include "tests/support/failing_heap.h"
@@ -18,9 +20,9 @@ constexpr const char* kNoMatch = "no match";
 
 std::string Host(const std::string& path) {
     char* host = Tessarin::HostPath(path.c_str());
-    std::string answer = host == nullptr ? kNoMatch : host;
+    const std::string path_or_none = host == nullptr ? kNoMatch : host;
     std::free(host);
-    return answer;
+    return path_or_none;
 }
 
 /// Relative paths start in the folder while it lives.
@@ -58,7 +60,7 @@ TEST_F(HostPath, MatchesEachNameInItsFolder) {
         {".\\data\\..\\data\\.\\items", "./Data/../Data/./Items"},
         {"data\\\\items\\", "Data//Items/"},
         {"data2\\", "data2/"},
-        // An exact match comes first, then byte order, in which capitals stand before small letters.
+        // An exact match comes first, then byte order, in which capitals come before small letters.
         {"data\\a.tab", "Data/a.tab"},
         {"data\\A.TAB", "Data/A.tab"},
         {"data\\B.Tab", "Data/B.tab"},

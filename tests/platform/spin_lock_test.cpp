@@ -1,3 +1,5 @@
+// The lock that spins: exclusion under contention.
+
 #include "platform/spin_lock.h"
 
 #include <gtest/gtest.h>

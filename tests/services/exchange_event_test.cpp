@@ -1,4 +1,4 @@
-/// Exchange events and their lists: sizes, the two lists in turn, memory that runs out, producers on several threads.
+// Exchange events and their lists: sizes, the two lists in turn, memory that runs out, producers on several threads.
 
 #include "services/event_list.h"
 #include "tessarin/events.h"
@@ -43,7 +43,7 @@ TEST(EventList, GrowsFromItsFirstEvent) {
                           Case{{16, 5000}, 18224}, Case{{55904, 5536}, 98304}, Case{{55904, 5535}, 131070}}) {
         CEventList list;
         std::vector<Record> stored;
-        for (std::uint32_t size : c.sizes) {
+        for (const std::uint32_t size : c.sizes) {
             Record record = MakeRecord(size, size);
             const void* place = list.Push(record.data());
             EXPECT_EQ(place != nullptr, size >= 8);
@@ -113,7 +113,7 @@ TEST(ExchangeEvent, HandsOutItsListsInTurn) {
 
 TEST(ExchangeEvent, LosesOneEventWhenMemoryRunsOut) {
     const std::array events = {MakeRecord(24, 1), MakeRecord(5000, 2), MakeRecord(32, 3)};
-    std::size_t failures = FailEachAllocation([&](FailingHeap& heap) {
+    const std::size_t failures = FailEachAllocation([&](FailingHeap& heap) {
         IExchangeEvent* exchange = CreateExchangeEvent();
         EXPECT_TRUE(exchange != nullptr || heap.Failed());
         if (exchange == nullptr) return;
@@ -157,7 +157,7 @@ TEST(ExchangeEvent, ThreadsLoseNoEvent) {
         last = posting == 0; // what was posted by now comes with this exchange
         EventList* list = exchange->Exchange();
         for (; const auto* words = static_cast<const std::uint32_t*>(list->Front()); list->Pop()) {
-            std::uint32_t n = words[2];
+            const std::uint32_t n = words[2];
             if (words[1] >= kProducers || n != next[words[1]]++ || words[0] != (3 + n % 14) * 4) ++wrong;
             for (std::uint32_t i = 3; i < words[0] / 4; ++i) wrong += words[i] == (n ^ i) ? 0 : 1;
             if (wrong != 0) break;
@@ -166,7 +166,7 @@ TEST(ExchangeEvent, ThreadsLoseNoEvent) {
     }
     threads.clear();
     EXPECT_EQ(wrong, 0U);
-    for (std::uint32_t count : next) EXPECT_EQ(count, kEvents);
+    for (const std::uint32_t count : next) EXPECT_EQ(count, kEvents);
     exchange->Release();
 }
 

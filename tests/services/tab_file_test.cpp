@@ -17,7 +17,7 @@
 
 #include <gtest/gtest.h>
 
-// AddressSanitizer's heap ends the program when it can't give what is asked for, unless it is told to answer null.
+// AddressSanitizer's heap ends the program when an allocation fails, unless this option makes it return null.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; } // NOLINT
 
 namespace {
@@ -104,7 +104,7 @@ TEST_F(TabFile, CutsTheTextAtTabsAndLineEnds) {
         {"a\xFF\xFF\t1", kLine, "1x1: ~/"},
         {"a\tb\n", kLine, kRefused},
         {"a\tb", kLine, kRefused},
-        // A default stands in for an empty field, never for a missing one.
+        // A default replaces an empty field, never a missing one.
         {"x\ty\n\tb\na\n\t\n", kDefaults, "3x2: x|b/ a|~/ x|y/"},
         {"x\n\t\r\n", kDefaults, "1x1: x/"},
         {"x\ty\r\na\t\r\n", kDefaults, "1x2: a|y/"},
@@ -114,7 +114,7 @@ TEST_F(TabFile, CutsTheTextAtTabsAndLineEnds) {
         {"\ty\n\t\n", kDefaults, "1x2: |y/"},
         {"x\ty\n", kDefaults, kRefused},
         {"h\ti\nx\ty\n", kDefaults | kLine, kRefused},
-        // The skipped field gives way to the one behind it.
+        // The skipped field is overwritten by the one behind it.
         {"k\t1\t2\n", kColumn, "1x2: 1|2/"},
         {"k\t1\nk\n\t\nk\t2\t3\n", kColumn, "4x1: 1/ k/ / 2/"},
         {"k\tx\n\n\t\nk\t\n", kDefaults | kColumn, "3x1: x/ x/ x/"},
@@ -157,7 +157,7 @@ TEST_F(TabFile, ReadsNumbersInAnyLocale) {
     }
 }
 
-TEST_F(TabFile, AnswersTheDefaultWhereNoCellIs) {
+TEST_F(TabFile, ReturnsTheDefaultWhereNoCellIs) {
     const auto expect_none = [this](std::uint32_t row, std::uint32_t column) {
         EXPECT_EQ(file->GetCell(row, column), nullptr) << row << "," << column;
         EXPECT_EQ(file->GetInteger(row, column, 7), 7);
@@ -224,14 +224,14 @@ TEST_F(TabFile, EveryAllocationMayFail) {
     files["f"] = "h\ti\nx\ty\n\t2\n";
     ASSERT_TRUE(file->Open("f", 0)); // its path is interned, for good
     const std::size_t failures = FailEachAllocation([this](const FailingHeap& heap) {
-        ITabFile* its_file = CreateTabFile(&files);
-        const bool opened = its_file != nullptr && its_file->Open("f", kDefaults | kLine);
+        ITabFile* created = CreateTabFile(&files);
+        const bool opened = created != nullptr && created->Open("f", kDefaults | kLine);
         EXPECT_EQ(opened, !heap.Failed());
-        const std::uint32_t rows = its_file == nullptr ? 0 : its_file->GetRowCount();
-        const bool opened_again = its_file != nullptr && its_file->Open("f", kDefaults | kLine);
+        const std::uint32_t rows = created == nullptr ? 0 : created->GetRowCount();
+        const bool opened_again = created != nullptr && created->Open("f", kDefaults | kLine);
         EXPECT_EQ(rows, opened ? 1U : 0U);
-        EXPECT_EQ(opened_again, its_file != nullptr && (!heap.Failed() || !opened));
-        if (its_file != nullptr) its_file->Release();
+        EXPECT_EQ(opened_again, created != nullptr && (!heap.Failed() || !opened));
+        if (created != nullptr) created->Release();
         EXPECT_EQ(heap.Outstanding(), 0);
     });
     EXPECT_EQ(failures, 7U); // the object, and text, defaults and cells of each Open

@@ -1,9 +1,11 @@
+// A host of the installed library: it compiles, links and runs with nothing but the package.
+
 #include <tessarin/tessarin.h>
 
 int main() {
     Tessarin::ITable* table = CreateTable();
-    SetInteger(table, "answer", 42);
-    int answer = GetInteger(table, "answer");
+    SetInteger(table, "depth", 42);
+    const int depth = GetInteger(table, "depth");
     CloseTable(table);
-    return answer == 42 ? 0 : 1;
+    return depth == 42 ? 0 : 1;
 }
