@@ -1,8 +1,8 @@
 // A parser of tab-separated text: bytes in, fields out, each with its place. It doesn't know what the fields fill.
 //
-//     item TAB price CR LF lamp TAB 12 LF rope TAB
-//     \__/     \___/       \__/     \/    \__/     |
-//     0,0 tab  0,1 CR LF   1,0 tab  1,1   2,0 tab  2,1 text end, empty
+//     item TAB price CR LF lamp TAB 12 LF  rope TAB
+//     \__/     \___/       \__/     \/     \__/     |
+//     0,0 tab  0,1 CR LF   1,0 tab  1,1 LF 2,0 tab  2,1 text end, an empty field
 //
 // Invariants:
 // 1. Only tabs and line feeds close a field, whatever other bytes there are, NULs too. A carriage return is a byte of
