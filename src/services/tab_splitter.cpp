@@ -1,6 +1,6 @@
-// The search for delimiters: a block of bytes becomes a word of bits, without a branch for any byte. The rows OpenTabFile
-// of the benchmark need that: with a loop from byte to byte they take 2.7 times as long, with memchr from field to field
-// 1.9 times, and with the word put together bit by bit, without the product, twice.
+// The search for delimiters: a block of bytes becomes a word of bits, without a branch for any byte. The rows
+// OpenTabFile of the benchmark need that: with a loop from byte to byte they take 2.7 times as long, with memchr from
+// field to field 1.9 times, and with the word put together bit by bit, without the product, twice.
 
 #include "services/tab_splitter.h"
 
