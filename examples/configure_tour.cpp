@@ -94,7 +94,7 @@ void PrintSummary(const std::string& path, ITable* root) {
 // for each separator.
 std::string OtherSpelling(const std::string& key) {
     std::string spelling;
-    for (char byte : key) {
+    for (const char byte : key) {
         spelling += static_cast<char>(std::toupper(static_cast<unsigned char>(byte)));
         if (byte == '\\') spelling.replace(spelling.size() - 1, 1, "//");
     }
@@ -147,7 +147,7 @@ struct Lookup {
     // A text that isn't all digits gives some number with another spelling.
     static std::uint32_t Number(const std::string& digits) {
         std::uint32_t number = 0;
-        for (char digit : digits) number = number * 10 + static_cast<std::uint32_t>(digit - '0');
+        for (const char digit : digits) number = number * 10 + static_cast<std::uint32_t>(digit - '0');
         return number;
     }
 
@@ -171,7 +171,7 @@ struct Lookup {
     // The pieces between the colons; after a colon at the end comes an empty piece.
     static std::vector<std::string> Split(const std::string& key) {
         std::vector<std::string> pieces(1);
-        for (char byte : key) {
+        for (const char byte : key) {
             if (byte == ':') pieces.emplace_back();
             if (byte != ':') pieces.back() += byte;
         }

@@ -105,7 +105,7 @@ std::string Text(float number) {
 // Written like a vector in a document; a single number has no brackets.
 std::string Text(const std::vector<float>& numbers) {
     std::string text;
-    for (float number : numbers) text += (text.empty() ? "" : ", ") + Text(number);
+    for (const float number : numbers) text += (text.empty() ? "" : ", ") + Text(number);
     return numbers.size() == 1 ? text : "[" + text + "]";
 }
 

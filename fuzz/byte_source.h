@@ -37,7 +37,7 @@ public:
 
     /// A length of one byte, then that many bytes, cut at the first NUL.
     std::string Text() {
-        std::string text(Run(Byte()));
+        const std::string text(Run(Byte()));
         return text.substr(0, text.find('\0'));
     }
 

@@ -38,7 +38,7 @@ std::string LowerCase(std::string text) {
 
 std::string PathForm(const std::string& text) {
     std::string path;
-    for (char byte : LowerCase(text)) {
+    for (const char byte : LowerCase(text)) {
         const bool separates = byte == '/' || byte == '\\';
         if (path.size() == 255) break;
         if (!separates || path.empty() || path.back() != '\\') path += separates ? '\\' : byte;

@@ -19,7 +19,7 @@ void CheckUnit(IIterator& unit) {
     const bool is_scalar = unit.GetType() == KIND_STRING;
     const bool is_text = is_scalar && unit.GetString() != nullptr;
     const bool tests[] = {unit.IsInteger(), unit.IsFloat(), unit.IsString(), unit.IsBool()};
-    for (bool test : tests) Require(test == is_scalar, "a test of a scalar is wrong");
+    for (const bool test : tests) Require(test == is_scalar, "a test of a scalar is wrong");
     Require(unit.IsArray() == (unit.GetArray() != nullptr), "an array isn't handed out");
     Require(unit.IsTable() == (unit.GetTable() != nullptr), "a table isn't handed out");
     Require(unit.IsInterval() == (is_text && Interval::CanToInterval(unit.GetString()) != 0), "a test of an interval");
@@ -213,7 +213,7 @@ void CheckWritten(LoadedFile& file, const Node& tree) {
     if (!text) return;
     const bool is_sayable = IsSayable(tree);
     const std::string expected = is_sayable ? Spelled(tree, Kept::kWritten) : "";
-    for (std::uint32_t access : {ACCESS_EDIT, ACCESS_READ}) {
+    for (const std::uint32_t access : {ACCESS_EDIT, ACCESS_READ}) {
         LoadedFile written;
         ITable* root = written.Load(*text, access, FORMAT_TEXT);
         if (!is_sayable) continue;

@@ -421,7 +421,7 @@ public:
         Require((i32hm_empty(map_) != 0) == entries_.empty(), "empty, or not");
         hm_node* node = i32hm_begin(map_);
         for (const auto& chain : chains_) {
-            for (std::uintptr_t key : chain) {
+            for (const std::uintptr_t key : chain) {
                 const auto& [expected, value] = entries_.at(key);
                 Require(node == expected && i32hm_find(map_, key) == node, "the walk reaches another node");
                 Require(Holds(i32hm_ptr2value(node), value) && ptrhm_get(map_, key) == i32hm_ptr2value(node),
@@ -449,7 +449,7 @@ private:
     void Double() {
         Chains doubled(chains_.size() * 2);
         for (const auto& chain : chains_) {
-            for (std::uintptr_t key : chain) ChainOf(doubled, key).push_front(key);
+            for (const std::uintptr_t key : chain) ChainOf(doubled, key).push_front(key);
         }
         chains_ = std::move(doubled);
     }

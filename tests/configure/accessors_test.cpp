@@ -169,15 +169,15 @@ TEST_P(Families, ArraysAreReadByPosition) {
         EXPECT_EQ(Results(*array, i), expected[i]);
     }
     const auto count = static_cast<std::uint32_t>(expected.size());
-    for (std::uint32_t beyond : {count, count + 1, UINT32_MAX}) {
+    for (const std::uint32_t beyond : {count, count + 1, UINT32_MAX}) {
         EXPECT_EQ(array->At(beyond), nullptr);
         EXPECT_EQ(Results(*array, beyond), "42 4.5 null false - -");
     }
 }
 
 TEST_P(Families, TextKeysAreFoundInAnyCaseAndWhole) {
-    Loaded loaded(GetParam(),
-                  "Speed = 5\n7 = s\nA//B = p\n4294967295 = big\n\"\xE9\xC9Z\" = e\n\"\" = none\n\"a b\" = blank");
+    const Loaded loaded(
+        GetParam(), "Speed = 5\n7 = s\nA//B = p\n4294967295 = big\n\"\xE9\xC9Z\" = e\n\"\" = none\n\"a b\" = blank");
     ITable& root = *loaded.root;
     for (const char* key : {"speed", "SPEED", "7", "a\\b", "A\\B", "\xE9\xC9z", "a b"})
         EXPECT_NE(root.Find(key), nullptr) << key;
@@ -209,7 +209,7 @@ TEST_P(Families, CompositeKeysAreBuiltOfPieces) {
                                    std::string("tex\\a:t"), std::string("a b"), std::string(":")}) {
         text += '"' + key + "\" = plain\n\"" + key + ":\" = colon\n";
     }
-    Loaded loaded(GetParam(), text + "\"\" = empty");
+    const Loaded loaded(GetParam(), text + "\"\" = empty");
     ITable& root = *loaded.root;
     const std::string found = GetParam() == Family::kBinary ? "plain" : "colon";
     EXPECT_EQ(root.GetStringFormat("is", 7, "X"), found);
@@ -237,7 +237,7 @@ TEST_P(Families, CompositeKeysAreBuiltOfPieces) {
 }
 
 TEST_P(Families, ADefaultTableServesItsSiblingsAndNoFurther) {
-    Loaded loaded(GetParam(), R"(
+    const Loaded loaded(GetParam(), R"(
         t = { y = own, sub = { z = 1 } }
         _DEFAULT = { x = d, shared = { s = 1 } "" = e, _default = { x = deep } }
         list = { { a = 1 } { _default = { x = inner } kid = { } } }
@@ -287,7 +287,7 @@ TEST_P(Families, EntriesComeInTheOrderOfTheFamily) {
 }
 
 TEST(Accessors, BothEntriesOfOneKeyCount) {
-    for (int count : {3, 40}) {
+    for (const int count : {3, 40}) {
         // The keys are interned in another order than that of the file, so their addresses are, too.
         std::string text;
         for (int i = count; i-- > 0;) {
@@ -296,7 +296,7 @@ TEST(Accessors, BothEntriesOfOneKeyCount) {
             text.insert(0, '"' + key + "\" = first \"" + key + "\" = last\n");
         }
         const std::string key = std::to_string(count) + " entries 1";
-        for (Family family : {Family::kText, Family::kEdit}) {
+        for (const Family family : {Family::kText, Family::kEdit}) {
             Loaded loaded(family, text);
             EXPECT_EQ(loaded.root->GetCount(), 2U * static_cast<unsigned>(count));
             // A lookup finds the first one in the file.
@@ -323,8 +323,8 @@ TEST_P(Families, AnEntryWithoutAValueReadsAsZero) {
 }
 
 TEST(Accessors, OnlyAnEditedTreeChanges) {
-    for (Family family : {Family::kText, Family::kBinary}) {
-        Loaded loaded(family, "a = 1 l = { 1, {} } t = { }");
+    for (const Family family : {Family::kText, Family::kBinary}) {
+        const Loaded loaded(family, "a = 1 l = { 1, {} } t = { }");
         ITable& root = *loaded.root;
         IArray& list = *root.GetArray("l");
         for (IIterator* unit : {root.Find("a"), list.At(0)}) {

@@ -19,7 +19,7 @@ struct Edited : Loaded {
 };
 
 TEST(Edit, AddsEntriesUnderKeysThatAreFree) {
-    Edited tree("a = 1 P//Q = 2");
+    const Edited tree("a = 1 P//Q = 2");
     ITable& root = *tree.root;
     IIterator* text = root.AddString("Key", "MixedCase");
     IIterator* array = root.AddArray("List");
@@ -75,7 +75,7 @@ TEST(Edit, ArraysGrowAtTheEnd) {
 }
 
 TEST(Edit, RemoveClosesTheGap) {
-    Edited tree("a = 1 b = 2 c = 3 d = 4 t = { a = 5 }");
+    const Edited tree("a = 1 b = 2 c = 3 d = 4 t = { a = 5 }");
     ITable& root = *tree.root;
     IIterator* c = root.Find("c");
     EXPECT_EQ(root.Remove(root.Find("b")), c);
@@ -115,10 +115,10 @@ TEST(Edit, ARemovedDefaultGoesOnServing) {
 TEST(Edit, SettersReplaceTheText) {
     // Files never have the locale's decimal comma.
     const TestSupport::CommaLocale comma;
-    Edited tree("a = x l = { 1 } t = { }");
+    const Edited tree("a = x l = { 1 } t = { }");
     ITable& root = *tree.root;
     for (IIterator* unit : {root.Find("a"), root.GetArray("l")->At(0)}) {
-        for (std::int32_t value : {-5, 0, std::numeric_limits<std::int32_t>::min()}) {
+        for (const std::int32_t value : {-5, 0, std::numeric_limits<std::int32_t>::min()}) {
             EXPECT_TRUE(unit->SetInteger(value));
             EXPECT_EQ(unit->GetString(), std::to_string(value));
             EXPECT_EQ(unit->GetInteger(), value);
@@ -139,7 +139,7 @@ TEST(Edit, SettersReplaceTheText) {
 }
 
 TEST(Edit, SetKeyAsksNothing) {
-    Edited tree("a = 1 t = { x = 1 } b = 2");
+    const Edited tree("a = 1 t = { x = 1 } b = 2");
     ITable& root = *tree.root;
     IIterator* a = root.Find("a");
     IIterator* b = root.Find("b");

@@ -69,7 +69,7 @@ TEST_F(File, EveryLoadDropsWhatWasThere) {
     files["good"] = "a = 1";
     files["bad"] = "= 1";
     cstr text = nullptr;
-    for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+    for (const std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
         for (const char* path : {"bad", "missing", "", static_cast<const char*>(nullptr)}) {
             ASSERT_NE(file->Load("good", access, FORMAT_AUTO), nullptr);
             text = file->GetRoot()->GetString("a");
@@ -140,14 +140,14 @@ TEST_F(File, ARefusedSaveOpensNothingUnlessItsTheContent) {
     files["f"] = "a = 1";
     file->Load("f", ACCESS_EDIT, FORMAT_TEXT);
     const int opens = files.opens;
-    for (std::uint32_t format : {FORMAT_TEXT, FORMAT_BINARY}) {
+    for (const std::uint32_t format : {FORMAT_TEXT, FORMAT_BINARY}) {
         EXPECT_FALSE(file->SaveAs(nullptr, format));
         EXPECT_FALSE(file->SaveAs("", format));
     }
-    for (std::uint32_t format : {0U, 1U, 4U}) EXPECT_FALSE(file->SaveAs("g", format)) << format;
+    for (const std::uint32_t format : {0U, 1U, 4U}) EXPECT_FALSE(file->SaveAs("g", format)) << format;
     EXPECT_EQ(files.opens, opens);
     file->Reset();
-    for (std::uint32_t format : {FORMAT_TEXT, FORMAT_BINARY}) {
+    for (const std::uint32_t format : {FORMAT_TEXT, FORMAT_BINARY}) {
         files["g"] = "old";
         EXPECT_FALSE(file->SaveAs("g", format));
         EXPECT_EQ(files["g"], "");
@@ -156,7 +156,7 @@ TEST_F(File, ARefusedSaveOpensNothingUnlessItsTheContent) {
 
 TEST_F(File, OnlyTheBinaryFormCaresForShortWrites) {
     files["f"] = "a = { 1, { b = text } }";
-    for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+    for (const std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
         file->Load("f", access, FORMAT_TEXT);
         files.write_room = MemoryFiles::kUnlimited;
         ASSERT_TRUE(file->SaveAs("g", FORMAT_BINARY));
@@ -214,7 +214,7 @@ TEST_F(File, TextHasRoomForSoMuchOnALine) {
     };
     for (const auto& [text, fits] : cases) {
         files["f"] = text;
-        for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+        for (const std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
             const std::string tree = TextOf(file->Load("f", access, FORMAT_TEXT));
             EXPECT_EQ(file->SaveAs("g", FORMAT_TEXT), fits) << text;
             EXPECT_TRUE(file->SaveAs("b", FORMAT_BINARY));
@@ -264,7 +264,7 @@ TEST_F(File, OneKeyIsOneEntryInTheBinaryForm) {
     };
     for (const auto& [text, tree] : cases) {
         files["f"] = text;
-        for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+        for (const std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
             file->Load("f", access, FORMAT_TEXT);
             EXPECT_EQ(file->SaveAs("b", FORMAT_BINARY), tree != nullptr) << text;
             const std::string saved = TextOf(file->Load("b", ACCESS_READ, FORMAT_BINARY));
@@ -283,7 +283,7 @@ TEST_F(File, DepthIsNoMatter) {
             while (table != nullptr && table->GetCount() == 1) table = table->GetTable("a"), ++depth;
             return depth;
         };
-        for (std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
+        for (const std::uint32_t access : {ACCESS_READ, ACCESS_EDIT}) {
             EXPECT_EQ(depth_of(file->Load("deep", access, FORMAT_TEXT)), kDepth);
             EXPECT_FALSE(file->SaveAs("text", FORMAT_TEXT));
             EXPECT_TRUE(file->SaveAs(access == ACCESS_READ ? "read" : "edit", FORMAT_BINARY));
@@ -324,7 +324,7 @@ TEST(ConfigureThreads, ReadOneTreeByEveryKindOfKey) {
         const std::string n = std::to_string(i);
         text += '"' + n + "\" = " + n + " \"" + n + ":\" = " + n + " \"k/" + n + "\" = \"[0," + n + "]\" ";
     }
-    for (Family family : {Family::kText, Family::kBinary}) {
+    for (const Family family : {Family::kText, Family::kBinary}) {
         Loaded loaded(family, text + '}');
         ITable* table = loaded.root->GetTable("t");
         AtOnce([table](int thread) {

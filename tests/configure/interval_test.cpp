@@ -131,10 +131,10 @@ TEST(Interval, WhatIsInside) {
     };
     for (const Case& its : cases) {
         const Interval interval = Of(its.text);
-        for (std::int32_t value : its.in) EXPECT_EQ(interval.Hit(value), 1) << its.text << value;
-        for (std::int32_t value : its.out) EXPECT_EQ(interval.Hit(value), 0) << its.text << value;
-        for (float value : its.real_in) EXPECT_EQ(interval.Hit(value), 1) << its.text << value;
-        for (float value : its.real_out) EXPECT_EQ(interval.Hit(value), 0) << its.text << value;
+        for (const std::int32_t value : its.in) EXPECT_EQ(interval.Hit(value), 1) << its.text << value;
+        for (const std::int32_t value : its.out) EXPECT_EQ(interval.Hit(value), 0) << its.text << value;
+        for (const float value : its.real_in) EXPECT_EQ(interval.Hit(value), 1) << its.text << value;
+        for (const float value : its.real_out) EXPECT_EQ(interval.Hit(value), 0) << its.text << value;
     }
     Interval odd = Of("[1,5]");
     odd.flags = 16;
@@ -176,7 +176,7 @@ TEST(Interval, DrawsAreHundredthsBelowTheUpperBound) {
     std::set<float> possible, seen;
     for (int i = 0; i < 100; ++i) possible.insert(static_cast<float>(i) * 0.01F * 2.0F + 2.0F);
     for (int i = 0; i < 5000; ++i) seen.insert(interval.Random());
-    for (float drawn : seen) EXPECT_EQ(possible.count(drawn), 1U) << drawn;
+    for (const float drawn : seen) EXPECT_EQ(possible.count(drawn), 1U) << drawn;
     EXPECT_GT(seen.size(), 90U);
     EXPECT_EQ(Of("[5,5]").Random(), 5.0F);
     EXPECT_EQ(Interval().Random(), 0.0F);

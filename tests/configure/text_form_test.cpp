@@ -19,8 +19,8 @@ struct Case {
 
 /// The tree in the order of the text, the same with both accesses; "(none)" if it doesn't load.
 std::string TreeOf(std::string_view text) {
-    Loaded edited(Family::kEdit, text);
-    Loaded read(Family::kText, text);
+    const Loaded edited(Family::kEdit, text);
+    const Loaded read(Family::kText, text);
     EXPECT_EQ(TextOf(read.root, Order::kSorted), TextOf(edited.root, Order::kSorted));
     return TextOf(edited.root);
 }

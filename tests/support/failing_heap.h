@@ -36,6 +36,7 @@ public:
 template <class Attempt>
 std::size_t FailEachAllocation(Attempt attempt) {
     for (std::size_t n = 0;; ++n) {
+        // NOLINTNEXTLINE(misc-const-correctness): what runs may be given it to change
         FailingHeap heap(n);
         attempt(heap);
         if (!heap.Failed()) return n;

@@ -20,7 +20,7 @@ void RunOnSmallStack(Work work, std::size_t bytes = 256 * 1024) {
         (*static_cast<Work*>(argument))();
         return nullptr;
     };
-    bool started = pthread_create(&thread, &attributes, run, &work) == 0;
+    const bool started = pthread_create(&thread, &attributes, run, &work) == 0;
     pthread_attr_destroy(&attributes);
     if (!started) throw std::runtime_error("no thread");
     pthread_join(thread, nullptr);
