@@ -44,7 +44,7 @@ public:
             while (others.size() + 1 < std::min(cores, files_.size())) {
                 others.emplace_back(&FolderCompiler::Work, this);
             }
-        } catch (const std::system_error&) {
+        } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch): the comment says why
             // The system gives no more threads: those that there are do all of the work.
         }
         Work();

@@ -98,7 +98,8 @@ bool Pair::SameVector(const Vector& vector) const {
     std::memcpy(wanted, &vector, sizeof wanted);
     for (std::size_t i = 0; i < kCount; ++i) {
         const float difference = stored[i] - wanted[i];
-        if (!(difference > -kTolerance && difference < kTolerance)) return false; // a NaN is a change
+        const bool is_same = difference > -kTolerance && difference < kTolerance; // a NaN is a change
+        if (!is_same) return false;
     }
     return true;
 }
