@@ -35,7 +35,9 @@ public:
         while (parser_.Next(event)) {
             if (!Store(event)) return false;
         }
-        return parser_.Failure().error == ReadableError::kNone;
+        if (parser_.Failure().error == ReadableError::kNone) return true;
+        static_cast<void>(Interned(event.key)); // a key is a text of the process even if its value is missing
+        return false;
     }
 
 private:

@@ -47,12 +47,16 @@ bool WholeFile::Read(const char* path, std::uint32_t spare) {
 }
 
 bool WholeFile::Read(::IFileIO& service, const char* path, std::uint32_t spare) {
-    void* handle = service.Open(path, kOpenToRead);
-    if (handle == nullptr) return false;
-    OpenedHandle file{service, handle};
-    const bool read = ReadAll(file, spare, *this);
-    service.Close(handle);
-    return read;
+    service_ = &service;
+    handle_ = service.Open(path, kOpenToRead);
+    if (handle_ == nullptr) return false;
+    OpenedHandle file{service, handle_};
+    return ReadAll(file, spare, *this);
+}
+
+WholeFile::~WholeFile() {
+    bytes.reset();
+    if (handle_ != nullptr) service_->Close(handle_);
 }
 
 } // namespace Tessarin

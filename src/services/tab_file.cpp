@@ -100,13 +100,18 @@ bool TabFile::Open(const char* path, std::uint32_t flags) {
     flags_ = flags;
     path_ = string_table->InternPath(path);
     if (path_ == nullptr) return false;
+    const bool loaded = Load();
+    if (!loaded) Clear();
+    return loaded;
+}
+
+/// The file is closed when all is done.
+bool TabFile::Load() {
     WholeFile file;
     if (!file.Read(*file_io_, path_, 0)) return false;
     text_ = file.bytes.release();
     text_size_ = file.size;
-    if (text_size_ == 0 || Split()) return true;
-    Clear();
-    return false;
+    return text_size_ == 0 || Split();
 }
 
 /// The columns are those of the file's first line, even if it is skipped.

@@ -33,6 +33,7 @@ private:
     ~TabFile() override;
 
     void Clear();
+    bool Load();
     bool Split();
     bool SplitDefaultRow(TabSplitter& splitter);
     bool SplitRows(TabSplitter& splitter);
