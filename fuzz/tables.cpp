@@ -1,6 +1,6 @@
 // A random program for a tree of tables, compared with a plain model of it at each step: entries with their kinds,
 // values, addresses and order, array parts, and the notifications of each listener. Listeners only record their
-// notifications here; listeners.cpp is about those that change the table.
+// notifications here; fuzz/listeners.cpp is about those that change the table.
 
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"

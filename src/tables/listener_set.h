@@ -1,5 +1,5 @@
-// The storage of listeners: three vectors of delegates, one for each kind of listener, in a set that hangs on a table
-// or on an entry.
+// The storage of listeners: three vectors of delegates, one for each kind of listener, in a set that belongs to a
+// table or to an entry. What a listener that is removed during a notification still gets: listener_dispatch.h.
 //
 // A vector grows through the classes below and then by doubling; it never shrinks. A class of 8 doesn't exist. Each
 // kind has pools of its own.

@@ -5,7 +5,7 @@
 
 #include "tables/array_part.h"
 #include "tables/entry_store.h"
-#include "tables/listeners.h"
+#include "tables/listener_dispatch.h"
 #include "tessarin/table_interface.h"
 
 namespace Tessarin {

@@ -1,6 +1,6 @@
 // Which listeners are notified of what, in which order, and what they may do meanwhile to the table that notifies them.
 
-#include "tables/listeners.h"
+#include "tables/listener_dispatch.h"
 #include "tables/table.h"
 #include "tests/tables/recorder.h"
 

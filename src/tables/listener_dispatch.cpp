@@ -1,7 +1,7 @@
 // The three notifications are one pattern: begin, dispatch to the sets that concern them, and, unless a listener has
 // ended the table, end and carry out what is pending.
 
-#include "tables/listeners.h"
+#include "tables/listener_dispatch.h"
 
 #include <new>
 

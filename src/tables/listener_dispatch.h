@@ -18,8 +18,8 @@
 //     While it is on, requests are queued, and the end of the notification carries them out. Requests take effect at
 //     once when it is off; an outer notification goes on all the same, as it reads its vectors anew at each step.
 
-#ifndef TESSARIN_TABLES_LISTENERS_H
-#define TESSARIN_TABLES_LISTENERS_H
+#ifndef TESSARIN_TABLES_LISTENER_DISPATCH_H
+#define TESSARIN_TABLES_LISTENER_DISPATCH_H
 
 #include "memory/list.h"
 #include "tables/entry_store.h"
