@@ -1,9 +1,9 @@
-// The objects that live as long as the library is loaded. They are defined in one file so that their order is that of
-// the lines below: the loader runs the constructors when the library is loaded, and TearDown when it is unloaded, which
-// takes them in reverse.
+// The objects that live as long as the library is loaded. They are defined in one file so that the order of the lines
+// below is their order: the loader runs the constructors in it when the library is loaded. When the library is
+// unloaded, the loader runs TearDown, which destroys the objects in reverse order.
 //
-// TearDown destroys no table: the memory of those that are still alive goes with the pools, and every cstr with the
-// string table.
+// TearDown destroys no table: the pools free the memory of tables that still exist, and the string table frees every
+// cstr.
 
 #include "strings/string_table.h"
 #include "tables/table_pools.h"

@@ -1,4 +1,5 @@
-// The array part of a table: a dense row of items of one size that the host defines, raw bytes to the library.
+// The array part of a table: a dense array of items of one size. The host defines the items; the library only copies
+// their bytes.
 
 #ifndef TESSARIN_TABLES_ARRAY_PART_H
 #define TESSARIN_TABLES_ARRAY_PART_H
@@ -11,7 +12,8 @@
 
 namespace Tessarin {
 
-/// Lives on the general heap. Without `items`, after memory ran out, it counts as empty and accepts no item.
+/// Lives on the general heap. `items` is null after memory ran out: the array part then counts as empty and accepts no
+/// item.
 struct TableArray {
     RawVector* items = nullptr;
     std::uint32_t item_size = 0;
@@ -24,8 +26,8 @@ struct TableArray {
         delete array;
     }
 
-    /// Drops the items and makes room for new ones of another size. False if memory ran out. In a new array part items
-    /// of size 0 get no room, so that it accepts none.
+    /// Drops the items and makes room for new ones of another size. False if memory ran out. A new array part gets no
+    /// room for items of size 0, so it accepts none.
     bool Reset(std::uint32_t new_item_size) {
         item_size = new_item_size;
         const bool made_now = items == nullptr;
@@ -40,8 +42,8 @@ struct TableArray {
 
     [[nodiscard]] void* Item(std::uint32_t index) const { return index < Count() ? items->At(index) : nullptr; }
 
-    /// Copies an item in; null if memory ran out. `data` may be an item of this very array, which moves when it grows:
-    /// the item is then found again by its distance from the start.
+    /// Copies an item into the array; null if memory ran out. `data` may be an item of this array, which moves when it
+    /// grows: the item is then found again by its distance from the start.
     void* SetItem(std::uint32_t index, const void* data) {
         if (items == nullptr || items->data == nullptr || data == nullptr || index == UINT32_MAX) return nullptr;
         const auto distance = reinterpret_cast<std::uintptr_t>(data) - reinterpret_cast<std::uintptr_t>(items->data);

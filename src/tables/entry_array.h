@@ -1,4 +1,4 @@
-// The storage of a table's entries: pointers to them, and behind those the index that leads from a key to its entry.
+// The storage of a table's entries: an array of pointers to them, followed by the index from keys to entries.
 //
 //    capacity up to 8           capacity above 8
 //
@@ -7,9 +7,9 @@
 //    +---------+--------+       +---------+----------------+---------------------------------------+
 //    0       count   capacity   0       count    Room(capacity)                      3 * Room(capacity)
 //
-// Up to 64 a capacity is a power of two, above that any number. The storage has room for the next power of two, so that
-// the index has at least twice as many slots as the array has entries, and a capacity that rises in steps of 128
-// seldom moves the array. All of that follows from the capacity alone, which the owner must remember.
+// A capacity up to 64 is a power of two; a larger one is any number. The storage has room for the next power of two, so
+// that the index has at least twice as many slots as the array has entries, and a capacity that rises in steps of 128
+// seldom moves the array. The capacity alone determines the layout, so the owner must remember it.
 
 #ifndef TESSARIN_TABLES_ENTRY_ARRAY_H
 #define TESSARIN_TABLES_ENTRY_ARRAY_H
@@ -25,8 +25,8 @@
 
 namespace Tessarin {
 
-/// How a slot of the index, which is a pointer to an entry, leads to its key. Entries keep their address, so the array
-/// may change its order without touching the index.
+/// How the index reads the key of a slot, which is a pointer to an entry. Entries keep their address, so the array may
+/// change its order without touching the index.
 struct EntrySlotAccess {
     static bool IsFree(const Pair* pair) { return pair == nullptr; }
     static const void* KeyOf(const Pair* pair) { return pair->key; }
@@ -46,8 +46,8 @@ struct EntryArray {
         return wanted > kLargestPooled ? wanted : std::bit_ceil(std::max(wanted, kSmallestCapacity));
     }
 
-    /// How many entries to want when an array is full, for capacities of 4, 8, 16, 32, 64, 128, 256, and on in steps of
-    /// 128.
+    /// How many entries to request when an array is full. The capacities are then 4, 8, 16, 32, 64, 128, 256, and
+    /// further ones in steps of 128.
     static constexpr std::uint32_t NextWanted(std::uint32_t capacity) {
         return capacity <= 128 ? capacity * 2 : capacity + 128;
     }

@@ -1,9 +1,10 @@
 // The entries of a table. Invariants between two operations:
 //
 //  1. entries_[i]->next is entries_[i + 1], and the last one's is null.
-//  2. With more than 8 entries they ascend by the address of their key, and the index behind the array holds exactly
-//     them. With 8 or fewer the order is as history left it, and the index, if the array has one, is stale.
-//  3. The array never shrinks: a table that falls back to 8 keeps its sorted order, and new entries go behind it.
+//  2. More than 8 entries ascend by the address of their key, and the index after the array holds exactly these
+//     entries. 8 or fewer are in the order that earlier operations left, and the index, if the array has one, is stale.
+//  3. The array never shrinks: a table that falls back to 8 entries keeps their sorted order, and adds new ones at the
+//     end.
 
 #include "tables/entry_store.h"
 
@@ -46,7 +47,7 @@ std::uint32_t EntryStore::IndexOf(const Pair* pair) const {
     return static_cast<std::uint32_t>(std::find(entries_, entries_ + count_, pair) - entries_);
 }
 
-/// The entry of a key; a new one if there is none, for which the array has room but in which it isn't yet.
+/// The entry of a key. If there is none, a new entry, which isn't in the array yet; the array has room for it.
 Pair* EntryStore::FindOrMake(cstr key, bool& existed) {
     if (key == nullptr) return nullptr;
     Pair* pair = Find(key);
@@ -76,7 +77,7 @@ void EntryStore::FinishBulkLoad() {
     if (Indexed() && !std::is_sorted(entries_, entries_ + count_, KeyBelow)) Sort();
 }
 
-/// An entry that is in no array yet, for which the array has room.
+/// A new entry, which isn't in the array yet; the array has room for it. Null if memory ran out.
 Pair* EntryStore::NewPair(cstr key) {
     if (count_ == capacity_ && !Grow()) return nullptr;
     void* block = table_pools->pairs.Alloc();
@@ -126,7 +127,8 @@ void EntryStore::RebuildIndex() {
     for (std::uint32_t i = 0; i < count_; ++i) index.Insert(entries_[i]);
 }
 
-/// The array moves unless its storage has room for the next capacity, as it may above the size classes.
+/// Moves the array, unless its storage already has room for the next capacity. Only storage above the size classes can
+/// have that.
 bool EntryStore::Grow() {
     const std::uint32_t wanted = EntryArray::NextWanted(capacity_);
     if (capacity_ > EntryArray::kLargestPooled && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {

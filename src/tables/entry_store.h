@@ -1,5 +1,5 @@
-// The named entries of a table: an array of pointers to them, with an index from keys to entries once there are more
-// than a few. entry_array.h has the array's layout.
+// The named entries of a table: an array of pointers to them and, if there are more than 8, an index from keys to
+// entries. The array's layout: entry_array.h.
 
 #ifndef TESSARIN_TABLES_ENTRY_STORE_H
 #define TESSARIN_TABLES_ENTRY_STORE_H
@@ -12,10 +12,11 @@
 
 namespace Tessarin {
 
-/// The array is in one of two states, distinguished by the count alone: up to 8 entries in the order in which they
-/// were added; above that, ascending by the address of their key. Each entry's `next` is the one behind it.
+/// The array is in one of two states, and the count alone says in which: up to 8 entries are in the order in which they
+/// were added; more entries ascend by the address of their key. Each entry's `next` is the entry after it.
 ///
-/// Keys are interned and unique. The only failures are those of memory: they return null or false and change nothing.
+/// Keys are interned and unique. Running out of memory is the only failure: the operation then returns null or false
+/// and changes nothing.
 class EntryStore {
 public:
     static constexpr std::uint32_t kLargestUnsorted = EntryArray::kLargestUnindexed;
@@ -24,7 +25,7 @@ public:
     [[nodiscard]] std::uint32_t Capacity() const { return capacity_; }
     [[nodiscard]] Pair* First() const { return count_ == 0 ? nullptr : entries_[0]; }
 
-    /// Takes the first array, of the smallest class. REQUIRES: there is none yet
+    /// Allocates the first array, of the smallest class. REQUIRES: there is none yet
     bool AcquireFirst();
 
     [[nodiscard]] Pair* Find(cstr key) const;
@@ -32,8 +33,8 @@ public:
     /// The entry of `key`, old or new; a new one has VALUE_EMPTY. Null for a null key.
     Pair* FindOrAdd(cstr key, bool& existed);
 
-    /// The same during a bulk load: new entries go to the end even where the order demands another position, until
-    /// FinishBulkLoad. In between only Find, FindOrAppend and FinishBulkLoad may be called.
+    /// Like FindOrAdd, for a bulk load: a new entry is added at the end even if the order demands another position.
+    /// FinishBulkLoad restores the order; until then only Find, FindOrAppend and FinishBulkLoad may be called.
     Pair* FindOrAppend(cstr key, bool& existed);
 
     /// Sorts the entries if their number demands it.
@@ -69,7 +70,7 @@ private:
     void Relink();
     bool Grow();
 
-    Pair** entries_ = nullptr; // with the index behind them, from the key pools; null while the capacity is 0
+    Pair** entries_ = nullptr; // with the index after them, from the key pools; null while the capacity is 0
     std::uint32_t count_ = 0;
     std::uint32_t capacity_ = 0;
 };

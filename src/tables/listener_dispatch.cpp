@@ -1,5 +1,5 @@
-// The three notifications are one pattern: begin, dispatch to the sets that concern them, and, unless a listener has
-// ended the table, end and carry out what is pending.
+// All three kinds of notification follow one pattern: begin, dispatch to the listener sets concerned, and, unless a
+// listener has ended the table, end and carry out the pending requests.
 
 #include "tables/listener_dispatch.h"
 
@@ -8,7 +8,7 @@
 namespace Tessarin {
 namespace {
 
-/// What a listener set hangs on.
+/// What a listener set belongs to.
 enum class Owner { kTable, kEntry };
 
 bool IsThere(const Notification& notification, Owner owner) {
@@ -31,8 +31,8 @@ void Call(const Delegate& delegate, ListenerKind kind, const Notification& notif
     }
 }
 
-/// Calls the listeners of one kind in turn, for as long as the owner of their set is there: without it there is no set
-/// to look at. Count and data are read anew at each step, as a listener may change them.
+/// Calls the listeners of one kind in turn, as long as the owner of their set exists: the set ends with it. Count and
+/// data are read anew at each step, as a listener may change them.
 void Dispatch(const ListenerSet& set, ListenerKind kind, Owner owner, const Notification& notification) {
     for (std::uint32_t i = 0; IsThere(notification, owner) && i < set.vectors[kind].count; ++i) {
         const Delegate delegate = set.vectors[kind].data[i];
@@ -63,7 +63,8 @@ PendingRecord* ListenerHub::Queue(ListenerKind kind, std::uint32_t remove, cstr 
     return record;
 }
 
-/// Where the listener set of an entry, or of the table for a null key, hangs; null if there is no such entry.
+/// The place of the pointer to an entry's listener set, or to the table's for a null key; null if there is no such
+/// entry.
 ListenerSet** ListenerHub::SetOf(EntryStore& entries, cstr key) {
     if (key == nullptr) return &listeners_;
     Pair* pair = entries.Find(key);
@@ -82,14 +83,14 @@ void ListenerHub::RemoveNow(EntryStore& entries, ListenerKind kind, cstr key, co
     if (set != nullptr && *set != nullptr) (*set)->vectors[kind].Remove(delegate);
 }
 
-/// Not inlined: g++ would warn that a hub may keep the address of its caller's variable. Only one whose table has ended
-/// does, and that one is gone.
+/// Not inlined, else g++ warns that innermost_ outlives the local variable that it points to. That happens only if the
+/// table has ended, and then the hub is gone, too.
 [[gnu::noinline]] void ListenerHub::Begin(Notification& notification) {
     notification.outer = innermost_;
     innermost_ = &notification;
 }
 
-/// REQUIRES: the table is there, and the hub with it
+/// REQUIRES: the table still exists, and the hub with it
 void ListenerHub::End(const Notification& notification, EntryStore& entries) {
     innermost_ = notification.outer;
     if (innermost_ != nullptr) innermost_->dispatching = false;
@@ -108,7 +109,7 @@ bool ListenerHub::NotifyKey(ITable& table, EntryStore& entries, std::uint32_t co
     return true;
 }
 
-/// The sets are looked up as late as possible: a listener may give the table or the entry its first one.
+/// Looks up the sets as late as possible: a listener may give the table or the entry its first set.
 DispatchResult ListenerHub::DispatchEntry(ITable& table, EntryStore& entries, std::uint32_t code, Pair& pair) {
     Notification notification{&table, code, pair.key, 0, &pair};
     Begin(notification);
@@ -151,7 +152,7 @@ void ListenerHub::AllEntriesEnded() {
     for (Notification* each = innermost_; each != nullptr; each = each->outer) each->entry = nullptr;
 }
 
-/// A record whose entry is gone, or for which there is no memory, is dropped.
+/// Drops a request if its entry is gone or there is no memory for it.
 void ListenerHub::ApplyPending(EntryStore& entries) {
     if (pending_ == nullptr) return;
     for (std::uint32_t i = 0; i < kListenerKinds; ++i) {

@@ -1,4 +1,5 @@
-// Delegates lie side by side. Removal moves the last one into the gap, so the order of the others may change.
+// The delegates of a vector are contiguous. A removal moves the last one into the gap, so the order of the others may
+// change.
 
 #include "tables/listener_set.h"
 
@@ -16,7 +17,7 @@ bool Equal(const Delegate& left, const Delegate& right) {
 
 std::uint64_t BytesOf(std::uint32_t delegates) { return std::uint64_t{delegates} * sizeof(Delegate); }
 
-/// The smallest class above `capacity`, or twice that.
+/// The smallest size class above `capacity`; twice `capacity` if there is none.
 std::uint32_t NextCapacity(std::uint32_t capacity) {
     for (const SizeClass& size : kDelegateClasses) {
         if (BytesOf(capacity) < size.block_size) return size.block_size / sizeof(Delegate);
@@ -47,7 +48,7 @@ bool DelegateVector::Grow(ListenerKind kind) {
 void DelegateVector::Remove(const Delegate& delegate) {
     for (std::uint32_t i = 0; i < count;) {
         if (Equal(data[i], delegate)) {
-            data[i] = data[--count]; // and the same index is looked at again
+            data[i] = data[--count]; // `i` stays, as this delegate may be equal, too
         } else {
             ++i;
         }

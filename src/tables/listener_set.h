@@ -1,8 +1,8 @@
 // The storage of listeners: three vectors of delegates, one for each kind of listener, in a set that belongs to a
 // table or to an entry. What a listener that is removed during a notification still gets: listener_dispatch.h.
 //
-// A vector grows through the classes below and then by doubling; it never shrinks. A class of 8 doesn't exist. Each
-// kind has pools of its own.
+// A vector grows through the size classes below and then by doubling; it never shrinks. There is no class of 8. Each
+// kind of listener has its own pools.
 
 #ifndef TESSARIN_TABLES_LISTENER_SET_H
 #define TESSARIN_TABLES_LISTENER_SET_H
@@ -23,29 +23,29 @@ inline constexpr SizeClass kDelegateClasses[] = {
 struct DelegateVector {
     std::uint32_t count;
     std::uint32_t capacity;
-    Delegate* data; // null until the first
+    Delegate* data; // null until the first delegate is added
 
-    /// An empty delegate at the end, or null if memory ran out.
+    /// Adds an empty delegate at the end; null if memory ran out.
     Delegate* Append(ListenerKind kind);
 
-    /// Takes out every equal delegate; the last one fills the gap.
+    /// Removes every delegate that is equal to this one; the last delegate fills the gap.
     void Remove(const Delegate& delegate);
 
-    /// Gives the storage back. The vector isn't usable any more.
+    /// Frees the storage. The vector can't be used afterwards.
     void Release(ListenerKind kind);
 
 private:
     bool Grow(ListenerKind kind);
 };
 
-/// The listeners of a table, or of one entry, whose array vector is never used. Lives in a pool block.
+/// The listeners of a table or of one entry; an entry never uses the vector of array listeners. Lives in a pool block.
 struct ListenerSet {
     DelegateVector vectors[kListenerKinds];
 
     /// An empty set; null if memory ran out.
     static ListenerSet* Create();
 
-    /// Gives back the set with its vectors. Nobody is notified.
+    /// Frees the set and its vectors. No listener is notified.
     static void Destroy(ListenerSet* set);
 };
 

@@ -1,4 +1,4 @@
-// What of an entry needs more than its own fields: the values that it owns, a matrix or a child table.
+// The operations of an entry that need more than its fields: those on values that it owns, a matrix or a child table.
 
 #include "tables/pair.h"
 
@@ -29,7 +29,8 @@ std::uint32_t Pair::SetFloat4x4(const Float4x4* matrix) {
     return 1;
 }
 
-/// The child that the entry owns can't be destroyed and stored at once: it stays as it is.
+/// Storing would destroy the child table that the entry owns. So if `table` is that child, it stays as it is, and only
+/// VALUE_TABLE succeeds.
 std::uint32_t Pair::StoreTable(ValueKind new_kind, ITable* table) {
     if (kind == VALUE_TABLE && table != nullptr && value.As<ITable*>() == table) return new_kind == VALUE_TABLE ? 1 : 0;
     return Store(new_kind, table);

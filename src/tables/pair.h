@@ -1,4 +1,4 @@
-// An entry of a table, and the iterator that a host walks its entries with.
+// An entry of a table. It is also the iterator with which a host walks the entries.
 
 #ifndef TESSARIN_TABLES_PAIR_H
 #define TESSARIN_TABLES_PAIR_H
@@ -49,7 +49,7 @@ public:
     /// The child table that is destroyed with this entry, or null.
     [[nodiscard]] Table* OwnedTable() const;
 
-    /// Frees what the entry owns beside a child table: its matrix and its listeners.
+    /// Frees what the entry owns except a child table: its matrix and its listeners.
     void ReleaseBlocks();
 
     /// Whether a vector of this entry's kind counts as equal to the stored one.
@@ -60,7 +60,7 @@ public:
     std::uint32_t kind = VALUE_EMPTY;
     Value value;
     Pair* next = nullptr;
-    ListenerSet* listeners = nullptr; // of this entry alone; null until its first
+    ListenerSet* listeners = nullptr; // of this entry alone; null until the first is added
 
 private:
     [[nodiscard]] bool HoldsTable() const { return kind >= VALUE_TABLE && kind <= VALUE_REFERENCE_TABLE; }
@@ -91,14 +91,14 @@ private:
 template <class Vector>
 bool Pair::SameVector(const Vector& vector) const {
     constexpr std::size_t kCount = sizeof(Vector) / sizeof(float);
-    constexpr float kTolerance = 1.1920929e-7F; // the machine epsilon, taken as an absolute bound
+    constexpr float kTolerance = 1.1920929e-7F; // the machine epsilon, used as an absolute bound
     float stored[kCount];
     float wanted[kCount];
     std::memcpy(stored, &value, sizeof stored);
     std::memcpy(wanted, &vector, sizeof wanted);
     for (std::size_t i = 0; i < kCount; ++i) {
         const float difference = stored[i] - wanted[i];
-        const bool is_same = difference > -kTolerance && difference < kTolerance; // a NaN is a change
+        const bool is_same = difference > -kTolerance && difference < kTolerance; // a NaN counts as a change
         if (!is_same) return false;
     }
     return true;

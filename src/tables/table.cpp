@@ -1,9 +1,10 @@
 // The operations of a table. All setters follow one pattern: find the entry or make it, check its kind, return at once
 // if the value is the same, notify the listeners, store, notify them again. They differ in when a value counts as the
-// same and in how it is stored, so that is all that a setter says.
+// same and in how it is stored, so a setter states only these two.
 //
-// Invariant: after each notification that isn't the last step, its result says whether table and entry still exist, and
-// the kind of the entry is checked again: a listener may have changed either.
+// Invariant: a listener may end the table or the entry, or store a value. So after each notification that isn't the
+// last step, an operation looks at the result, which says whether table and entry still exist, and checks the entry's
+// kind again.
 //
 // SaveFile and SaveBuffer are defined with the document form that they write.
 
@@ -98,8 +99,8 @@ Table::Target Table::TargetFor(const char* key, ValueKind kind) {
     return target;
 }
 
-/// Stores through `store`, with the listeners notified before and after.
-/// A listener may have given the entry a value meanwhile, whose kind then decides.
+/// Stores through `store`, and notifies the listeners before and after. A listener may store a value meanwhile: the
+/// kind of that value then decides whether the entry accepts the new one.
 template <class Store>
 Table::Outcome Table::Commit(Target target, ValueKind kind, std::uint32_t notify, Store store) {
     const std::uint32_t code = target.existed ? EVENT_CHANGED : EVENT_ADDED;
@@ -121,7 +122,7 @@ std::uint32_t Table::Assign(const char* key, ValueKind kind, std::uint32_t notif
     return Commit(target, kind, notify, store) == Outcome::kRefused ? 0 : 1;
 }
 
-/// Works on a copy, as `value` may lie in what a listener changes.
+/// Works on a copy, as `value` may point to something that a listener changes.
 template <class Vector>
 std::uint32_t Table::AssignVector(const char* key, ValueKind kind, const Vector* value, std::uint32_t notify,
                                   std::uint32_t (Pair::*store)(const Vector*)) {
@@ -177,7 +178,7 @@ std::uint32_t Table::SetPtr(const char* key, void* value, std::uint32_t notify) 
         [value](Pair& pair) { return pair.SetPtr(value); });
 }
 
-/// The text is interned only once the entry is known to take it.
+/// Interns the text only if the entry accepts one.
 std::uint32_t Table::AssignText(const char* key, const char* text, cstr (*intern)(const char*), std::uint32_t notify) {
     const Target target = TargetFor(key, VALUE_STRING);
     if (target.pair == nullptr) return 0;
@@ -290,7 +291,7 @@ void* Table::SetArrayItem(std::uint32_t index, const void* data, std::uint32_t n
     if (array_ == nullptr) return nullptr;
     const std::uint32_t item_size = array_->item_size;
     if (notify != 0 && !listeners_.NotifyIndex(*this, entries_, EVENT_ITEM_SETTING, index)) return nullptr;
-    // A listener may have removed the array, or made it anew for items of which `data` isn't one.
+    // A listener may have removed the array, or made a new one whose items are larger or smaller than `data`.
     const bool same_array = array_ != nullptr && array_->item_size == item_size;
     const bool stored = same_array && array_->SetItem(index, data) != nullptr;
     if (notify != 0 && !listeners_.NotifyIndex(*this, entries_, EVENT_ITEM_SET, index)) return nullptr;
@@ -316,13 +317,13 @@ IIterator* Table::Next(IIterator** cursor) {
 
 IIterator* Table::Find(const char* key) { return FindEntry(key); }
 
-/// For one entry. A key that can't be interned must not come to mean the whole table.
+/// Adds a listener of one entry. A key that can't be interned isn't passed on: null would mean the whole table.
 Delegate* Table::AddListener(ListenerKind kind, const char* key) {
     cstr name = Interned(key);
     return name == nullptr ? nullptr : listeners_.Add(entries_, kind, name);
 }
 
-/// Passes a copy, as `delegate` may be a slot of the very vector that loses it.
+/// Passes a copy, as `delegate` may be a slot of the vector from which it is removed.
 void Table::RemoveListener(ListenerKind kind, const char* key, const Delegate* delegate) {
     cstr name = Interned(key);
     if (name != nullptr && delegate != nullptr) listeners_.Remove(entries_, kind, name, Delegate(*delegate));

@@ -10,7 +10,7 @@
 
 namespace Tessarin {
 
-/// Lives in a block of the table pool; see table_factory.h for how one is made and destroyed.
+/// Lives in a block of the table pool. How a table is made and destroyed: table_factory.h.
 class Table final : public ITable {
 public:
     void* GetArrayItem(std::uint32_t index) override;
@@ -71,8 +71,8 @@ public:
 
     EntryStore& Entries() { return entries_; }
 
-    /// Frees all that the table owns but its entries, which it returns chained by `next`, with `behind` after the last.
-    /// The table's own block is left to the caller.
+    /// Frees everything that the table owns except its entries. Returns the entries, chained by `next`, with `behind`
+    /// after the last. The caller frees the table's own block.
     Pair* Dismantle(Pair* behind);
 
 private:
@@ -81,7 +81,7 @@ private:
         Pair* pair = nullptr;
         bool existed = false;
 
-        /// Whether it is still empty, or has that kind already.
+        /// Whether the entry is still empty or already has that kind.
         [[nodiscard]] bool Takes(ValueKind kind) const { return pair->kind == VALUE_EMPTY || pair->kind == kind; }
     };
 

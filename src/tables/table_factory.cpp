@@ -1,8 +1,8 @@
-// Tables live in pool blocks, so they are destroyed in place and never deleted. A tree of tables may be a million deep:
-// there is no recursion, but one chain of entries to destroy. The entries of a child table are put in front of what is
-// left of the chain, by the links that they have already:
+// Tables live in pool blocks, so they are destroyed in place and never deleted. A tree of tables may be a million deep,
+// so destruction doesn't recurse but works on one chain of entries. The entries of a child table, which are linked
+// already, are put in front of the rest of the chain:
 //
-//    chain:  a -> b -> c          next to be destroyed is a, whose child table has the entries x and y
+//    chain:  a -> b -> c          a is destroyed next; its child table has the entries x and y
 //    chain:  x -> y -> b -> c     a and its table are gone
 
 #include "tables/table_factory.h"

@@ -16,20 +16,20 @@ Table* MakeTable();
 /// A table with room for the first four entries; null if memory ran out. It isn't registered.
 Table* MakeTableWithRoom();
 
-/// The same, registered as a child table that `Set` has made.
+/// Like MakeTableWithRoom, but the table is registered as a child table made by `Set`.
 Table* MakeChild();
 
-/// Destroys a table with all that it owns: child tables of any depth, without recursion and without allocating.
+/// Destroys a table with everything that it owns: child tables of any depth, without recursion and without allocating.
 void DestroyTable(Table* table);
 
-/// The same for a table that may be in the registry.
+/// Removes a table from the registry, if it is there, and destroys it like DestroyTable.
 void DestroyRegistered(Table* table);
 
-/// Destroys entries that are in no table any more, chained by `next`, with all that they own.
+/// Destroys entries that no table contains any more, chained by `next`, with everything that they own.
 void DestroyEntries(Pair* chain);
 
 /// The last step of a factory: registers a root table that has been filled, and destroys one that has not.
-/// returns  the table, or null if there is none or it has been destroyed
+/// returns  the table; null if `table` is null or has been destroyed
 Table* FinishRoot(Table* table, bool filled);
 
 } // namespace Tessarin

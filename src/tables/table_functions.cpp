@@ -1,5 +1,5 @@
 // Tables for callers without virtual calls. Each function tests for a null table and forwards to the operation of its
-// name; those that change the table notify the listeners.
+// name; those that change the table notify the listeners. CreateTable, CloseTable and ValidateTable: table_factory.cpp.
 
 #include "tables/table.h"
 #include "tessarin/tables.h"
@@ -10,7 +10,7 @@ using Tessarin::ITable;
 
 constexpr std::uint32_t kNotify = 1;
 
-/// A vector or matrix by value: zeros unless the operation fills it.
+/// Returns a vector or matrix by value: zeros unless the operation fills it.
 template <class T>
 T ZeroOr(ITable* table, const char* key, std::uint32_t (ITable::*get)(const char*, T*)) {
     T value{};

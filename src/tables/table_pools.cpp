@@ -1,5 +1,5 @@
-// Blocks are as large as the objects that they hold. Sizes and blocks per chunk stand in the constructors, those of the
-// arrays that grow with the arrays' own layouts.
+// Blocks are as large as the objects that they hold. The constructors give their sizes and the blocks per chunk; those
+// of growing arrays are beside the layouts of the arrays, in entry_array.h and listener_set.h.
 
 #include "tables/table_pools.h"
 
@@ -7,7 +7,7 @@
 
 namespace Tessarin {
 
-// Where pointers have 32 bits these are the sizes.
+// The sizes on hosts whose pointers have 32 bits.
 static_assert(sizeof(void*) != 4 || (sizeof(Table) == 32 && sizeof(Pair) == 40 && sizeof(ListenerSet) == 36));
 
 TablePools::TablePools() : tables(sizeof(Table), 64), pairs(sizeof(Pair), 256), matrices(sizeof(Float4x4), 64) {}

@@ -1,5 +1,5 @@
-// The block pools that tables and all that belongs to them come from, one pool or row of pools an object type. They
-// live as long as the library is loaded.
+// The block pools from which tables and everything that belongs to them are allocated: one pool, or one set of pools by
+// size class, for each type of object. They live as long as the library is loaded.
 
 #ifndef TESSARIN_TABLES_TABLE_POOLS_H
 #define TESSARIN_TABLES_TABLE_POOLS_H
@@ -22,7 +22,7 @@ public:
     /// returns   null if memory ran out
     Pair** Acquire(std::uint32_t wanted, std::uint32_t& capacity);
 
-    /// Takes storage back; null is ignored.
+    /// Frees storage; null is ignored.
     void Release(Pair** entries, std::uint32_t capacity) { pools_.Release(entries, EntryArray::Bytes(capacity)); }
 
 private:

@@ -1,5 +1,5 @@
-// Which addresses are live tables, and how they were made. It is asked about addresses only: nothing reaches a table
-// through it.
+// Which addresses are live tables, and how the tables were made. Callers only ask about addresses: no table is accessed
+// through the registry.
 
 #ifndef TESSARIN_TABLES_TABLE_REGISTRY_H
 #define TESSARIN_TABLES_TABLE_REGISTRY_H
@@ -13,8 +13,8 @@
 
 namespace Tessarin {
 
-/// Safe from any thread. If memory runs out, a table gets no entry; if the map couldn't be made at the start, no table
-/// does.
+/// Safe from any thread. If memory runs out, a table isn't registered; if the map couldn't be made at the start, no
+/// table is.
 class TableRegistry {
 public:
     TableRegistry() : map_(hm::Create(99991, sizeof(std::uint32_t))) {}
@@ -35,7 +35,7 @@ public:
         if (map_ != nullptr) map_->Erase(Key(table));
     }
 
-    /// 0 for an address that isn't in it.
+    /// The origin of a table; 0 for an address that isn't registered.
     std::uint32_t Get(const void* table) {
         const std::lock_guard guard(lock_);
         const void* origin = map_ == nullptr || table == nullptr ? nullptr : map_->Get(Key(table));

@@ -1,4 +1,5 @@
-// The value of an entry: 16 bytes whose meaning depends on the entry's kind.
+// The value of an entry: 16 bytes whose meaning depends on the entry's kind. The kinds: ValueKind in
+// tessarin/table_interface.h; what each stores: pair.h.
 
 #ifndef TESSARIN_TABLES_VALUE_H
 #define TESSARIN_TABLES_VALUE_H
@@ -8,7 +9,7 @@
 
 namespace Tessarin {
 
-/// Getters read the first word whatever it was stored as, so all access copies bytes.
+/// Getters read the first word whatever kind was stored, so every access copies bytes.
 class Value {
 public:
     template <class T>
