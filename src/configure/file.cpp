@@ -1,5 +1,5 @@
-// A load reads the whole file, chooses the loader, and keeps nothing of the bytes. Whatever its outcome, what was
-// loaded before is dropped first.
+// The file object. A load first drops what was loaded before, even if it then fails. It reads the whole file, chooses
+// the loader, and keeps none of the bytes.
 
 #include "configure/file.h"
 

@@ -1,4 +1,4 @@
-// The object behind IFile.
+// The configuration file object, which implements IFile: it loads a file of either form and owns the loaded tree.
 
 #ifndef TESSARIN_CONFIGURE_FILE_H
 #define TESSARIN_CONFIGURE_FILE_H
@@ -12,11 +12,11 @@
 
 namespace Configure {
 
-/// Invariant: at most one of the three trees holds anything, and `access_` and `format_` tell which. They are 0 also
-/// after a load whose path couldn't be interned.
+/// Invariant: at most one of the three trees isn't empty, and `access_` and `format_` say which. They are also 0 after
+/// a load whose path couldn't be interned.
 class File final : public IFile {
 public:
-    /// Null if memory runs out. A null `io` gives it a file service of its own.
+    /// Null if memory runs out. If `io` is null, the object gets a file service of its own.
     static File* Create(::IFileIO* io);
 
     void Release() override;
@@ -30,7 +30,7 @@ public:
 private:
     ~File() override;
 
-    /// Loads one form into its tree. Returns the root; null if that fails, the tree then in parts.
+    /// Loads one form into its tree. Returns the root; null if that fails, and then the tree may hold parts.
     ITable* LoadForm(char* bytes, std::uint32_t size, std::uint32_t access, std::uint32_t format);
     ITable* RootOf(std::uint32_t access, std::uint32_t format);
 

@@ -1,12 +1,13 @@
-// The last bit of a float decides what is inside an interval, so the arithmetic is single precision step by step: each
-// sum is stored in a volatile, which no wider register and no fused operation can pass by.
+// Intervals: parsing, tests, conversions and random numbers. The last bit of a float decides what is inside an
+// interval, so each step of the arithmetic is in single precision: each sum is stored in a volatile, which wider
+// registers and fused operations can't bypass.
 //
 // Invariants:
-//  - hosts may write to the fields, so no operation relies on them: for any bits in them, a nan or bounds out of order
-//    too, it returns something, and no conversion is undefined;
-//  - a scan returns `length` at most, and what is added to a position that it found is within `length`: nothing wraps,
-//    up to the longest length of 32 bits;
-//  - the seed of Random is the only state beyond an object.
+//  - Hosts may write to the fields, so no operation relies on them: for any bits, even a nan or bounds out of order,
+//    each operation returns something and no conversion is undefined.
+//  - A scan returns at most `length`, and adding to a position that it found stays within `length`: nothing wraps, even
+//    for the largest length of 32 bits.
+//  - The seed of Random is the only state outside an object.
 
 #include "tessarin/interval.h"
 
@@ -34,19 +35,19 @@ std::uint32_t LengthOf(const char* text) {
     return length > UINT32_MAX ? UINT32_MAX : static_cast<std::uint32_t>(length);
 }
 
-/// The first of either byte from `position` on.
+/// The position of the first of either byte from `position` on, or `length`.
 std::uint32_t NextOf(char one, char other, const char* text, std::uint32_t length, std::uint32_t position) {
     while (position < length && text[position] != one && text[position] != other) ++position;
     return position;
 }
 
-/// In single precision, also on processors that would carry the number in a wider register.
+/// Converts in single precision, also on processors that would keep the number in a wider register.
 float FloatOf(std::int32_t number) {
     const volatile float rounded = static_cast<float>(number);
     return rounded;
 }
 
-/// Towards zero, held to what an integer can be; 0 for a nan.
+/// Rounds towards zero, clamped to the range of an integer; 0 for a nan.
 std::int32_t Truncate(float value) {
     constexpr float kBeyond = 2147483648.0F;
     if (value >= kBeyond) return std::numeric_limits<std::int32_t>::max();
@@ -59,9 +60,9 @@ std::uint32_t Exchanged(std::uint32_t flags, std::uint32_t lower, std::uint32_t 
     return rest | ((flags & lower) != 0 ? upper : 0) | ((flags & upper) != 0 ? lower : 0);
 }
 
-/// The next number of the process's own sequence, whose state is the number itself. The clock starts it.
+/// The next number of the process's own sequence. The state is the last number; the clock gives the first one.
 std::uint32_t NextRandom() {
-    static std::atomic<std::uint64_t> state = 0; // the number, and above it whether there is one
+    static std::atomic<std::uint64_t> state = 0; // the last number, and above its 32 bits whether there is one
     constexpr std::uint64_t kStarted = std::uint64_t{1} << 32;
     std::uint64_t last = state.load(std::memory_order_relaxed);
     std::uint32_t next = 0;
@@ -197,7 +198,7 @@ void Interval::_GetValue(const char* text, std::uint32_t length, float& float_va
                          std::int32_t& is_real) {
     std::uint32_t start = 0;
     while (start < length && IsWhite(text[start])) ++start;
-    // The first byte belongs to the token whatever it is, and is never asked for a point.
+    // The first byte belongs to the token whatever it is, and isn't examined for a point.
     std::uint32_t end = start < length ? start + 1 : start;
     is_real = 0;
     for (; end < length && !IsWhite(text[end]); ++end) {

@@ -1,4 +1,4 @@
-// The bytes of a file that is being made, as many as a file may have.
+// A buffer for the bytes of a file that is being made. It never holds more bytes than a file may have.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_BYTE_BUFFER_H
 #define TESSARIN_CONFIGURE_BINARY_BYTE_BUFFER_H
@@ -10,18 +10,18 @@
 
 namespace Configure {
 
-/// Writes bytes and words behind one another. Invariant: Size() <= kMostFileBytes
+/// Appends bytes and words. Invariant: Size() <= kMostFileBytes
 class ByteBuffer {
 public:
-    /// Appends `count` bytes for the caller to fill, until the next Take. Null if memory runs out or the bytes would
-    /// pass kMostFileBytes, the buffer then unchanged. REQUIRES: `count` isn't 0
+    /// Appends `count` bytes, which the caller may fill until the next Take. If memory runs out or the size would
+    /// exceed kMostFileBytes, returns null and leaves the buffer unchanged. REQUIRES: `count` isn't 0
     [[nodiscard]] unsigned char* Take(std::uint32_t count) {
         if (count > kMostFileBytes - bytes_.Count()) [[unlikely]]
             return nullptr;
         return bytes_.Extend(count);
     }
 
-    // False where Take returns null.
+    // False if Take returns null.
     [[nodiscard]] bool PutByte(unsigned char byte) {
         unsigned char* taken = Take(1);
         if (taken == nullptr) return false;
@@ -36,7 +36,7 @@ public:
         return true;
     }
 
-    /// REQUIRES: a word has been put there
+    /// Overwrites the word at `place`. REQUIRES: a word has been put there
     void PatchWord(std::uint32_t place, std::uint32_t word) { StoreWord(&bytes_[place], word); }
 
     [[nodiscard]] std::uint32_t Size() const { return bytes_.Count(); }

@@ -1,18 +1,18 @@
 // The loader of the binary form. The header and the two lists of counts say how many objects of each kind there are, so
 // all of them are allocated at once and then filled in one pass over the body.
 //
-//     header | pool | unit_counts | node_counts | body: a record per container, in container order
+//     header | pool | unit_counts | node_counts | body: one record per container, in container order
 //
-// The bytes are hostile: nothing that they say is believed before it is checked. Invariants:
+// The bytes may be hostile: nothing that they say is used before it is checked. Invariants:
 //
 //  1. Allocations take at most a fixed multiple of the file's size: the counts are first compared with the bytes that
 //     the body would need for them.
 //  2. Every byte is read through a Cursor, which can't leave the file.
-//  3. A table's record has exactly its number of nodes and of keys, and a node's children are in the same table. So
-//     each node but the root has one parent, which comes before it, and each key has a Unit.
+//  3. A table's record has exactly as many nodes and keys as the counts say, and a node's children are in the same
+//     table. So each node except the root has one parent, which is read before it, and each key has a Unit.
 //  4. The path to a node spells the key that ends there, so keys can be found by their texts and the trie isn't kept.
 //  5. Tables are assigned to Units in table order. An array's number must be the next one in array order. So each table
-//     and each array but the root has one parent that comes before it: the result is a tree, however deep.
+//     except the root, and each array, has one parent, which is read before it: the result is a tree of any depth.
 //  6. At the end of the body all tables, arrays, keys and elements that the counts announce have been read.
 
 #include "configure/binary/loader.h"
@@ -43,7 +43,7 @@ public:
         return true;
     }
 
-    /// Passes over `size` bytes, which begin at `section`.
+    /// Skips `size` bytes and sets `section` to the first of them.
     [[nodiscard]] bool ReadSection(std::uint64_t size, const unsigned char*& section) {
         if (Remaining() < size) return false;
         section = next_;
@@ -58,7 +58,7 @@ private:
     const unsigned char* end_;
 };
 
-/// One number of a list of numbers, which may be unaligned.
+/// A number from a list of numbers, which may be unaligned.
 std::uint32_t WordAt(const unsigned char* words, std::uint32_t index) {
     return LoadWord(words + std::size_t{index} * kWordSize);
 }
@@ -79,10 +79,10 @@ public:
     }
 
 private:
-    // What a container is, and so what kind of record it has in the body.
+    // What a container is. It determines the kind of its record in the body.
     enum Kind : unsigned char { kArray, kTable };
 
-    // A node of a trie, for the path from a key's end back to the root.
+    // A node of a trie, with what is needed to follow the path from a key's end back to the root.
     struct TrieNode {
         std::uint32_t parent;
         unsigned char byte;
@@ -113,16 +113,16 @@ private:
     const unsigned char* unit_counts_ = nullptr;
     const unsigned char* node_counts_ = nullptr;
     std::uint32_t max_nodes_ = 0;  // of one table
-    std::uint32_t unit_count_ = 0; // of all tables: the header's number may be higher
+    std::uint32_t unit_count_ = 0; // of all tables; the header's number may be larger
     StringPool strings_;
     Tessarin::List<TrieNode> nodes_;    // the nodes of the current table
-    Tessarin::List<Kind> kinds_;        // the containers in container order, as their parents are read
-    std::uint32_t tables_assigned_ = 1; // the root is from the start
+    Tessarin::List<Kind> kinds_;        // the containers in container order; each is appended when its parent is read
+    std::uint32_t tables_assigned_ = 1; // the root is assigned from the start
     std::uint32_t arrays_assigned_ = 0;
     std::uint32_t elements_used_ = 0;
 };
 
-/// A file without a root table is invalid.
+/// Fails also for a file without a root table.
 bool BinaryLoader::ReadHeader() {
     for (std::uint32_t* field : {&header_.magic, &header_.node_count, &header_.strings_size, &header_.table_count,
                                  &header_.table_unit_count, &header_.array_count, &header_.array_unit_count}) {
@@ -131,7 +131,8 @@ bool BinaryLoader::ReadHeader() {
     return header_.magic == kMagic && header_.table_count != 0;
 }
 
-/// Finds the sections before the body, sums the counts, and checks that the body can have as much as all numbers say.
+/// Finds the sections before the body, sums the counts, and checks that the rest of the file is long enough for all
+/// counts.
 bool BinaryLoader::LocateSections() {
     const std::uint64_t counts_size = std::uint64_t{header_.table_count} * kWordSize;
     if (!cursor_.ReadSection(header_.strings_size, pool_) || !cursor_.ReadSection(counts_size, unit_counts_) ||
@@ -172,8 +173,8 @@ void BinaryLoader::AssignUnits() {
     }
 }
 
-/// Reads the containers in container order; each record appends the children that it names. A container without a
-/// parent is therefore never read. The counts at the end show that, and whatever else the body has too few of.
+/// Reads the containers in container order; each record appends the children that it names. So a container without a
+/// parent is never read. The comparison of the counts at the end finds that, and anything else that is missing.
 bool BinaryLoader::ReadBody() {
     kinds_[0] = kTable;
     std::uint32_t tables_read = 0, arrays_read = 0;
@@ -189,8 +190,8 @@ bool BinaryLoader::ReadBody() {
            elements_used_ == header_.array_unit_count;
 }
 
-/// Children are in the order of their parents. So `placed`, the first node without a parent, is where the children of
-/// the next node begin, and a node must have a parent before it is read.
+/// Children are in the order of their parents. So the children of the next node begin at `placed`, the first node
+/// without a parent, and a node must have a parent before it is read.
 bool BinaryLoader::ReadTable(BinTable& table, std::uint32_t node_count) {
     std::uint32_t placed = 1;
     std::uint32_t unit = 0;
@@ -209,8 +210,8 @@ bool BinaryLoader::ReadTable(BinTable& table, std::uint32_t node_count) {
     return placed == node_count && unit == table.count;
 }
 
-/// Whether the path from the root to a node spells `key`, the key that ends there. Needed because tables find their
-/// keys by these texts.
+/// Whether the path from the root to a node spells `key`, the text of the key that ends there. This must hold because
+/// tables find their keys by these texts.
 bool BinaryLoader::PathSpells(std::uint32_t node, cstr key) const {
     std::uint32_t unspelled = Tessarin::CstrLength(key);
     for (; nodes_[node].parent != kNoParent; node = nodes_[node].parent) {
@@ -219,7 +220,7 @@ bool BinaryLoader::PathSpells(std::uint32_t node, cstr key) const {
     return unspelled == 0;
 }
 
-/// Fails for a node that has value bits and isn't terminal.
+/// Reads the key and the value of a node. Fails for a node that has value bits but isn't terminal.
 bool BinaryLoader::ReadEntry(std::uint32_t word, BinTable::Unit& unit) {
     std::uint32_t key, value;
     if ((word & kTerminalBit) == 0 || !cursor_.ReadWord(key) || !cursor_.ReadWord(value)) return false;
@@ -227,7 +228,8 @@ bool BinaryLoader::ReadEntry(std::uint32_t word, BinTable::Unit& unit) {
     return unit.key != nullptr && SetValue((word & kValueBits) >> kValueShift, value, unit.key, unit);
 }
 
-/// The elements of all arrays are in one block, of which an array takes as many as the arrays before it have left.
+/// The elements of all arrays are in one block. Each array takes the next ones, and fails if fewer are left than it
+/// has.
 bool BinaryLoader::ReadArray(BinArray& array) {
     std::uint32_t count;
     if (!cursor_.ReadWord(count) || count > header_.array_unit_count - elements_used_) return false;
@@ -241,7 +243,7 @@ bool BinaryLoader::ReadArray(BinArray& array) {
     return true;
 }
 
-/// Names the next of all tables or of all arrays, and appends it to the containers.
+/// Takes the next free table or array, gives it its name, and appends it to the containers.
 /// REQUIRES: `assigned`, the number of those assigned so far, is below their count
 template <class Objects>
 auto* BinaryLoader::AssignNext(Objects& objects, std::uint32_t& assigned, Kind kind, cstr name) {
@@ -251,8 +253,8 @@ auto* BinaryLoader::AssignNext(Objects& objects, std::uint32_t& assigned, Kind k
     return &object;
 }
 
-/// Fails if there is no such text, table or array, or if `type` isn't exactly one of the three.
-/// A table's number in the file isn't used: the order determines which table comes next.
+/// Fails if there is no such text, table or array, or if `type` isn't exactly one of the three. A table's number in the
+/// file isn't used: the order determines which table is next.
 template <class Unit>
 bool BinaryLoader::SetValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit) {
     switch (type) {

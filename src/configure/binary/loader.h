@@ -9,9 +9,9 @@
 
 namespace Configure {
 
-/// Builds the tree from a file's bytes, which aren't needed afterwards. Bytes behind the last record are ignored.
-/// returns  true, and every operation on the tree is then safe; false if the bytes aren't a complete and valid file
-///          or memory runs out; `tree` may then hold parts, which the caller must clear
+/// Builds the tree from a file's bytes, which aren't needed afterwards. Bytes after the last record are ignored.
+/// returns  true if every operation on the tree is safe; false if the bytes aren't a complete and valid file or memory
+///          runs out: `tree` may then hold parts, which the caller must clear
 /// REQUIRES: `tree` is empty
 [[nodiscard]] bool LoadBinary(const unsigned char* bytes, std::uint32_t size, BinTree& tree);
 

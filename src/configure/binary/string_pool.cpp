@@ -1,11 +1,11 @@
-// Reading. A bitmap with one bit per byte of the pool marks where texts start, and each of its words has the number of
-// texts before it. So an offset leads to its text in constant time (the rank of its bit), and an offset at which no
-// text starts is rejected.
+// How a pool finds its texts. When it is read: a bitmap with one bit per byte of the pool marks where texts start, and
+// beside each word of the bitmap is the number of texts before it. So the text of an offset is found in constant time
+// (by the rank of its bit), and an offset at which no text starts is rejected.
 //
 //     pool      a \0 1 \0 c \0 a b \0      offset 4 is the start of "c"
 //     bitmap    1 0  1 0  1 0  1 0 0       two bits before it are set, so "c" is texts_[2]
 //
-// Writing. A hash index from the addresses of interned texts to their offsets in the pool.
+// When it is written: a hash index maps the addresses of interned texts to their offsets in the pool.
 
 #include "configure/binary/string_pool.h"
 
@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::uint32_t kFirstSlots = 64;
 
-/// The offset behind the NUL of the text at `offset`; 0 if there is no NUL.
+/// The offset after the NUL of the text at `offset`; 0 if there is no NUL.
 std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::uint32_t size) {
     const void* nul = std::memchr(bytes + offset, 0, size - offset);
     if (nul == nullptr) return 0;
@@ -59,7 +59,7 @@ bool StringPool::FindStarts(const unsigned char* bytes) {
     return texts_.Make(count);
 }
 
-/// The index has room before it is searched: the slot found free is then the text's own.
+/// Makes room in the index before it is searched, so that a free slot that is found can take the text.
 std::uint32_t PoolBuilder::OffsetOf(cstr text) {
     if (text == nullptr) text = Tessarin::string_table->Intern("");
     if (text == nullptr) return kNoOffset;

@@ -1,4 +1,4 @@
-// The pool of texts of the binary form: StringPool is a pool that was read from a file, PoolBuilder one that is
+// The pool of texts of the binary form: StringPool is a pool that was read from a file, PoolBuilder makes a pool to be
 // written. How both find a text: string_pool.cpp.
 
 #ifndef TESSARIN_CONFIGURE_BINARY_STRING_POOL_H
@@ -14,12 +14,12 @@
 
 namespace Configure {
 
-/// A file's pool, interned. Each text is interned once, however many offsets refer to it, so the cost of a load is
-/// bounded by the file's size whatever its offsets are.
+/// The interned texts of a file's pool. Each text is interned once, however many offsets refer to it, so the cost of a
+/// load is bounded by the file's size, whatever its offsets are.
 class StringPool {
 public:
-    /// Interns the texts in their order. Bytes at the end without a NUL behind them are no text. False if a text can't
-    /// be interned or memory runs out. The bytes aren't needed afterwards.
+    /// Interns the texts in their order. Bytes after the last NUL are ignored. False if a text can't be interned or
+    /// memory runs out. The bytes aren't needed afterwards.
     [[nodiscard]] bool Read(const unsigned char* bytes, std::uint32_t size);
 
     /// The text that starts at an offset; null if none starts there.
@@ -47,13 +47,13 @@ private:
     Tessarin::List<cstr> texts_;
 };
 
-/// A pool that is written: each text once, in the order of first use.
+/// Makes a pool to be written: each text once, in the order of first use.
 class PoolBuilder {
 public:
     static constexpr std::uint32_t kNoOffset = UINT32_MAX;
 
-    /// The offset of a text, added if need be. Equal texts have equal addresses, so only addresses are compared. A null
-    /// text counts as an empty one. kNoOffset if memory runs out or the pool would be too large.
+    /// The offset of a text, which is added if it is new. Equal texts have equal addresses, so only addresses are
+    /// compared. A null text counts as an empty one. kNoOffset if memory runs out or the pool would be too large.
     /// REQUIRES: the text is interned
     [[nodiscard]] std::uint32_t OffsetOf(cstr text);
 
@@ -74,7 +74,7 @@ private:
     bool GrowIndex();
 
     ByteBuffer bytes_;
-    Tessarin::List<Slot> slots_; // of the index: a power of two, none before the first text
+    Tessarin::List<Slot> slots_; // the slots of the index: their number is a power of two, or 0 before the first text
     std::uint32_t count_ = 0;    // texts
 };
 

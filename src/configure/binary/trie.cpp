@@ -1,10 +1,10 @@
-// The trie of a table's keys is made without building a tree. In the sorted list of keys, a node of the trie is a range
+// Makes the trie of a table's keys without building a tree. In the sorted list of keys, a node of the trie is a range
 // and a depth: the keys that begin with the `depth` bytes on the path to the node. Its children are the parts of the
 // range that agree in the next byte. Taking the ranges depth by depth yields the nodes breadth-first.
 //
 //     sorted keys          0 "a"    1 "ab"   2 "ad"   3 "c"
 //
-//     depth 0, ranges    [ 0        1        2        3   )     the root; its children are by the bytes a and c
+//     depth 0, ranges    [ 0        1        2        3   )     the root; its children have the bytes a and c
 //     depth 1, ranges    [ 0        1        2   )  [ 3   )     a, where "a" ends, with two children; c, a leaf
 //     depth 2, ranges             [ 1   )  [ 2   )              b and d, where "ab" and "ad" end
 //
@@ -12,7 +12,7 @@
 //
 // Invariants:
 //
-//  1. In a range only the first key can end at the node, as it is the shortest one: equal keys are merged before.
+//  1. Only the first key of a range can end at the node, as it is the shortest one: equal keys have been merged before.
 //  2. The ranges of a depth don't overlap, so there are at most as many of them as keys.
 //  3. `common_prefix` of a key is known as soon as the key is in its final place, so ranges are split without reading
 //     the texts again.
@@ -35,7 +35,8 @@ namespace {
 
 constexpr std::uint32_t kWindowBytes = 8;
 
-/// The eight bytes from `text` on as a number that sorts as they do, with zeros behind the last of `count`.
+/// The eight bytes from `text` on as a number that sorts as they do. If there are only `count` bytes, zeros follow
+/// them.
 std::uint64_t WindowOf(const char* text, std::uint32_t count) {
     std::uint64_t window = 0;
     for (std::uint32_t i = 0; i < std::min(count, kWindowBytes); ++i) {
@@ -53,7 +54,7 @@ bool TrieBuilder::Add(cstr key, bool may_share) {
     return keys_.Push({0, key, Tessarin::CstrLength(key), keys_.Count(), 0, may_share});
 }
 
-/// Makes the nodes of one depth after the other.
+/// Makes the nodes depth by depth.
 bool TrieBuilder::Build() {
     nodes_.Clear();
     if (!Sort() || !MergeEqualKeys() || ExceedsNodeLimit()) return false;
@@ -82,7 +83,7 @@ bool TrieBuilder::Sort() {
 }
 
 /// Sorts keys with the same first `depth` bytes by the next eight. The common prefix of the range's first key with the
-/// key before it is known already, and is the same whichever key becomes the first.
+/// key before it is known already; it stays the same whichever key of the range becomes the first.
 bool TrieBuilder::SortRange(Range range, std::uint32_t depth) {
     Key* keys = keys_.begin();
     const std::uint32_t first_common_prefix = keys[range.first].common_prefix;
@@ -104,13 +105,13 @@ bool TrieBuilder::SortRange(Range range, std::uint32_t depth) {
     return DeferEqualWindows({equal_from, range.last}, depth);
 }
 
-/// Notes keys with equal windows, which are to be sorted by what is behind the window, unless they end in it.
+/// Notes a range of keys with equal windows, to be sorted by the bytes after the window, unless the keys end in it.
 bool TrieBuilder::DeferEqualWindows(Range equal, std::uint32_t depth) {
     if (equal.last - equal.first < 2 || EndsInside(keys_[equal.first].window)) return true;
     return unsorted_.Push({equal, depth + kWindowBytes});
 }
 
-/// Keeps one of the entries with equal keys, which are neighbours and have one address: the last one added.
+/// Of entries with equal keys, keeps the one added last. Equal keys are neighbours and have the same address.
 bool TrieBuilder::MergeEqualKeys() {
     key_count_ = 0;
     for (const Key& key : keys_) {
@@ -125,8 +126,8 @@ bool TrieBuilder::MergeEqualKeys() {
     return true;
 }
 
-/// Each key adds a node per byte behind its common prefix with the key before it. Checked before nodes are made, as a
-/// few long keys can make more nodes than there is memory for.
+/// Each key adds one node per byte after its common prefix with the key before it. This is checked before nodes are
+/// made, as a few long keys can make more nodes than there is memory for.
 bool TrieBuilder::ExceedsNodeLimit() {
     std::uint64_t count = 1;
     for (std::uint32_t index = 0; index < key_count_; ++index)
@@ -134,7 +135,7 @@ bool TrieBuilder::ExceedsNodeLimit() {
     return count > kMostFileBytes / kWordSize;
 }
 
-/// Appends the node of a range, and its children's ranges to `children`.
+/// Appends the node of a range to the nodes, and its children's ranges to `children`.
 bool TrieBuilder::AddNode(Range range, std::uint32_t depth, Tessarin::List<Range>& children) {
     const Key* keys = keys_.begin();
     std::uint32_t first = range.first;

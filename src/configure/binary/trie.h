@@ -18,20 +18,20 @@ public:
 
     struct Node {
         std::uint32_t word;  // as stored, without value bits
-        std::uint32_t entry; // whose key ends here: the number of its Add, from 0 on; kNoEntry if none does
+        std::uint32_t entry; // whose key ends here: the number of its Add, from 0; kNoEntry if no key ends here
     };
 
     void Clear() { keys_.Clear(); }
 
-    /// Adds an entry's key. Of entries with one key the last is kept, if all of them may share it.
+    /// Adds an entry's key. Of entries that share a key the last is kept; all of them must be allowed to share it.
     /// False if memory runs out. REQUIRES: the key is interned
     [[nodiscard]] bool Add(cstr key, bool may_share);
 
-    /// Makes the nodes. False if an entry shares its key but may not, if there would be more nodes than a file can
-    /// hold, or if memory runs out.
+    /// Makes the nodes. False if an entry shares its key without `may_share`, if there would be more nodes than a file
+    /// can hold, or if memory runs out.
     [[nodiscard]] bool Build();
 
-    /// Breadth-first, siblings by ascending byte; the root first.
+    /// The nodes: breadth-first, siblings by ascending byte; the root first.
     [[nodiscard]] Tessarin::List<Node>& Nodes() { return nodes_; }
 
 private:
@@ -44,11 +44,11 @@ private:
         bool may_share;
     };
 
-    // Keys from `first` on, up to and without `last`.
+    // Keys from `first` up to, but not including, `last`.
     struct Range {
         std::uint32_t first, last;
     };
-    // Keys with the same first `depth` bytes, still to be sorted by the others.
+    // Keys with the same first `depth` bytes, still to be sorted by the other bytes.
     struct UnsortedRange {
         Range range;
         std::uint32_t depth;
@@ -62,10 +62,10 @@ private:
     bool AddNode(Range range, std::uint32_t depth, Tessarin::List<Range>& children);
 
     Tessarin::List<Key> keys_;
-    std::uint32_t key_count_ = 0; // distinct keys: the first of keys_, once equal ones are merged
+    std::uint32_t key_count_ = 0; // distinct keys; they are the first of keys_ once equal keys are merged
     Tessarin::List<Node> nodes_;
     Tessarin::List<UnsortedRange> unsorted_;
-    Tessarin::List<Range> levels_[2]; // the ranges of the current depth and of the next one, in turn
+    Tessarin::List<Range> levels_[2]; // the ranges of the current depth and of the next one; the two lists alternate
 };
 
 } // namespace Configure

@@ -1,5 +1,5 @@
-// The writer of the binary form. One breadth-first walk over the containers appends to all sections of the file at
-// once, each of which is a buffer in memory; they are written one behind the other at the end.
+// The writer of the binary form. Each section of the file is a buffer in memory. One breadth-first walk over the
+// containers appends to all of them; at the end they are written one after another.
 //
 //     containers_    root | its children | their children | ...      a queue: read at one end, appended at the other
 //     sections       pool_   unit_counts_   node_counts_   body_
@@ -8,9 +8,10 @@
 //
 //  1. The order of containers_ is container order, so records, counts and array numbers are appended in their final
 //     order.
-//  2. When a parent's record is made, all that it says of a child is known, except the number of a table's first node.
-//     That is the number of nodes made before the table's own record, and is patched in when that record is made.
-//  3. The tree is read through its public interfaces alone, and forwards only: finding an element of an edited array by
+//  2. When a parent's record is made, everything that it says about a child is known, except the number of a child
+//     table's first node. That number is how many nodes are made before the child's record; it is patched in when the
+//     child's record is made.
+//  3. The tree is read only through its public interfaces, and only forwards: finding an element of an edited array by
 //     its position may be slow.
 
 #include "configure/binary/writer.h"
@@ -25,7 +26,7 @@
 namespace Configure {
 namespace {
 
-/// The value bit of a node for a Unit of a kind; 0 for a Unit without one.
+/// The value bit of a node for a Unit of this kind; 0 for KIND_NONE.
 std::uint32_t ValueBit(std::uint32_t kind) {
     switch (kind) {
     case KIND_STRING:
@@ -39,7 +40,7 @@ std::uint32_t ValueBit(std::uint32_t kind) {
     }
 }
 
-/// One file. The tree must not change until Compile returns, and isn't needed afterwards.
+/// Makes one file. The tree must not change until Compile returns, and isn't needed afterwards.
 class BinaryWriter {
 public:
     [[nodiscard]] bool Compile(ITable& root);
@@ -48,8 +49,8 @@ public:
 private:
     static constexpr std::uint32_t kNoPatch = UINT32_MAX;
 
-    // A table or an array; the other is null. For a table but the root, the offset in the body at which its parent has
-    // the number of its first node.
+    // A table or an array; the other pointer is null. `patch`: for every table except the root, the offset in the body
+    // at which its parent refers to it.
     struct Container {
         ITable* table;
         IArray* array;
@@ -70,10 +71,10 @@ private:
     ByteBuffer body_;
     Tessarin::List<Container> containers_; // the queue of the walk
     TrieBuilder trie_;                     // of the current table's keys
-    Tessarin::List<IIterator*> units_;     // the current table's, by their entry numbers in the trie
+    Tessarin::List<IIterator*> units_;     // the current table's Units, by their entry numbers in the trie
 };
 
-/// Walks the containers. The list of them grows meanwhile.
+/// Walks the containers. The list grows during the walk.
 bool BinaryWriter::Compile(ITable& root) {
     if (!containers_.Push({&root, nullptr, kNoPatch})) return false;
     for (std::uint32_t index = 0; index < containers_.Count(); ++index) {
@@ -106,8 +107,8 @@ bool BinaryWriter::AddTable(ITable& table) {
     return unit_counts_.PutWord(terminals) && node_counts_.PutWord(trie_.Nodes().Count());
 }
 
-/// Collects a table's Units and adds their keys to the trie. Only texts may share a key. The header counts the Units,
-/// unit_counts the distinct keys.
+/// Collects a table's Units and adds their keys to the trie. Only texts may share a key. The header counts Units, while
+/// unit_counts has the numbers of distinct keys.
 bool BinaryWriter::CollectUnits(ITable& table) {
     units_.Clear();
     trie_.Clear();
@@ -119,8 +120,8 @@ bool BinaryWriter::CollectUnits(ITable& table) {
     return true;
 }
 
-/// Appends a node at which a key ends. The key is added to the pool before the value's text: the order of first use is
-/// part of the form.
+/// Appends a node at which a key ends. Adds the key to the pool before the value's text: the order of first use is part
+/// of the form.
 bool BinaryWriter::AddEntry(std::uint32_t word, IIterator& unit) {
     const std::uint32_t value_bit = ValueBit(unit.GetType());
     const std::uint32_t key = pool_.OffsetOf(unit.GetKey());
@@ -128,8 +129,8 @@ bool BinaryWriter::AddEntry(std::uint32_t word, IIterator& unit) {
            AddValue(value_bit, unit);
 }
 
-/// Appends an array's record. Its elements are counted as they are appended and not by GetCount, so the count can't
-/// differ from what follows it.
+/// Appends an array's record. Elements are counted as they are appended, not by GetCount, so the count can't differ
+/// from the elements that follow it.
 bool BinaryWriter::AddArray(IArray& array) {
     const std::uint32_t count_offset = body_.Size();
     std::uint32_t count = 0;
@@ -163,7 +164,7 @@ bool BinaryWriter::AddValue(std::uint32_t value_bit, IIterator& unit) {
     }
 }
 
-/// Word by word, as the bytes of a FileHeader in memory depend on the machine.
+/// Puts the header word by word, as the bytes of a FileHeader in memory depend on the machine.
 bool BinaryWriter::MakeHeader(ByteBuffer& bytes) const {
     for (const std::uint32_t field : {header_.magic, header_.node_count, header_.strings_size, header_.table_count,
                                       header_.table_unit_count, header_.array_count, header_.array_unit_count}) {
@@ -172,7 +173,7 @@ bool BinaryWriter::MakeHeader(ByteBuffer& bytes) const {
     return true;
 }
 
-/// Each section is within the limit of a file; together they may not be.
+/// Writes the sections. Each is within the size limit of a file, but their sum may exceed it.
 bool BinaryWriter::WriteTo(IFileIO& fileio, void* handle) {
     ByteBuffer header;
     if (!MakeHeader(header)) return false;
