@@ -1,5 +1,5 @@
-// The classes of bytes that the text form tells apart. Any byte without a class is an ordinary one: vertical tabs, form
-// feeds, NULs and all above 127 among them.
+// The classes of bytes that the text form distinguishes. A byte without a class is an ordinary one; vertical tabs, form
+// feeds and all bytes above 127 are ordinary.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_CHARACTERS_H
 #define TESSARIN_CONFIGURE_TEXT_CHARACTERS_H
@@ -9,10 +9,10 @@
 
 namespace Configure {
 
-/// Ends a text. The byte behind the last one holds it, so that a search for a pair may look one byte ahead.
+/// Ends a text. The byte after the last one holds it, so that a search for a pair may look one byte ahead.
 inline constexpr char kEndMark = '\xFF';
 
-/// A position has 28 bits, so that 4 are left beside it for what else is to be said.
+/// A position has 28 bits, so that 4 bits of its word are left for flags and kinds.
 inline constexpr unsigned kPositionBits = 28;
 inline constexpr std::uint32_t kMostTextBytes = (1U << kPositionBits) - 1;
 
@@ -28,8 +28,8 @@ enum CharacterClass : unsigned char {
     kWhite = 1,
     kLineEnd = 2,
     kDelimiter = 4, // may open or close a quote or a block, or end a key
-    kSpelled = 8,   // may make a key differ from its bytes in the text
-    kPieceEnd = 16  // ends a piece of a key, seen from behind
+    kSpelled = 8,   // may make a spelled key differ from its bytes in the text
+    kPieceEnd = 16  // ends a piece of a key in a search backwards
 };
 
 constexpr std::array<unsigned char, 256> MakeCharacterClasses() {
@@ -55,14 +55,14 @@ inline bool Is(CharacterClass wanted, char byte) {
     return (kCharacterClasses[static_cast<unsigned char>(byte)] & wanted) != 0;
 }
 
-/// The first byte from `position` on that isn't white space, or `last`. `position` may be behind `last`, where an open
-/// block or quote at the text's end leads to, and is then the result.
+/// The position of the first byte from `position` on that isn't white space, or `last`. `position` may be greater than
+/// `last`, after an open block or quote at the text's end; it is then the result.
 inline std::uint32_t SkipWhite(const char* text, std::uint32_t position, std::uint32_t last) {
     while (position < last && Is(kWhite, text[position])) ++position;
     return position;
 }
 
-/// The position behind the last byte before `position` that isn't white space, or `first`.
+/// The position after the last byte before `position` that isn't white space, or `first`.
 inline std::uint32_t TrimWhite(const char* text, std::uint32_t first, std::uint32_t position) {
     while (position > first && Is(kWhite, text[position - 1])) --position;
     return position;

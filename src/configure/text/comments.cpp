@@ -1,5 +1,5 @@
-// `--` begins a comment, in quotes too: up to the line's end, or, as `--[[`, up to and including the next `]]`. Nothing
-// takes its place, so what stood on both sides of a block comment is joined.
+// `--` begins a comment, even inside quotes. It ends before the line's end; a block comment, which begins with `--[[`,
+// ends after the next `]]`. Nothing replaces a comment, so the bytes on both sides of a block comment are joined.
 
 #include "configure/text/comments.h"
 
@@ -9,20 +9,20 @@
 namespace Configure {
 namespace {
 
-/// The first such byte from `first` on, or `last`.
+/// The first byte equal to `byte` from `first` on, or `last`.
 char* FindByte(char* first, char* last, char byte) {
     void* found = std::memchr(first, byte, static_cast<std::size_t>(last - first));
     return found == nullptr ? last : static_cast<char*>(found);
 }
 
-/// The first of two such bytes in a row, or `last`. May read the byte at `last`.
+/// The first of two adjacent bytes equal to `byte`, or `last`. May read the byte at `last`.
 char* FindPair(char* first, char* last, char byte) {
     char* found = FindByte(first, last, byte);
     while (found != last && found[1] != byte) found = FindByte(found + 1, last, byte);
     return found;
 }
 
-/// The end of the comment whose text begins at `first`, behind its dashes.
+/// The end of a comment. `first` is the position after its dashes.
 char* CommentEnd(char* first, char* last) {
     if (last - first < 2 || first[0] != '[' || first[1] != '[') {
         while (first != last && !Is(kLineEnd, *first)) ++first;

@@ -1,5 +1,5 @@
-// One pass over the text with a stack of the blocks that are open. It also learns of each block whether an `=` is
-// directly in it, which makes it a table.
+// One pass over the text finds the delimiters, with a stack of the open blocks. It also notes for each block whether it
+// directly contains an `=`, and so decides whether the block is a table or an array: CloseBlockAt.
 
 #include "configure/text/delimiters.h"
 
@@ -24,7 +24,7 @@ bool Delimiters::Find(const char* text, std::uint32_t size) {
         case '{':
             done = OpenBlockAt(position, open);
             break;
-        default: // a `}` without a partner is a byte like any other
+        default: // a `}` without a partner is an ordinary byte
             if (!open.IsEmpty()) done = CloseBlockAt(text, open.Pop(), position);
         }
         if (!done) return false;
@@ -35,7 +35,8 @@ bool Delimiters::Find(const char* text, std::uint32_t size) {
     return true;
 }
 
-/// The quote that opens at the position, which then becomes the position where it closes.
+/// Adds the quote that opens at the position, and the quote that closes it; `position` then becomes that of the closing
+/// quote.
 bool Delimiters::AddQuote(const char* text, std::uint32_t size, std::uint32_t& position) {
     if (!Add(position, kOpenQuote)) return false;
     const void* found = std::memchr(text + position + 1, '"', size - position - 1);
@@ -47,7 +48,7 @@ bool Delimiters::OpenBlockAt(std::uint32_t position, Tessarin::List<OpenBlock>& 
     return open.Push({blocks_.Count(), false}) && blocks_.Push({Count(), 0}) && Add(position, kOpenTable);
 }
 
-/// A block is an array if it holds something, but no `=` directly.
+/// Closes a block and decides its kind: it is an array if it isn't empty and doesn't directly contain an `=`.
 bool Delimiters::CloseBlockAt(const char* text, const OpenBlock& open, std::uint32_t position) {
     Block& block = blocks_[open.block];
     Delimiter& opening = delimiters_[block.open];
@@ -63,7 +64,7 @@ std::uint32_t Delimiters::CloseOf(std::uint32_t open) const {
 }
 
 bool Delimiters::SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const {
-    while (range.first < range.last) { // the first one that isn't in front of the position
+    while (range.first < range.last) { // finds the first one that isn't before the position
         const std::uint32_t middle = range.first + (range.last - range.first) / 2;
         if (delimiters_[middle].position < position) {
             range.first = middle + 1;

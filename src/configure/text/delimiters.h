@@ -1,4 +1,5 @@
-// The bytes of a text that its structure hangs on: quotes, braces with a partner, and `=` outside of quotes.
+// The delimiters of a text, the bytes that determine its structure: quotes, braces with a partner, and `=` outside of
+// quotes. An opening brace also says whether its block is a table or an array: CloseBlockAt in delimiters.cpp.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_DELIMITERS_H
 #define TESSARIN_CONFIGURE_TEXT_DELIMITERS_H
@@ -19,13 +20,14 @@ struct Delimiter {
 };
 static_assert(sizeof(Delimiter) == 4, "a load holds nearly two for every entry of the file");
 
-/// Neighbours among the delimiters, by their numbers.
+/// Adjacent delimiters, from the number `first` up to, but not including, `last`.
 struct DelimiterRange {
     std::uint32_t first, last;
 };
 
-/// All delimiters of a text, by ascending position. A quote is followed by the one that closes it. What is still open
-/// at the text's end is closed there, innermost first, by delimiters behind the last byte.
+/// All delimiters of a text, by ascending position. An opening quote is directly followed by its closing quote. Quotes
+/// and blocks that are still open at the text's end are closed there, innermost first, by delimiters after the last
+/// byte.
 class Delimiters {
 public:
     /// False if memory runs out. REQUIRES: `size` is at most kMostTextBytes
@@ -34,7 +36,7 @@ public:
     [[nodiscard]] std::uint32_t Count() const { return delimiters_.Count(); }
     [[nodiscard]] const Delimiter& operator[](std::uint32_t number) const { return delimiters_[number]; }
 
-    /// The number of the first `=` in the range, or its end. Braces aren't looked at.
+    /// The number of the first `=` in the range, or range.last. An `=` inside nested braces counts, too.
     [[nodiscard]] std::uint32_t NextEquals(DelimiterRange range) const {
         while (range.first < range.last && delimiters_[range.first].kind != kEquals) ++range.first;
         return range.first;
@@ -43,7 +45,7 @@ public:
     /// The number of the brace that closes a block.
     [[nodiscard]] std::uint32_t CloseOf(std::uint32_t open) const;
 
-    /// Whether a quote closes at a position. If so, `position` becomes the one where it opens.
+    /// Whether a quote closes at a position. If so, `position` becomes the position where it opens.
     [[nodiscard]] bool SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const;
 
 private:
@@ -61,7 +63,7 @@ private:
     bool CloseBlockAt(const char* text, const OpenBlock& open, std::uint32_t position);
 
     Tessarin::ChunkedList<Delimiter> delimiters_;
-    Tessarin::List<Block> blocks_; // in the order in which they open
+    Tessarin::List<Block> blocks_; // in the order of their opening braces
 };
 
 } // namespace Configure

@@ -1,5 +1,5 @@
-// Tables and arrays are made as the nodes are found that hold them, and the tree's chains keep them in that order,
-// which is the order of the blocks: the next table to fill is the one behind the last that was filled.
+// The loader of edit trees. Each table or array is made when the node that holds it is read. So the tree's chains have
+// them in the order of the parser's blocks, and the next table to fill is the one after the last that was filled.
 
 #include "configure/text/edit_loader.h"
 
@@ -51,7 +51,7 @@ private:
     }
 
     /// Gives a Unit a new table or array.
-    /// name     takes the address of its name
+    /// name     takes the address of the new object's name
     template <class Container, class Unit>
     bool TakeBlock(Chain<Container>& chain, Unit& unit, cstr*& name) {
         Container* child = Chain<Container>::Make(tree_, nullptr);
@@ -68,7 +68,7 @@ private:
     TextInterner texts_;
 };
 
-/// The nodes are gone when it returns.
+/// Parses and fills. The parser's nodes are freed when it returns.
 bool Fill(char* bytes, std::uint32_t size, EditTree& tree) {
     ParsedText parsed;
     return parsed.Parse(bytes, size) == TextFault::kNone && EditLoader(parsed, tree).Load();

@@ -1,4 +1,4 @@
-// Loads a text form for editing.
+// Loads a file of the text form into an edit tree.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H
 #define TESSARIN_CONFIGURE_TEXT_EDIT_LOADER_H

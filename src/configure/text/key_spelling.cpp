@@ -1,5 +1,5 @@
-// A key's bytes begin outside of quotes, but for those of a key whose line begins in one (KeyBeginsInQuote), and end
-// outside of them; so any other quote in them opens a string that the next one closes.
+// How a key is put together. Its bytes begin and end outside of quotes, except that its line may begin inside a quote
+// (KeyBeginsInQuote). Any other quote in the bytes opens a string, which the next quote closes.
 
 #include "configure/text/key_spelling.h"
 
@@ -33,7 +33,7 @@ SpelledKey::SpelledKey(const char* text, Span key, const TextNode& node) {
     room_[length_] = '\0';
 }
 
-/// White space inside of a key becomes blanks, but beside `:` and `,` it goes.
+/// Turns white space inside a key into blanks, and drops it beside `:` and `,`.
 void SpelledKey::SpellFirst(const char* text, Span key, bool begins_in_quote) {
     std::uint32_t blanks = 0;
     for (std::uint32_t position = key.first; position < key.last; ++position) {
@@ -57,14 +57,15 @@ void SpelledKey::SpellFirst(const char* text, Span key, bool begins_in_quote) {
     }
 }
 
-/// White space goes, but in quotes.
+/// Drops white space outside of quotes.
 void SpelledKey::SpellBehindScalar(const char* text, Span key) {
     for (std::uint32_t position = key.first; position < key.last; ++position) {
         if (!Is(kWhite, text[position])) position = PutPiece(text, position, key.last);
     }
 }
 
-/// Puts the byte at the position, or the quoted string that begins there. Returns the position of the last byte of it.
+/// Puts the byte at the position, or the quoted string that begins there. Returns the position of the last byte that it
+/// has put.
 std::uint32_t SpelledKey::PutPiece(const char* text, std::uint32_t position, std::uint32_t last) {
     if (text[position] != '"') {
         Put(text[position]);

@@ -11,7 +11,7 @@ namespace Configure {
 
 inline constexpr std::uint32_t kMostKeyBytes = 1023;
 
-/// A node's key, spelled. Most keys are just their bytes in the text; the others are put together here.
+/// A node's spelled key. Most keys are just their bytes in the text; the others are put together here.
 class SpelledKey {
 public:
     /// text     the bytes that positions are in, borrowed
@@ -20,11 +20,11 @@ public:
     SpelledKey(const SpelledKey&) = delete;
     SpelledKey& operator=(const SpelledKey&) = delete;
 
-    /// Whether the key is within kMostKeyBytes. If not, there is nothing else to ask.
+    /// Whether the key is within kMostKeyBytes. If it isn't, the other functions mustn't be called.
     [[nodiscard]] bool Fits() const { return fits_; }
-    /// Whether the key is its bytes in the text, which then have no NUL and no separator of a path among them.
+    /// Whether the key is just its bytes in the text. These then contain no NUL and no path separator.
     [[nodiscard]] bool IsPlain() const { return bytes_ != room_; }
-    /// Ended with a NUL unless it is plain. A NUL among them ends the key.
+    /// The spelled bytes, followed by a NUL unless the key is plain. A NUL among them ends the key.
     [[nodiscard]] const char* Bytes() const { return bytes_; }
     [[nodiscard]] std::uint32_t Length() const { return length_; }
 

@@ -1,14 +1,14 @@
-// What the parser of the text form makes of a text.
+// The result of parsing the text form: nodes and blocks.
 //
-// A node is an entry of a table or an element of an array. A block is a table or an array: the root, or what a node has
-// in its braces. Both are in breadth-first order: the root's entries, then the children of each block, in the order in
-// which the blocks are found. So a block's children are a run of nodes.
+// A node is an entry of a table or an element of an array. A block is a table or an array: the root, or the content of
+// a node's braces. Both are in breadth-first order: the root's entries, then the children of each block, in the order
+// in which the blocks are found. So a block's children are consecutive nodes. Whether braces hold a table or an array:
+// delimiters.cpp, CloseBlockAt.
 //
 //     a = { x = 1  b = { 2 } }  c = 3
 //
 //     nodes    0: a, a table    1: c "3"    2: x "1"    3: b, an array    4: "2"
 //     blocks   0: the root, nodes 0 and 1    1: node 0's, nodes 2 and 3    2: node 3's, node 4
-//
 
 #ifndef TESSARIN_CONFIGURE_TEXT_NODES_H
 #define TESSARIN_CONFIGURE_TEXT_NODES_H
@@ -24,14 +24,14 @@ enum class NodeKind : std::uint32_t { kScalar, kTable, kArray };
 /// How a key is spelled from its bytes.
 enum class KeyScan : std::uint32_t {
     kNone,        ///< there is no key: an element of an array
-    kFirst,       ///< no scalar stands in front: blanks count, but not beside `:` and `,`
-    kBehindScalar ///< blanks don't count
+    kFirst,       ///< no scalar is before the key: blanks count, but not beside `:` and `,`
+    kBehindScalar ///< a scalar is before the key: blanks don't count
 };
 
-/// Where a node begins and ends in the text. What its key and its value are, ParsedText cuts out when it is asked.
+/// The positions of a node in the text. ParsedText computes its key and its value from them when they are requested.
 class TextNode {
 public:
-    /// An entry without a value, from its key on.
+    /// An entry whose value isn't known yet.
     static TextNode Entry(std::uint32_t key_first, std::uint32_t equals, KeyScan scan, bool key_begins_in_quote) {
         TextNode node(key_first, scan);
         node.equals_ = equals & kMostTextBytes;
@@ -40,25 +40,26 @@ public:
         return node;
     }
 
-    /// A bare word of an array, from its first byte on, which may yet be told to be something else.
+    /// An element of an array that begins at a position. It counts as a bare word; SetValue or SetQuotedElement may
+    /// make it something else later.
     static TextNode Element(std::uint32_t first) { return {first, KeyScan::kNone}; }
 
     [[nodiscard]] NodeKind Kind() const { return kind_; }
     [[nodiscard]] KeyScan Scan() const { return scan_; }
     [[nodiscard]] bool IsElement() const { return scan_ == KeyScan::kNone; }
-    /// Whether a scalar has no value at all, which isn't the same as an empty one: the text ends behind its `=`.
+    /// Whether a scalar has no value at all, which differs from an empty one: its block ends after its `=`.
     [[nodiscard]] bool IsAbsent() const { return is_absent_ != 0; }
-    /// Whether the key's bytes begin inside of a quote that was opened on a line before it. Its closing quote is then a
-    /// byte of the key like any other.
+    /// Whether the key's bytes begin inside a quote that was opened on an earlier line. The closing quote is then an
+    /// ordinary byte of the key.
     [[nodiscard]] bool KeyBeginsInQuote() const { return key_begins_in_quote_ != 0; }
     [[nodiscard]] bool IsQuotedElement() const { return is_quoted_element_ != 0; }
 
-    /// The first byte of an entry's key, or of an element.
+    /// The position of the first byte of an entry's key, or of an element.
     [[nodiscard]] std::uint32_t First() const { return first_; }
-    /// The `=` of an entry.
+    /// The position of an entry's `=`.
     [[nodiscard]] std::uint32_t Equals() const { return equals_; }
-    /// The end of the value's bytes: behind a bare word, at a closing quote or brace, or where an entry's scalar has to
-    /// end at the latest.
+    /// The end of the value's bytes: after a bare word, at a closing quote or brace, or the latest position at which an
+    /// entry's scalar can end.
     [[nodiscard]] std::uint32_t Last() const { return last_; }
 
     void SetValue(NodeKind kind, std::uint32_t last) {
@@ -90,7 +91,7 @@ static_assert(sizeof(TextNode) == 12, "a load holds one for every entry of the f
 struct TextBlock {
     static constexpr std::uint32_t kNoNode = UINT32_MAX;
 
-    std::uint32_t node; ///< that has the block as its value; kNoNode for the root
+    std::uint32_t node; ///< the node whose value the block is; kNoNode for the root
     NodeKind kind;
     std::uint32_t first_child; ///< a node
     std::uint32_t child_count;

@@ -1,15 +1,16 @@
-// The form is no grammar of tokens: hardly anything is an error. An entry is found by its `=`, and its key by looking
-// back from there. Behind a scalar, the span up to the next `=` holds the scalar's value and then the next key; the two
-// are told apart by walking back over the key.
+// The form isn't defined by a grammar of tokens: hardly anything is an error. An entry is found by its `=`, and its key
+// by searching back from there. After a scalar's `=`, the span up to the next `=` holds the scalar's value and then the
+// next key; walking back over the key separates the two. Whether braces hold a table or an array: delimiters.cpp,
+// CloseBlockAt.
 //
 // Invariants of a walk:
 //
-//  1. A table is walked outside of quotes: the walk begins behind a `{` or at the start, jumps over quotes, and goes on
-//     from an `=`, from behind it, or from behind a `}`. So every `{` and every `"` that it meets has a delimiter. The
-//     walk of an array may get into a quote, from a bare word with a quote in it; nothing has a delimiter there but the
-//     closing quote, which is a byte like any other.
-//  2. Quotes that begin in a span that a scan is given end in it.
-//  3. The delimiters of a Rest are all of those in its bytes, and in a table's none besides.
+//  1. The walk of a table is always outside of quotes: it begins after a `{` or at the start, skips quotes, and
+//     continues at an `=`, after it, or after a `}`. So every `{` and every `"` that it meets has a delimiter. In an
+//     array a bare word may contain a quote, so the walk may stop inside it. The only delimiter in there is the closing
+//     quote, which is then an ordinary byte.
+//  2. A quote that begins in a span that a scan is given also ends in it.
+//  3. A Rest's delimiters include all delimiters in its bytes; a table's Rest has no others.
 
 #include "configure/text/parser.h"
 
@@ -20,7 +21,7 @@
 
 namespace Configure {
 
-/// The walk over all blocks of one text, whose delimiters are gone when it ends.
+/// The walk over all blocks of one text. The delimiters are freed with it.
 class TextWalk {
 public:
     explicit TextWalk(ParsedText& parsed) : parsed_(parsed), text_(parsed.bytes_) {}
@@ -28,7 +29,7 @@ public:
     [[nodiscard]] TextFault Run();
 
 private:
-    // What is still to be walked of a block.
+    // The part of a block that is still to be walked.
     struct Rest {
         Span bytes;
         DelimiterRange delimiters;
@@ -59,7 +60,7 @@ private:
     const char* text_;
     Delimiters delimiters_;
     Tessarin::List<std::uint32_t> opens_;       // the delimiter at which each block opens; the root has none
-    TextFault fault_ = TextFault::kOutOfMemory; // what a refusal means that doesn't say anything else
+    TextFault fault_ = TextFault::kOutOfMemory; // the reason if a step returns false without giving one
 };
 
 TextFault ParsedText::Parse(char* bytes, std::uint32_t size) {
@@ -74,7 +75,7 @@ Span ParsedText::KeyOf(const TextNode& node) const {
     return {node.First(), TrimWhite(bytes_, node.First(), node.Equals())};
 }
 
-/// A value in quotes ends with them, whatever else there is up to the next key; and a quote that nothing closes ends
+/// A value in quotes ends at the closing quote, whatever is between it and the next key. A quote that isn't closed ends
 /// with the text.
 Span ParsedText::ValueOf(const TextNode& node) const {
     const Span rest = {ValueStart(node), node.Last()};
@@ -85,7 +86,8 @@ Span ParsedText::ValueOf(const TextNode& node) const {
     return {rest.first + 1, static_cast<std::uint32_t>(close - bytes_)};
 }
 
-/// An entry's value is outside of quotes, so that a quote there opens one. An element may begin with a closing one.
+/// An entry's value begins outside of quotes, so a quote there is an opening one. An element may begin with a closing
+/// one.
 bool ParsedText::IsQuoted(const TextNode& node) const {
     if (node.IsElement()) return node.IsQuotedElement();
     const std::uint32_t first = ValueStart(node);
@@ -96,7 +98,7 @@ std::uint32_t ParsedText::ValueStart(const TextNode& node) const {
     return node.IsElement() ? node.First() : SkipWhite(bytes_, node.Equals() + 1, node.Last());
 }
 
-/// The first line, less white space and then commas at its end.
+/// The first line of a span, without white space and then commas at its end.
 /// REQUIRES: the span is empty or begins with a byte that isn't white
 Span ParsedText::BareText(Span span) const {
     std::uint32_t line_end = span.first;
@@ -106,7 +108,8 @@ Span ParsedText::BareText(Span span) const {
     return {span.first, last};
 }
 
-// In both lists what is looked for ascends, as blocks are in breadth-first order.
+// The next two functions search by bisection: blocks are in breadth-first order, so their nodes and their children both
+// ascend.
 
 std::uint32_t ParsedText::ParentOf(std::uint32_t node) const {
     const auto before = [](std::uint32_t wanted, const TextBlock& block) {
@@ -121,7 +124,7 @@ std::uint32_t ParsedText::BlockOf(std::uint32_t node) const {
                                       blocks_.begin());
 }
 
-/// The list of blocks is the queue of the walk, and grows while it is gone through.
+/// The list of blocks is the queue of the walk, and grows during it.
 TextFault TextWalk::Run() {
     if (!delimiters_.Find(text_, parsed_.size_)) return TextFault::kOutOfMemory;
     Tessarin::List<TextBlock>& blocks = parsed_.blocks_;
@@ -142,7 +145,7 @@ bool TextWalk::WalkBlock(std::uint32_t number) {
     return parsed_.blocks_[number].kind == NodeKind::kTable ? WalkTable(rest) : WalkArray(rest);
 }
 
-/// While a scalar waits for its value, that is what the rest begins with.
+/// While scalar_waits, the rest begins with that scalar's value.
 bool TextWalk::WalkTable(Rest rest) {
     ++parsed_.counts_.tables;
     bool scalar_waits = false;
@@ -163,8 +166,8 @@ bool TextWalk::WalkTable(Rest rest) {
     return true;
 }
 
-/// Adds the entry whose `=` ends the span, without its value. In front of its key may be the value of the one before. A
-/// key is never longer than its bytes in the text.
+/// Adds the entry whose `=` ends the span, without its value. The value of the entry before may precede its key. A
+/// spelled key is never longer than its bytes in the text.
 bool TextWalk::AddEntry(const Rest& span, bool behind_scalar) {
     const std::uint32_t equals = span.bytes.last;
     const Span key = behind_scalar ? KeyBehindScalar(span) : FirstKey(span.bytes);
@@ -190,7 +193,7 @@ bool TextWalk::WalkArray(Rest rest) {
     return true;
 }
 
-/// Adds the element that the rest begins with: a block, a quoted string or a bare word. The rest is then what is behind
+/// Adds the element with which the rest begins: a block, a quoted string or a bare word. `rest` becomes what follows
 /// it.
 bool TextWalk::AddElement(Rest& rest) {
     ++parsed_.counts_.elements;
@@ -208,7 +211,7 @@ bool TextWalk::AddElement(Rest& rest) {
     return true;
 }
 
-/// Makes the last node a block. The rest is then what is behind it. REQUIRES: the rest begins with the block
+/// Makes the last node a block. `rest` becomes what follows the block. REQUIRES: the rest begins with the block
 bool TextWalk::AddBlock(Rest& rest) {
     const std::uint32_t open = rest.delimiters.first;
     const std::uint32_t close = delimiters_.CloseOf(open);
@@ -219,8 +222,8 @@ bool TextWalk::AddBlock(Rest& rest) {
     return parsed_.blocks_.Push({parsed_.nodes_.Count() - 1, kind, 0, 0}) && opens_.Push(open);
 }
 
-/// The kind of the delimiter that the rest of an array begins with; kEquals, which no array has, if that is no
-/// delimiter. Others that a bare word has passed aren't the rest's any more.
+/// The kind of the delimiter with which the rest of an array begins. If it doesn't begin with one, kEquals, which no
+/// array contains. Removes from the rest the delimiters inside a bare word that has been passed.
 DelimiterKind TextWalk::FirstDelimiter(Rest& rest) const {
     DelimiterRange& range = rest.delimiters;
     while (range.first < range.last && delimiters_[range.first].position < rest.bytes.first) ++range.first;
@@ -234,8 +237,8 @@ std::uint32_t TextWalk::WordEnd(Span span) const {
     return end;
 }
 
-/// A key that no scalar stands in front of: the last line of the span, less white space at its ends. A line end counts
-/// in a quote, too.
+/// A key with no scalar before it: the last line of the span, without white space at its ends. A line end inside a
+/// quote counts, too.
 Span TextWalk::FirstKey(Span span) const {
     const std::uint32_t last = TrimWhite(text_, span.first, span.last);
     std::uint32_t line = span.last;
@@ -244,14 +247,14 @@ Span TextWalk::FirstKey(Span span) const {
     return {first, std::max(first, last)};
 }
 
-/// Whether a quote that opens in front of the key closes in it.
+/// Whether a quote that opens before the key closes in it.
 bool TextWalk::BeginsInQuote(Span key, DelimiterRange delimiters) const {
     while (delimiters.last > delimiters.first && delimiters_[delimiters.last - 1].position >= key.first)
         --delimiters.last;
     return delimiters.last > delimiters.first && delimiters_[delimiters.last - 1].kind == kOpenQuote;
 }
 
-/// The key at the end of a span that begins with a scalar's value: the last piece, and whatever `:` joins to it.
+/// The key at the end of a span that begins with a scalar's value: the last piece, and the pieces that `:` joins to it.
 Span TextWalk::KeyBehindScalar(const Rest& span) const {
     const std::uint32_t start = span.bytes.first;
     const std::uint32_t last = TrimWhite(text_, start, span.bytes.last);
@@ -266,7 +269,8 @@ Span TextWalk::KeyBehindScalar(const Rest& span) const {
     return {first, last};
 }
 
-/// Where the piece of a key begins that ends the span: behind white space, `,` or `:`. A quoted string is one unit.
+/// The position where the last piece of a key in the span begins: after white space, `,` or `:`. A quoted string is
+/// never divided.
 std::uint32_t TextWalk::PieceStart(Span span, DelimiterRange delimiters) const {
     std::uint32_t first = span.last;
     while (first > span.first && !Is(kPieceEnd, text_[first - 1])) {

@@ -1,8 +1,11 @@
-// The parser of the configuration text form: bytes in, two flat lists out. It interns nothing and knows no tree.
+// The parser of the configuration text form. It turns bytes into two flat lists; it interns nothing and doesn't know
+// the trees.
 //
-// A node is an entry of a table or an element of an array, a block a table or an array; nodes.h shows the two lists.
-// All positions are in the text without its comments, which are stripped in place; OffsetOf and SpanOf lead back to the
-// bytes as they were given.
+// A node is an entry of a table or an element of an array; a block is a table or an array; nodes.h shows the two lists.
+// Whether braces hold a table or an array: delimiters.cpp, CloseBlockAt.
+//
+// All positions are in the text without its comments, which are stripped in place; OffsetOf and SpanOf map them back to
+// the bytes as they were given.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_PARSER_H
 #define TESSARIN_CONFIGURE_TEXT_PARSER_H
@@ -16,7 +19,7 @@
 
 namespace Configure {
 
-/// What a loader makes room for.
+/// The numbers of objects for which a loader makes room.
 struct TextCounts {
     std::uint32_t tables = 0; ///< the root included
     std::uint32_t arrays = 0;
@@ -35,33 +38,33 @@ enum class TextFault {
 class ParsedText {
 public:
     /// Parses a text, whose bytes are borrowed until the object ends.
-    /// bytes    `size` bytes and an end mark behind them; changed as comments are stripped
-    /// returns  what is wrong, with nodes and blocks then in parts; FaultSpan() has its place
+    /// bytes    `size` bytes and an end mark after them; changed, as comments are stripped
+    /// returns  the fault, if any: the nodes and blocks are then incomplete, and FaultSpan() is the place of the fault
     /// REQUIRES: nothing has been parsed into the object yet
     [[nodiscard]] TextFault Parse(char* bytes, std::uint32_t size);
 
     [[nodiscard]] const char* Bytes() const { return bytes_; }
     [[nodiscard]] const Tessarin::ChunkedList<TextNode>& Nodes() const { return nodes_; }
-    /// The root first.
+    /// All blocks; the root is the first.
     [[nodiscard]] const Tessarin::List<TextBlock>& Blocks() const { return blocks_; }
     [[nodiscard]] const TextCounts& Counts() const { return counts_; }
 
-    /// The bytes that SpelledKey makes the key of; empty for an element.
+    /// The bytes from which SpelledKey makes the key; empty for an element.
     [[nodiscard]] Span KeyOf(const TextNode& node) const;
     /// The bytes of a scalar's value, without its quotes, or those between a block's braces; empty for an absent value.
     [[nodiscard]] Span ValueOf(const TextNode& node) const;
     /// Whether a scalar's value is in quotes.
     [[nodiscard]] bool IsQuoted(const TextNode& node) const;
 
-    /// The block that a node is a child of, by its number.
+    /// The number of the block that has a node as its child.
     [[nodiscard]] std::uint32_t ParentOf(std::uint32_t node) const;
-    /// The block that a node has as its value, by its number. REQUIRES: it isn't a scalar
+    /// The number of the block that is a node's value. REQUIRES: the node isn't a scalar
     [[nodiscard]] std::uint32_t BlockOf(std::uint32_t node) const;
 
-    /// Offsets in the bytes as they were given.
+    /// Positions mapped back to the bytes as they were given.
     [[nodiscard]] std::uint32_t OffsetOf(std::uint32_t position) const { return comments_.OffsetOf(position); }
     [[nodiscard]] Span SpanOf(Span span) const { return comments_.SpanOf(span); }
-    /// The place of what is wrong, in the bytes as they were given: the key, or the `=` that has none.
+    /// The place of the fault in the bytes as they were given: the key, or the `=` without a key.
     [[nodiscard]] Span FaultSpan() const { return comments_.SpanOf(fault_); }
 
 private:
@@ -71,7 +74,7 @@ private:
     [[nodiscard]] Span BareText(Span span) const;
 
     const char* bytes_ = nullptr;
-    std::uint32_t size_ = 0; // less the comments
+    std::uint32_t size_ = 0; // without the comments
     StrippedComments comments_;
     Tessarin::ChunkedList<TextNode> nodes_;
     Tessarin::List<TextBlock> blocks_;

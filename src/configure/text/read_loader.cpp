@@ -1,6 +1,6 @@
-// The parser has counted, so everything is made at once, with exact sizes. The blocks are gone through in their order:
-// a node that is a block gets the next free table or array, which is then the next to be filled when the block's turn
-// comes. A block's nodes are a run, and hence its Units.
+// The loader of read trees. The parser has counted the objects, so all of them are allocated at once, with exact sizes.
+// The blocks are filled in their order: a node that is a block gets the next free table or array, and blocks of one
+// kind are filled in that same order. A block's nodes are consecutive, and hence its Units are, too.
 
 #include "configure/text/read_loader.h"
 
@@ -22,7 +22,7 @@ public:
         }
         Cursor filled = StartOf(tree_);
         next_ = filled;
-        ++next_.table; // the root is there
+        ++next_.table; // the root is taken
         for (const TextBlock& block : parsed_.Blocks()) {
             const bool is_filled = block.kind == NodeKind::kTable ? Fill(block, *filled.table++, filled.table_unit)
                                                                   : Fill(block, *filled.array++, filled.array_unit);
@@ -32,7 +32,7 @@ public:
     }
 
 private:
-    // The next objects of the tree to be handed out, or to be filled.
+    // The next objects of the tree to hand out, or to fill.
     struct Cursor {
         TxtTableReader* table;
         TxtArrayReader* array;
@@ -64,7 +64,7 @@ private:
         return node.Kind() != NodeKind::kScalar || texts_.AddValue(node, &unit.value.text);
     }
 
-    /// Hands out a table or an array. Returns where its name goes; null for a scalar.
+    /// Hands out a table or an array. Returns the address of its name; null for a scalar.
     cstr* TakeBlock(NodeKind node, std::uint32_t& kind, UnitValue& value) {
         switch (node) {
         case NodeKind::kTable:
@@ -84,10 +84,10 @@ private:
     const ParsedText& parsed_;
     TextTree& tree_;
     TextInterner texts_;
-    Cursor next_ = {}; // of its Units nothing is used
+    Cursor next_ = {}; // the next objects to hand out; its Units aren't used
 };
 
-/// The nodes are gone before the tree gets its index.
+/// Parses and fills. The parser's nodes are freed before the tree gets its index.
 bool Fill(char* bytes, std::uint32_t size, TextTree& tree) {
     ParsedText parsed;
     return parsed.Parse(bytes, size) == TextFault::kNone && ReadLoader(parsed, tree).Load();

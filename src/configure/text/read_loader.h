@@ -1,4 +1,4 @@
-// Loads a text form for reading.
+// Loads a file of the text form into a read tree.
 
 #ifndef TESSARIN_CONFIGURE_TEXT_READ_LOADER_H
 #define TESSARIN_CONFIGURE_TEXT_READ_LOADER_H
@@ -10,8 +10,9 @@
 namespace Configure {
 
 /// Fills an empty tree.
-/// bytes    `size` bytes and behind them the end mark, 0xFF; changed by the load, and not needed after it
-/// returns  false for a text with a fault and when memory runs out; the tree then holds parts, for the caller to clear
+/// bytes    `size` bytes followed by the end mark, 0xFF; changed by the load, and not needed after it
+/// returns  false for a text with a fault and if memory runs out; the tree then holds parts, which the caller must
+///          clear
 [[nodiscard]] bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree);
 
 } // namespace Configure

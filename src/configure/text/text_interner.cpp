@@ -1,5 +1,5 @@
-// A key that is its bytes in the text waits for its group, like a value. One that had to be spelled is interned at
-// once, as its bytes don't stay.
+// A plain key, which is just its bytes in the text, waits for its group, as a value does. A key that had to be put
+// together is interned at once, as its bytes don't stay.
 
 #include "configure/text/text_interner.h"
 

@@ -1,13 +1,13 @@
-// Each entry has its line; a block's opening brace ends the line of its key, and its closing brace has a line of its
-// own. Indents are tabs of 4 columns. The closing brace is in the column of its opening brace, which need not be one of
-// a tab, so it is indented with blanks.
+// The writer of the text form. Each entry has its own line; a block's opening brace ends the line of its key, and its
+// closing brace has its own line. Indents are tabs of 4 columns. A closing brace is in the column of its opening brace,
+// which needn't be a tab's column, so it is indented with blanks.
 //
 //     key = {                   a frame of width 7
 //             entry = "text"    two tabs
 //           }                   six blanks
 //
-// A frame's `width` is the column where its content begins, before rounding up to a tab: 4 columns behind the key. The
-// opening brace is then at width - 1, and so is the closing one.
+// A frame's `width` is the column where its content begins, before rounding up to a tab: 4 columns after the key. Both
+// braces are in column width - 1.
 
 #include "configure/text/writer.h"
 
@@ -54,7 +54,7 @@ private:
     bool fits_ = true;
 };
 
-/// A container that is being written: a table or an array, and the next of its Units.
+/// A container that is being written: a table or an array, and its next Unit.
 struct Frame {
     ITable* table; // null for an array
     IArray* array;
@@ -99,7 +99,7 @@ private:
         return line.Write(fileio_, handle_);
     }
 
-    /// False for a Unit of no kind, and for a block that would be indented too far.
+    /// Opens a block. False for a Unit of no kind, and for a block that would be indented too far.
     bool OpenBlock(IIterator& unit, Line& line) {
         ITable* table = unit.GetTable();
         IArray* array = unit.GetArray();
@@ -111,7 +111,7 @@ private:
         return frames_.Push({table, array, table != nullptr ? table->Begin() : array->Begin(), width});
     }
 
-    /// The root has no braces.
+    /// Writes a block's closing brace; the root has none.
     void Close(const Frame& frame) {
         if (frames_.IsEmpty()) return;
         blanks_[frame.width - 1] = '}';
