@@ -60,7 +60,8 @@ std::uint32_t Exchanged(std::uint32_t flags, std::uint32_t lower, std::uint32_t 
     return rest | ((flags & lower) != 0 ? upper : 0) | ((flags & upper) != 0 ? lower : 0);
 }
 
-/// The next number of the process's own sequence. The state is the last number; before the first number the clock replaces it.
+/// The next number of the process's own sequence. The state is the last number; before the first number the clock
+/// replaces it.
 std::uint32_t NextRandom() {
     static std::atomic<std::uint64_t> state = 0; // the last number, and above its 32 bits whether there is one
     constexpr std::uint64_t kStarted = std::uint64_t{1} << 32;
