@@ -1,16 +1,17 @@
-// The operations that tables, arrays and Units have in common in all three families of trees.
+// The operations that tables, arrays and Units have in common in all three families of trees. The fallback of getters
+// to a default table: OwnOrDefault.
 //
 // A family derives its final classes from these templates, with itself as the argument, and supplies the rest:
 //
-//   a Unit    kind, value, and key if it is a table's
-//   a table   default_table; Unit, the type of its Units; Search(key), the table's own Unit of a key; KeyOf(text), the
-//             argument of Search for a text, null if it can't be interned; kKeepsLastColon, how it spells composite
-//             keys; iteration
-//   an array  UnitAt(position), null beyond the last; iteration
+//   a Unit    kind, value, and, if it belongs to a table, key
+//   a table   default_table; Unit, the type of its Units; Search(key), which returns the table's own Unit of a key;
+//             KeyOf(text), which turns a text into the argument of Search, null if it can't be interned;
+//             kKeepsLastColon, which says how composite keys are spelled; iteration
+//   an array  UnitAt(position), null after the last; iteration
 //
-// Operations that change a tree fail here; the one family that can be changed overrides them.
+// Operations that change a tree fail here; the edit trees, the only ones that can be changed, override them.
 //
-// Invariant: a getter's call is virtual, and nothing behind it is, as the templates know the final class.
+// Invariant: the call of a getter is virtual, but no call inside it is, as the templates know the final class.
 
 #ifndef TESSARIN_CONFIGURE_TREE_ACCESSORS_H
 #define TESSARIN_CONFIGURE_TREE_ACCESSORS_H
@@ -26,9 +27,9 @@
 
 namespace Configure {
 
-/// Read by the Unit's kind; null for KIND_NONE.
+/// The value of a Unit; the Unit's kind says which field is set. Null for KIND_NONE.
 union UnitValue {
-    cstr text; // interned; null for a key that the file ends without a value
+    cstr text; // interned; null for a key without a value at the end of its block
     IArray* array;
     ITable* table;
 };
@@ -66,8 +67,8 @@ private:
     Self& self() { return static_cast<Self&>(*this); }
 };
 
-// What a getter returns for the Unit that it has found, or for none. The Unit has its final type, so that the compiler
-// resolves its virtual operations.
+// What a getter returns for the Unit that it has found, or for null if it has found none. The Unit has its final type,
+// so that the compiler resolves its virtual operations.
 
 template <class Unit>
 std::int32_t ReadInteger(Unit* unit, std::int32_t fallback) {
@@ -182,8 +183,8 @@ private:
 
     auto* Own(const char* key) { return key == nullptr ? nullptr : self().Search(key); }
 
-    // The Unit that a getter reads: the table's own, else that of its default table. The default table is searched as
-    // by its Find, which finds nothing under an empty key and doesn't go on to a default table of its own.
+    // The Unit that a getter reads: the table's own, else the default table's. As with Find, an empty key finds nothing
+    // in the default table, and the search doesn't continue in the default table's own default table.
     auto* OwnOrDefault(const char* key) {
         auto* unit = Own(key);
         if (unit != nullptr || self().default_table == nullptr || Tessarin::IsEmpty(key)) return unit;

@@ -9,7 +9,7 @@
 
 namespace Configure {
 
-/// The Units are in the order of the stored trie's nodes: by the length of their keys, then by their bytes.
+/// The Units are in the order of the stored trie's nodes: by the length of their keys, then by the keys' bytes.
 struct BinTable final : TableReader<BinTable> {
     static constexpr bool kKeepsLastColon = false;
 

@@ -1,4 +1,4 @@
-// Pieces are put one behind the other, each with its `:`; the key fails as a whole if one of them does.
+// Spells composite keys: appends the pieces, each with a `:` after it. If one piece fails, there is no key.
 
 #include "configure/tree/composite_key.h"
 

@@ -14,13 +14,14 @@ namespace Configure {
 /// Room for a key with its terminator.
 inline constexpr std::size_t kCompositeKeyRoom = 1024;
 
-/// A composite key: a piece for each letter of the format, each with a `:` behind it.
+/// A composite key: one piece for each letter of the format, each with a `:` after it.
 class CompositeKey {
 public:
-    /// `format` may be null, which gives no key. `keep_last_colon` leaves the `:` behind the last piece in place.
+    /// `format` may be null; then there is no key. `keep_last_colon` keeps the `:` after the last piece.
     CompositeKey(const char* format, std::va_list arguments, bool keep_last_colon);
 
-    /// Null if the key couldn't be built: another letter than `i`, `s` and `p`, a null text, or no room.
+    /// Null if the key couldn't be built: the format has a letter other than `i`, `s` and `p`, a text is null, or the
+    /// key is too long.
     [[nodiscard]] const char* Text() const { return built_ ? text_ : nullptr; }
 
 private:

@@ -1,4 +1,5 @@
-// A value is text until somebody asks for it as something else; nothing that is converted is kept.
+// Converts the text of a value to a number or a truth value. Values are stored as text and converted at each request;
+// results aren't kept.
 
 #include "configure/tree/conversions.h"
 
@@ -11,7 +12,7 @@ namespace {
 
 using Tessarin::CstrLength;
 
-/// Whether the text is `word`, which is in lower case, in any case.
+/// Whether the text equals `word`, which is in lower case; upper and lower case count as equal.
 bool IsWord(cstr text, const char* word) {
     while (*word != '\0' && Tessarin::LowerCase(*text) == *word) ++text, ++word;
     return *word == '\0' && *text == '\0';

@@ -1,4 +1,4 @@
-// Converts the text of a value. A null text is the zero of each type.
+// Converts the text of a value. A null text converts to the zero of each type.
 
 #ifndef TESSARIN_CONFIGURE_TREE_CONVERSIONS_H
 #define TESSARIN_CONFIGURE_TREE_CONVERSIONS_H

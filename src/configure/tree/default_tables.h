@@ -1,4 +1,5 @@
-// Gives tables their default tables: the last step of a load, the same for all families.
+// Gives tables their default tables: the last step of a load, the same for all families. Getters fall back to a default
+// table in accessors.h, OwnOrDefault.
 
 #ifndef TESSARIN_CONFIGURE_TREE_DEFAULT_TABLES_H
 #define TESSARIN_CONFIGURE_TREE_DEFAULT_TABLES_H
@@ -8,9 +9,9 @@
 
 namespace Configure {
 
-/// Gives each table's `_default` to its child tables, `_default` itself among them. A table without one of its own
-/// takes the one inside its default table. REQUIRES: all tables can be searched; parents are wired before their
-/// children
+/// Makes each table's `_default` the default table of its child tables, including `_default` itself. A table without
+/// its own `_default` uses the one inside its default table. REQUIRES: all tables can be searched; parents are wired
+/// before their children
 template <class Table>
 class DefaultWiring {
 public:
@@ -23,8 +24,8 @@ public:
     }
 
 private:
-    /// The result of the table's GetTable for `_default`. Siblings share a default table and are wired one after the
-    /// other, so the last search of one is remembered: in an edited table it looks at every entry.
+    /// The result of the table's GetTable for `_default`. Siblings share a default table and are wired one after
+    /// another, so the last search of a default table is remembered: in an edited table a search looks at every entry.
     ITable* DefaultFor(Table& table) {
         if (IIterator* own = table.Find(kKey)) return own->GetTable();
         if (table.default_table == nullptr) return nullptr;
@@ -41,8 +42,8 @@ private:
     ITable* found_ = nullptr;
 };
 
-/// Interns the key of default tables, for families whose searches intern: none of them fails then, and no table stays
-/// without its default for want of memory. False if memory runs out.
+/// Interns the key of default tables, for families whose searches intern. Then none of these searches fails, and no
+/// table stays without its default table because memory runs out. False if memory runs out here.
 [[nodiscard]] inline bool ReadyToWire() { return Tessarin::string_table->Intern("_default") != nullptr; }
 
 } // namespace Configure

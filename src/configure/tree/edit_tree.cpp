@@ -1,8 +1,8 @@
-// Invariants:
+// The operations of edit trees. Invariants:
 //
 //  1. A container's `units` are never null once it is made, and a Unit's `index` is its position among them.
 //  2. Every table and array is in its tree's chain from the moment that a Unit refers to it.
-//  3. An operation that fails has changed nothing.
+//  3. An operation that fails changes nothing.
 
 #include "configure/tree/edit_tree.h"
 

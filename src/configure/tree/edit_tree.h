@@ -1,5 +1,5 @@
-// The edit tree: the tree of a text file that can be changed. Tables, arrays and Units are single objects on the heap;
-// a table or an array has a flat array of pointers to its Units.
+// The edit tree: the tree of a text file that can be changed. Each table, array and Unit is an object of its own on the
+// heap; a table or an array has a flat array of pointers to its Units.
 
 #ifndef TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
 #define TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
@@ -14,7 +14,7 @@ namespace Configure {
 
 struct EditTree;
 
-/// Tables, or arrays, in the order in which they came; owns them.
+/// All tables, or all arrays, of a tree, in the order in which they were added. Owns them.
 template <class Container>
 struct Chain {
     Container* first = nullptr;
@@ -29,7 +29,7 @@ struct Chain {
     void Clear();
 };
 
-/// A Unit that can be changed. Its kind never does, once it is loaded or added.
+/// A Unit that can be changed. Its kind never changes once it is loaded or added.
 template <class Self>
 struct EditedUnit : UnitAccessors<Self> {
     std::uint32_t index = 0; // among its owner's Units
@@ -50,7 +50,7 @@ private:
     }
 };
 
-/// The Units of a table or array, which has the fields `name` and `units`.
+/// The Units of a table or array. `Self` has the fields `name` and `units`.
 template <class Self, class Accessors>
 class EditedUnits : public Accessors {
 public:
@@ -61,7 +61,7 @@ public:
     IIterator* Next(IIterator* unit) final { return UnitAt(static_cast<typename Self::Unit*>(unit)->index + 1); }
     IIterator* Remove(IIterator* unit) final;
 
-    /// Null beyond the last.
+    /// The Unit at a position; null after the last.
     auto* UnitAt(std::uint32_t position) {
         using Unit = typename Self::Unit;
         return position < self().units->count ? self().units->template Items<Unit*>()[position] : nullptr;
@@ -83,8 +83,8 @@ public:
     }
 
 protected:
-    /// A new Unit that holds a new empty container of the chain's type; null, and nothing left behind, if memory runs
-    /// out.
+    /// A new Unit that holds a new empty container of the chain's type. If memory runs out, returns null and changes
+    /// nothing.
     template <class Child>
     auto* NewChild(Chain<Child>& chain, cstr name);
     void EndUnits();
@@ -93,7 +93,7 @@ private:
     Self& self() { return static_cast<Self&>(*this); }
 };
 
-/// Units are in the order of the file, and several may have one key: a search looks at them from the first on.
+/// Units are in the order of the file, and several may share a key: a search finds the first of them.
 class TxtTableWriter final : public EditedUnits<TxtTableWriter, TableAccessors<TxtTableWriter>> {
 public:
     static constexpr bool kKeepsLastColon = true;
@@ -119,15 +119,15 @@ public:
     UnitValue AsValue() { return {.table = this}; }
 
     cstr name;
-    ::farr* units; // Unit*, owned; null only if memory ran out as the table was made
+    ::farr* units; // Unit*, owned; null only if memory ran out when the table was made
     ITable* default_table = nullptr;
     EditTree& tree;
     TxtTableWriter* next = nullptr; // in the tree's chain
 
 private:
-    /// The interned key of an entry to be added; null if it can't be had or the table has it.
+    /// The interned key of an entry to be added; null if it can't be interned or the table already has it.
     [[nodiscard]] cstr NewKey(const char* key) const;
-    /// Gives a Unit, or none, its key.
+    /// Gives a Unit its key; a null Unit is ignored.
     static IIterator* Named(Unit* unit, cstr key);
 };
 
@@ -154,9 +154,9 @@ public:
     TxtArrayWriter* next = nullptr;
 };
 
-/// Owns all tables and arrays of a file, loaded or added later, whether they can be reached from the root or not: one
-/// that is removed may still be another's default table. So no pointer ever dangles, and the tree is freed without a
-/// walk, however deep it is.
+/// Owns all tables and arrays of a file, loaded or added later, even if they can't be reached from the root: a removed
+/// table may still be another table's default table. So no pointer ever dangles, and a tree of any depth is freed
+/// without a walk.
 struct EditTree {
     Chain<TxtTableWriter> tables; // the root first
     Chain<TxtArrayWriter> arrays;

@@ -1,4 +1,5 @@
-// An index of a table's Units by the text of their keys: open addressing over the hash of the text in lower case.
+// An index of a table's Units by the text of their keys: a hash index with open addressing, over the hash of the text
+// in lower case.
 
 #ifndef TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
 #define TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
@@ -12,17 +13,17 @@
 
 namespace Configure {
 
-/// The index of one table; the slots belong to its file. A slot holds a Unit's number, from 1 on, and above it the bits
-/// of the hash that the slot's place doesn't tell, so that a Unit is touched only if it is almost certainly the one; 0
-/// is a free slot.
+/// The index of one table; the slots belong to its file. A free slot is 0. Another slot holds a Unit's number, counted
+/// from 1, and above it the hash bits that the slot's position doesn't contain. So a search reads a Unit only if it is
+/// almost certainly the right one.
 class KeyIndex {
 public:
-    /// The slots that a table of so many Units needs: at most two thirds are taken.
+    /// The number of slots for a table of `count` Units: at most two thirds of the slots are taken.
     [[nodiscard]] static std::uint32_t SlotsFor(std::uint32_t count) {
         return count == 0 ? 0 : std::bit_ceil(count + count / 2 + 1);
     }
 
-    /// Of several Units with one key it finds the first.
+    /// Adds all Units. Of several Units with one key only the first can be found.
     /// REQUIRES: SlotsFor(count) slots, all 0, and the keys interned
     template <class Unit>
     void Build(std::uint32_t* slots, const Unit* units, std::uint32_t count) {
@@ -33,7 +34,8 @@ public:
             const cstr key = units[number - 1].key;
             const std::uint32_t hash = Hash(key, Tessarin::CstrLength(key));
             std::uint32_t place = hash >> (32 - bits_);
-            // Equal keys would make a row of slots that each of them has to pass.
+            // A key that is already in the index is skipped: equal keys would fill adjacent slots, and each would have
+            // to pass all of them.
             while (slots[place] != 0 && !(HasTag(slots[place], hash) && units[NumberIn(slots[place]) - 1].key == key)) {
                 place = (place + 1) & Mask();
             }
@@ -41,7 +43,7 @@ public:
         }
     }
 
-    /// The Unit whose key is the text in lower case, or null.
+    /// The Unit whose key equals the text in lower case, or null.
     template <class Unit>
     Unit* Find(Unit* units, const char* text, std::size_t length) const {
         if (bits_ == 0) return nullptr;
@@ -58,7 +60,7 @@ public:
     }
 
 private:
-    /// Its bits are spread: the upper ones are a slot's place, the lower ones go into the slot.
+    /// A hash whose bits are well mixed: the upper bits are a slot's position, the lower bits are stored in the slot.
     static std::uint32_t Hash(const char* text, std::size_t length) {
         return Tessarin::HashOfText<Tessarin::TextForm::kLowerCase>(text, length) * 0x9E3779B1U;
     }
@@ -70,7 +72,7 @@ private:
     [[nodiscard]] std::uint32_t NumberIn(std::uint32_t slot) const { return slot & Mask(); }
 
     const std::uint32_t* slots_ = nullptr;
-    std::uint32_t bits_ = 0; // there are 2^bits_ slots; none for 0
+    std::uint32_t bits_ = 0; // there are 2^bits_ slots, but none if it is 0
 };
 
 } // namespace Configure

@@ -1,5 +1,5 @@
-// What the two families have in common that are only read: the file owns one array of each type of object, and a table
-// or an array has a run of its Units.
+// The common part of the two families of read trees: the file owns one array of each type of object, and the Units of a
+// table or an array are consecutive in it.
 //
 //     tables        root | inn | stock | ...
 //     table_units   root's Units | inn's Units | stock's Units | ...
@@ -54,8 +54,8 @@ struct ArrayReader final : UnitRun<ArrayReader, ArrayAccessors<ArrayReader>, Arr
     [[nodiscard]] Unit* UnitAt(std::uint32_t position) const { return position < count ? units + position : nullptr; }
 };
 
-/// A table that is only read. Units are found by the text of their keys, so a key need not be interned to be found; the
-/// family's Search decides what happens to a key that isn't there.
+/// A table that is only read. Units are found by the text of their keys, so a key needn't be interned to be found. The
+/// family's Search decides what happens if a key isn't there.
 template <class Self>
 struct TableReader : UnitRun<Self, TableAccessors<Self>, TableUnit> {
     std::uint32_t count = 0;
@@ -67,7 +67,7 @@ struct TableReader : UnitRun<Self, TableAccessors<Self>, TableUnit> {
     static const char* KeyOf(const char* text) { return text; }
 };
 
-/// All that a load for reading makes.
+/// Everything that a load for reading makes.
 template <class Table>
 struct ReadTree {
     Tessarin::List<Table> tables; // the root first
@@ -76,7 +76,7 @@ struct ReadTree {
     Tessarin::List<ArrayUnit> array_units;
     Tessarin::List<std::uint32_t> slots;
 
-    /// Makes the tables ready for searches, once their Units are in their order. False if memory runs out.
+    /// Makes the tables ready for searches, once their Units are in their final order. False if memory runs out.
     [[nodiscard]] bool IndexKeys() {
         std::uint32_t slot_count = 0;
         for (const Table& table : tables) slot_count += KeyIndex::SlotsFor(table.count);

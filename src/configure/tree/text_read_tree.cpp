@@ -1,4 +1,5 @@
-// The order of a table's Units is part of what a host sees: it walks them by the addresses of their keys.
+// Search and sort of the read tree of the text form. Hosts see the order of a table's Units: a walk visits them by the
+// addresses of their keys.
 
 #include "configure/tree/text_read_tree.h"
 
@@ -15,7 +16,7 @@ TxtTableReader::Unit* TxtTableReader::Search(const char* key) const {
     return unit;
 }
 
-/// Most tables are small, and std::stable_sort allocates memory for each.
+/// Sorts small tables without std::stable_sort, which would allocate memory for each of them; most tables are small.
 void TxtTableReader::Sort() {
     constexpr std::uint32_t kFew = 16;
     const auto before = [](const Unit& left, const Unit& right) { return std::less<>()(left.key, right.key); };

@@ -1,4 +1,4 @@
-// The read tree of the text form.
+// The read tree of the text form: a table's Units are sorted by the addresses of their keys, and found by text.
 
 #ifndef TESSARIN_CONFIGURE_TREE_TEXT_READ_TREE_H
 #define TESSARIN_CONFIGURE_TREE_TEXT_READ_TREE_H
@@ -12,7 +12,7 @@ namespace Configure {
 struct TxtTableReader final : TableReader<TxtTableReader> {
     static constexpr bool kKeepsLastColon = true;
 
-    /// A key that isn't there is interned: whatever was searched for is an interned text from then on, as in an edited
+    /// Interns a key that isn't there: every key that was searched for is an interned text afterwards, as in an edited
     /// file.
     [[nodiscard]] Unit* Search(const char* key) const;
 
