@@ -1,5 +1,5 @@
-// The temporary file lies in the target's folder, as a rename can't reach another file system. Its name begins with a
-// dot, so that a command that works on the whole folder skips it.
+// The temporary file is in the target's folder, as a file can't be renamed to another file system. Its name begins with
+// a dot, so that a command that works on the whole folder skips it.
 
 #include "tools/atomic_output_file.h"
 
@@ -17,7 +17,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A link may point to a file that doesn't exist yet.
+// The file to which a chain of links leads. A link may point to a file that doesn't exist yet.
 std::string FollowLinks(const std::string& name) {
     fs::path path = name;
     for (int links = 0; links < 40 && fs::is_symlink(path); ++links) path = path.parent_path() / fs::read_symlink(path);
@@ -25,12 +25,13 @@ std::string FollowLinks(const std::string& name) {
     return path.string();
 }
 
-// The names that a system gives to a process's open files: links that can't all be followed.
+// Whether the name is one that the system gives to a process's open files: not all of these links can be followed.
 bool IsOpenFile(const std::string& name) {
     return name.rfind("/dev/fd/", 0) == 0 || name.rfind("/dev/std", 0) == 0 || name.rfind("/proc/", 0) == 0;
 }
 
-// To replace /dev/stdout would be to replace the file that a shell has redirected it to.
+// Whether the name means standard output. If /dev/stdout were replaced, so would be the file to which a shell has
+// redirected it.
 bool IsStandardOutput(const std::string& name) { return IsDash(name) || name == "/dev/stdout"; }
 
 } // namespace
@@ -45,7 +46,7 @@ AtomicOutputFile::AtomicOutputFile(const std::string& target) : name_(IsDash(tar
         file_.CreatePrivate(name_);
         return;
     }
-    // A short name of its own: the target's name may be as long as names can be.
+    // The temporary file's name isn't made from the target's name, which may already have the maximum length.
     file_.Create((fs::path(target_).parent_path() / ".tessarin").string(), name_);
     if (!exists) return;
     std::error_code ignored; // another owner's file is still replaced, as the folder allows it

@@ -1,4 +1,5 @@
-// Implementation of the shared options and of printing.
+// The options that commands share, and how they print trees, values and messages. Failed writes to standard output are
+// detected at the end, in FlushOutput.
 
 #include "tools/command_line.h"
 

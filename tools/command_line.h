@@ -22,11 +22,12 @@ inline constexpr int kSucceeded = 0;
 inline constexpr int kFailed = 1; // an error, a requested value that is missing, or files that differ
 inline constexpr int kUsageError = 2;
 
-/// The work of the command that the user chose; returns an exit status. It runs when all of the line has been parsed.
+/// The work of the command that the user chose; returns an exit status. It runs when the whole command line has been
+/// parsed.
 using Job = std::function<int()>;
 
-/// Each adds a group of commands to `app`. The command that the user chooses stores its work in `job`. Both are
-/// borrowed.
+/// Each of these adds a group of commands to `app`. The command that the user chooses stores its work in `job`. Both
+/// are borrowed.
 void AddConfigCommands(CLI::App& app, Job& job);
 void AddTableCommands(CLI::App& app, Job& job);
 void AddTabCommands(CLI::App& app, Job& job);
@@ -58,8 +59,9 @@ struct ValueOptions {
     std::optional<std::string> fallback;
 };
 void AddValueOptions(CLI::App& command, ValueOptions& options);
-/// Prints a plain value, or the fallback if it is missing; as JSON also a table or an array. Throws Failure without a
-/// value and a fallback, and for a table or an array that isn't printed as JSON. Returns an exit status.
+/// Prints a plain value, or the fallback if the value is missing; as JSON, a table or an array, too. Throws Failure if
+/// there is neither a value nor a fallback, and for a table or an array that isn't printed as JSON. Returns an exit
+/// status.
 /// rows  the tree of the value, empty if it is missing
 /// path  where the value was looked for, for messages
 int PrintValue(const std::string& file, const std::string& path, const RowList& rows, const ValueOptions& options);
@@ -70,7 +72,7 @@ KeyPath ParseKeyPath(const std::string& path);
 /// An error's message, safe to print on a terminal.
 std::string MessageOf(const std::exception& failure);
 
-/// Throws Failure unless everything that was written to standard output has arrived there.
+/// Flushes standard output. Throws Failure if something that was printed couldn't be written.
 void FlushOutput();
 
 } // namespace Command

@@ -1,5 +1,5 @@
-// The compiled file is loaded again and compared with its source before it replaces an older one: the difference is
-// what a compiled file can't hold.
+// The compiled file is loaded again and compared with its source before it replaces an older file: a difference is
+// something that a compiled file can't hold.
 
 #include "tools/compile_file.h"
 

@@ -9,8 +9,8 @@
 namespace Command {
 
 /// Writes a file of either form in binary form. Throws Failure.
-/// warn  is called with a line for people for each value that a compiled file can't hold: the earlier ones of several
-///       under one key
+/// warn  is called with a readable line for each value that a compiled file can't hold: of several values under one
+///       key, all but the last
 void CompileFile(const std::string& source, const std::string& target,
                  const std::function<void(const std::string&)>& warn);
 

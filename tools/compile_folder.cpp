@@ -1,6 +1,6 @@
-// Workers take the next file from a shared counter, each with a file object of its own; beside counter and progress
-// they share only the library's interned strings. The times of source and target are compared for being equal, not for
-// order: a source that was put back to an older state has changed, too.
+// Each worker takes the next file from a shared counter and has its own file object; besides the counter and the
+// progress, workers share only the library's interned strings. A target is up to date if its time equals its source's;
+// an earlier or later time isn't: a source that was put back to an older state has changed, too.
 
 #include "tools/compile_folder.h"
 
@@ -45,7 +45,7 @@ public:
                 others.emplace_back(&FolderCompiler::Work, this);
             }
         } catch (const std::system_error&) { // NOLINT(bugprone-empty-catch): the comment says why
-            // The system gives no more threads: those that there are do all of the work.
+            // The system refuses more threads: the existing ones do all of the work.
         }
         Work();
         for (std::thread& worker : others) worker.join();

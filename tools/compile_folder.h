@@ -13,10 +13,10 @@ struct CompileFolderOptions {
     std::string pattern = "*"; // of file names, as MatchesGlob takes it
 };
 
-/// Compiles each file that FindFiles finds in a folder to the same relative path in another, which is created if need
-/// be and is left out of the search when it lies inside the first. A target gets its source's time of change: one that
-/// already has that time counts as unchanged and stays. Files and folders that fail are reported and don't stop the
-/// rest. Throws Failure if both folders are the same one. Returns an exit status.
+/// Compiles each file that FindFiles finds in the folder `from` to the same relative path in the folder `to`. `to` is
+/// created if it is missing, and isn't searched if it is inside `from`. A target gets its source's time of change; a
+/// target that already has that time counts as unchanged and stays. Files and folders that fail are reported and don't
+/// stop the others. Throws Failure if both folders are the same. Returns an exit status.
 int CompileFolder(const std::string& from, const std::string& to, const CompileFolderOptions& options);
 
 } // namespace Command

@@ -53,7 +53,7 @@ void CompileProgress::DrawBar(const std::string& name) const {
     const std::size_t done = totals_.compiled + totals_.unchanged + totals_.failed;
     const std::size_t filled = done * kWidth / file_count_;
     const std::string bar = std::string(filled, '#') + std::string(kWidth - filled, '.');
-    // A line that wraps couldn't be erased: this fits into 80 columns with a million files.
+    // A line that wraps couldn't be erased. This one fits into 80 columns even with a million files.
     const std::string shown = name.size() <= 28 ? name : "..." + name.substr(name.size() - 25);
     std::printf("%s[%s] %zu/%zu %s", kEraseLine, bar.c_str(), done, file_count_, Printable(shown).c_str());
     std::fflush(stdout);

@@ -18,7 +18,7 @@ struct CompileTotals {
     std::uintmax_t bytes_in = 0, bytes_out = 0;
 };
 
-/// Threads: any, at any time; Totals only when the others have ended.
+/// Any thread may call at any time; Totals may only be called when the other threads have ended.
 class CompileProgress {
 public:
     /// file_count  the files that will be reported as compiled, unchanged or failed; more may fail

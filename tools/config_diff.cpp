@@ -1,6 +1,6 @@
-// The comparison pairs the children of two containers, tables by sorted key and arrays by position, and goes down where
-// both sides of a pair are containers of one kind. It doesn't recurse, and sorting aside it takes as many steps as both
-// trees have entries: files come from anybody.
+// The comparison pairs the children of two containers, those of tables by sorted key and those of arrays by position.
+// If both sides of a pair are containers of one kind, it descends into them. A file may come from anybody, so the
+// comparison doesn't recurse, and except for sorting it takes as many steps as both trees have entries.
 //
 //     levels_[0]  pairs of the roots' children       next is one past the pair
 //     levels_[1]  pairs of that pair's children      that is being compared; those
@@ -19,7 +19,7 @@ namespace {
 
 using Configure::IIterator;
 
-// What both trees have under one key or at one position; null for the tree that has nothing there.
+// The entries of both trees under one key or at one position; null for a tree that has no entry there.
 struct Pair {
     std::string name;
     IIterator* before;

@@ -18,9 +18,9 @@ struct Difference {
 };
 using DifferenceReporter = std::function<void(const Difference&)>;
 
-/// Compares what two trees hold, whatever the order of their entries, and reports each difference. A table or an array
-/// that only one of them has is one difference. Entries of a table that share a key are compared in their order. An
-/// entry without any value counts as an empty text.
+/// Compares the content of two trees, whatever the order of their tables' entries, and reports each difference. A table
+/// or an array that only one of them has is one difference. Entries of a table that share a key are compared in their
+/// order. An entry without any value counts as an empty text.
 /// REQUIRES: both are tables, or both are arrays
 void CompareTrees(const Node& before, const Node& after, const DifferenceReporter& report);
 

@@ -40,7 +40,7 @@ Node RequireParent(const EditTarget& target, bool creates_parents) {
 }
 
 IIterator* AddTo(const Node& parent, const std::string& name, NewEntry kind, const std::string& text) {
-    // A key that is a path gets its path form, as a key in the text of a file does.
+    // A key that contains a separator is added in path form, like such a key in the text of a file.
     const bool is_path = name.find_first_of("/\\") != std::string::npos;
     const char* const key = is_path ? cstr_path(name.c_str()) : name.c_str();
     Configure::ITable* const table = parent.table;
@@ -86,7 +86,8 @@ void SaveAsText(const ConfigFile& file, const std::string& target, const std::st
     AtomicOutputFile output(target);
     const ConfigFile saved = SaveAndReload(output, file, Configure::FORMAT_TEXT);
     CompareTrees(RootOf(file), RootOf(saved), [&](const Difference& lost) {
-        // After a change the change is to blame: a quote in it may swallow what follows, and that is found lost first.
+        // After a change, the message names the changed entry: a quote in it may swallow the entries that follow, and
+        // then one of these is the first that is found lost.
         const std::string& culprit = changed.empty() ? lost.path : changed;
         throw Failure(output.Name(), "is not written: the text form can't hold " + ToUtf8(culprit));
     });

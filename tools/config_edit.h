@@ -24,13 +24,15 @@ enum class NewEntry { Text, Table, Array };
 void SetEntry(const EditTarget& target, const std::string& text);
 /// Removes an entry with everything below it. Throws Failure if there is none.
 void RemoveEntry(const EditTarget& target);
-/// Adds an entry under a new key, or at the end of an array, whose key is its length or `-`. Throws Failure.
-/// text             of a NewEntry::Text; the others are added empty
+/// Adds an entry under a new key, or at the end of an array, where the key is the array's length or `-`. Throws
+/// Failure.
+/// text             the text of a NewEntry::Text; tables and arrays are added empty
 /// creates_parents  whether missing tables of the path are added, too
 void AddEntry(const EditTarget& target, NewEntry kind, const std::string& text, bool creates_parents);
 
-/// Writes a tree as text to a file. Throws Failure, with the file left as it was, if the text form would lose
-/// something. changed  the path of what was changed, for messages; empty if nothing was
+/// Writes a tree as text to a file. If the text form would lose something, throws Failure and leaves the file as it
+/// was.
+/// changed  the path of the changed entry, for messages; empty if nothing was changed
 void SaveAsText(const ConfigFile& file, const std::string& target, const std::string& changed);
 
 } // namespace Command

@@ -1,5 +1,5 @@
-// The library only says that a load or a save failed. The likely reasons are derived here: for a load from the file's
-// first bytes and its size, for a save from the form.
+// Opens and saves configuration files. The library only says that a load or a save failed. The likely reason is derived
+// here: for a load from the file's first bytes and its size, for a save from the form.
 
 #include "tools/config_file.h"
 

@@ -22,8 +22,8 @@ ConfigFile OpenConfig(const InputFile& input);
 /// Loads a text file for editing. Throws Failure, for a compiled file too.
 ConfigFile OpenConfigForEditing(const InputFile& input);
 
-/// Saves a file into an output that isn't committed yet, and returns what that loads as, so that the caller can compare
-/// the two. Throws Failure if it can't be saved or loaded again.
+/// Saves a file into an output that isn't committed yet, and loads the output again, so that the caller can compare the
+/// two. Throws Failure if the file can't be saved or loaded again.
 ConfigFile SaveAndReload(const AtomicOutputFile& output, const ConfigFile& file, Configure::FileFormat format);
 
 } // namespace Command

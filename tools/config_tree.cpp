@@ -1,4 +1,4 @@
-// Implementation of the nodes. Nothing recurses, as a file from anywhere may be nested to any depth.
+// Searches and lists a tree without recursion, as a file from anywhere may be nested to any depth.
 
 #include "tools/config_tree.h"
 
@@ -22,7 +22,7 @@ std::pair<IIterator*, IIterator*> EntriesOf(Container* container) {
 
 bool HasSeparator(const std::string& key) { return key.find_first_of("/\\") != std::string::npos; }
 
-// What a table's getters return for a key that it doesn't have itself.
+// The value that a table's getters return for a key that the table doesn't have itself.
 Node GetDefault(ITable* table, const char* key) {
     Node node;
     if (!key) return node;

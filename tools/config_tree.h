@@ -1,4 +1,4 @@
-// Nodes of a configuration tree: finding one by its key path, going over its children, listing it as rows.
+// Nodes of a configuration tree: finding a node by its key path, iterating over its children, listing it as rows.
 
 #ifndef TESSARIN_TOOLS_CONFIG_TREE_H
 #define TESSARIN_TOOLS_CONFIG_TREE_H
@@ -14,7 +14,7 @@
 
 namespace Command {
 
-/// What an entry holds: one of the three, or nothing. The pointers are the tree's own.
+/// The value of an entry: one of the three pointers, or none. The tree owns what they point to.
 struct Node {
     Configure::ITable* table = nullptr;
     Configure::IArray* array = nullptr;
@@ -25,12 +25,13 @@ struct Node {
 Node NodeOf(Configure::IIterator* entry);
 Node RootOf(const ConfigFile& file);
 
-/// The entry of a key in a table or of a position in an array; null if there is none, and for any other node. A key is
-/// looked up as it is, then in its path form.
+/// The entry of a key in a table, or of a position in an array; null if there is none, or if the node is neither. A key
+/// is looked up as it is, then in its path form.
 Configure::IIterator* FindEntry(const Node& node, const std::string& key);
-/// What the file itself has at a key path; an empty node if there is nothing.
+/// The node at a key path in the file itself; an empty node if there is none.
 Node FindNode(Node root, const KeyPath& path);
-/// What a program gets that asks for a key path: where a table has no such key, its `_default` supplies the value.
+/// The node that a program would get for a key path: if a table doesn't have a key, its default table supplies the
+/// value.
 Node FindNodeOrDefault(Node root, const KeyPath& path);
 
 /// A cursor over the children of a table or an array; any other node has none.
@@ -41,7 +42,7 @@ public:
     [[nodiscard]] bool IsEmpty() const { return entry_ == end_; }
     /// The next child. REQUIRES: there is one
     Configure::IIterator* Take();
-    /// The same as a row, for ListTree.
+    /// Like Take, for ListTree: fills the child's row and returns the cursor over the child's own children.
     Children Take(Row& row);
 
 private:
@@ -52,10 +53,10 @@ private:
     std::size_t taken_ = 0;
 };
 
-/// Sets what a row says of a node: its shape, value, kind and count.
+/// Sets the fields of a row that describe a node: its shape, value, kind and count.
 void FillRow(const Node& node, Row& row);
 
-/// A node and what is below it.
+/// Lists a node and everything below it.
 /// key    the name of the first row
 /// limit  levels below the first row
 RowList ListNode(const Node& node, const std::string& key, std::size_t limit);

@@ -1,5 +1,5 @@
-// The drawing. A row begins with its prefix, one piece for each level above it: a bar where more siblings follow
-// on that level, a gap where none do.
+// The drawing. A row begins with its prefix, which has one piece for each level above it: a bar if more siblings follow
+// on that level, a gap if none do.
 //
 //     root
 //     ├─ a
@@ -15,7 +15,8 @@ namespace Command {
 
 namespace {
 
-// Deeper branches aren't drawn further to the right: a file of a million levels would take a terabyte of prefixes.
+// Branches below this depth aren't drawn further to the right: a file of a million levels would need a terabyte of
+// prefixes.
 constexpr std::size_t kDrawnDepth = 64;
 
 constexpr const char* kPlain = "\033[0m";

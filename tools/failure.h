@@ -1,4 +1,5 @@
-// The exception for work that can't be done. main prints it as `tessarin: FILE: what is wrong`.
+// The exception for work that can't be done. main prints it as `tessarin: FILE: what is wrong`. Exit statuses:
+// command_line.h.
 
 #ifndef TESSARIN_TOOLS_FAILURE_H
 #define TESSARIN_TOOLS_FAILURE_H

@@ -1,4 +1,5 @@
-// Implementation of the streams. An error number is read at once, before another call can change it.
+// Streams that throw on errors. Invariant: errno is read directly after the call that failed, before another call can
+// change it.
 
 #include "tools/file_stream.h"
 

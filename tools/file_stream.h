@@ -21,11 +21,11 @@ bool IsDash(const std::string& name);
 /// name  the file as the user knows it
 [[noreturn]] void FailWithError(const std::string& name, int error);
 
-/// Opens a file. Throws Failure, which calls the file `name`.
+/// Opens a file. Throws Failure, whose message calls the file `name`.
 /// mode  as fopen takes it
 Stream OpenStream(const std::string& path, const char* mode, const std::string& name);
 
-/// Copies the rest of a stream to another and flushes that. Throws Failure, which names the stream at fault.
+/// Copies the rest of a stream to another and flushes the other. Throws Failure, which names the stream that failed.
 void CopyStream(std::FILE* from, const std::string& from_name, std::FILE* to, const std::string& to_name);
 
 } // namespace Command

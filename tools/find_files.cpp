@@ -1,5 +1,5 @@
-// The search keeps the folders that are still to be listed in a list of its own, so depth costs no stack, and an error
-// in one folder doesn't end it.
+// The search keeps a list of the folders that are still to be listed, so depth costs no stack, and an error in one
+// folder doesn't end the search.
 
 #include "tools/find_files.h"
 

@@ -1,6 +1,6 @@
-// Matching with one point of return: each `*` first matches nothing, and on a mismatch only the last `*` is extended by
-// a byte. Earlier ones needn't be extended again, since the last one can match any text instead of them. So a match
-// costs at most the product of both lengths.
+// Matching with a single point to return to: each `*` first matches nothing, and after a mismatch only the last `*` is
+// extended by a byte. An earlier `*` needn't be extended again, since the last one can match any text instead. So a
+// match costs at most the product of both lengths.
 
 #include "tools/glob.h"
 

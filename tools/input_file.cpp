@@ -1,5 +1,5 @@
-// An input is opened once, even if only to copy it: when a reader of a pipe closes it, the writer takes that reader for
-// the last one.
+// An input is opened only once, even if it is copied: when a pipe is closed by its only reader, the writer gets an
+// error, so the pipe can't be opened again.
 
 #include "tools/input_file.h"
 

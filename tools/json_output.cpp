@@ -1,5 +1,5 @@
-// The JSON writer. `open` holds the containers around the current row, one a level; a row of a lesser depth closes
-// those that are deeper.
+// The JSON writer. `open` holds the containers around the current row, one per level; a row closes all containers that
+// aren't around it.
 
 #include "tools/json_output.h"
 

@@ -1,4 +1,4 @@
-// Implementation of the key paths: one pass, which takes key after key off the front of the text.
+// Splits a key path in one pass, which takes key after key off the front of the text.
 
 #include "tools/key_path.h"
 
@@ -8,7 +8,7 @@ namespace Command {
 
 namespace {
 
-// Takes a key in quotes off the front of `rest`; what follows it must be a `/` or nothing.
+// Takes a key in quotes off the front of `rest`; a `/` or the end must follow it.
 bool TakeQuotedKey(std::string_view& rest, std::string& key) {
     rest.remove_prefix(1);
     for (;;) {

@@ -15,13 +15,14 @@ namespace Command {
 
 using KeyPath = std::vector<std::string>;
 
-/// The keys of a path; none for an empty text, the root. Nothing if a quote isn't closed or text follows its end.
+/// The keys of a path; no keys for an empty text, which means the root. No value if a quote isn't closed or text
+/// follows its end.
 std::optional<KeyPath> SplitKeyPath(std::string_view text);
 
-/// A key as SplitKeyPath reads it back: in quotes if it must be.
+/// A key in the spelling that SplitKeyPath reads back: in quotes if necessary.
 std::string QuoteKey(std::string_view key);
 
-/// The position that a key means in an array; nothing unless it is decimal digits of a number of 32 bits.
+/// The position that a key means in an array; no value unless the key is the decimal digits of a 32-bit number.
 std::optional<std::uint32_t> ParsePosition(std::string_view key);
 
 } // namespace Command

@@ -1,5 +1,5 @@
 // The command `tessarin`: shows, changes and converts the library's files from a shell. It is a host like any other and
-// uses the public headers alone.
+// uses only the public headers.
 
 #include "tools/command_line.h"
 #include "tools/terminal_text.h"

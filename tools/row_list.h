@@ -1,12 +1,12 @@
-// A tree as the flat list of its rows: what every command draws for people or writes as JSON for scripts.
+// A tree as the flat list of its rows, which every command draws for people or writes as JSON for scripts.
 //
 // Rows are in depth-first order, a row before its children:
 //
 //     rows  root  a  a/x  a/y  b
 //     depth   0   1   2    2   1
 //
-// A row's depth and the order say all of the structure, so neither making nor printing a list recurses: however deep a
-// file is nested, it costs no stack.
+// The depths and the order of the rows give the whole structure, so neither making nor printing a list recurses: even a
+// deeply nested file costs no stack.
 
 #ifndef TESSARIN_TOOLS_ROW_LIST_H
 #define TESSARIN_TOOLS_ROW_LIST_H

@@ -1,5 +1,5 @@
-// The slots are a fixed array of atomics, as a handler may neither lock nor allocate. Paths live on the C heap; a path
-// that the handler has taken is never freed, because the process is ending.
+// The slots are a fixed array of atomics, as a signal handler may neither lock nor allocate. Paths are on the C heap; a
+// path that the handler has taken is never freed, because the process is ending.
 
 #include "tools/signals.h"
 

@@ -15,15 +15,16 @@ namespace Command {
 /// handler and the destructor of a file never both act on it.
 using RemovalSlot = std::atomic<char*>;
 
-/// Has a file removed when a signal ends the process.
-/// returns  the slot that holds its path, for CancelRemoval; null when all slots are in use or memory runs out: then
-///          the file stays behind
+/// Makes the signal handler remove a file when a signal ends the process.
+/// returns  the slot that holds its path, for CancelRemoval; null if all slots are in use or memory runs out: then a
+///          signal leaves the file behind
 RemovalSlot* RemoveOnSignal(const std::string& path);
 /// Frees a slot, so that its file stays. A null slot is ignored.
 void CancelRemoval(RemovalSlot* slot);
 
-/// While an object lives, the first signal that would end the process waits until the object ends, and only a second
-/// one ends the process at once. Threads that create files need this: they would create again what the handler removes.
+/// While an object lives, the first signal that would end the process waits until the object ends; a second signal ends
+/// the process at once. Threads that create files need this: they could create files after the handler has removed
+/// them.
 class SignalDelay {
 public:
     SignalDelay();

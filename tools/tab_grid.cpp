@@ -1,5 +1,6 @@
-// A tab file's path goes to the file service normalised, in lower case, so that a host can find it in an archive. In a
-// shell a path means exactly the file that it names, so the grid gets a file service of its own, which ignores paths.
+// The library passes a tab file's path to the file service normalised, in lower case, so that a host can find it in an
+// archive. In a shell a path means exactly the file that it names, so the grid gets its own file service, which ignores
+// paths.
 
 #include "tools/tab_grid.h"
 
@@ -15,7 +16,7 @@ namespace Command {
 
 namespace {
 
-// A file service in which every path opens one and the same file.
+// A file service in which every path opens the same file.
 class SingleFileService : public IFileIO {
 public:
     explicit SingleFileService(std::string path) : path_(std::move(path)) {}
@@ -39,7 +40,7 @@ private:
     std::string path_;
 };
 
-// A cell as a terminal can show it: plain if nothing in it needs an escape, in quotes otherwise.
+// A cell as a terminal can show it: in quotes if something in it needs an escape, plain otherwise.
 std::string FormatCell(const char* cell) {
     if (!cell) return "";
     const std::string quoted = Quote(cell);

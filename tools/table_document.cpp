@@ -1,6 +1,6 @@
-// A document's form is recognised by its first character: JSON begins with a brace or with the slash of a comment,
-// which no readable text can begin with. A byte order mark in front of JSON makes it broken JSON, and it is reported
-// so: as a readable text it would load, as something else.
+// A document's form is recognised by its first character: JSON begins with a brace or with the slash of a comment; a
+// readable text can't begin with either. JSON after a byte order mark is reported as broken JSON; read as readable text
+// it would load, but as something else.
 
 #include "tools/table_document.h"
 
@@ -30,7 +30,7 @@ std::string ReadWhole(const InputFile& input) {
     return text;
 }
 
-// An offset in a text for people, both numbers from 1; the column counts bytes.
+// The line and column of an offset in a text, as a message shows them. Both count from 1; the column counts bytes.
 std::string LineAndColumn(const std::string& text, std::size_t offset) {
     std::size_t line = 1, column = 1;
     for (std::size_t i = 0; i < offset && i < text.size(); ++i) {
@@ -52,7 +52,7 @@ void CheckJson(const InputFile& input, const std::string& text) {
     }
 }
 
-// The shortest text that reads as the same number. JSON has none for infinities and NaN.
+// The shortest text that reads as the same number. JSON has no text for infinities and NaN, so these become null.
 std::string FormatNumber(float value) {
     if (!std::isfinite(value)) return "null";
     char digits[32];
@@ -103,7 +103,7 @@ void FillRow(IIterator* entry, Row& row) {
     }
 }
 
-// A cursor over the entries of a table, for ListTree; null has none.
+// A cursor over the entries of a table, for ListTree; a null table has no entries.
 class Entries {
 public:
     explicit Entries(ITable* table) : table_(table), entry_(table ? table->First() : nullptr) {}

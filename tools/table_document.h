@@ -23,7 +23,7 @@ using Table = std::unique_ptr<Tessarin::ITable, TableCloser>;
 /// Loads a document of either form. Throws Failure.
 Table OpenTable(const InputFile& input);
 
-/// The tree of the entry at a key path; empty if there is none.
+/// Lists the tree of the entry at a key path; empty if there is no such entry.
 /// key    the name of the first row
 /// limit  levels below the first row
 RowList ListEntry(Tessarin::ITable* root, const KeyPath& path, const std::string& key, std::size_t limit);

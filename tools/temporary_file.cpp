@@ -34,8 +34,8 @@ void TemporaryFile::Create(const std::string& stem, const std::string& name) {
 
 void TemporaryFile::CreatePrivate(const std::string& name) {
     Create((fs::temp_directory_path() / "tessarin").string(), name);
-    // What will be written may be private: the file is closed to others while it is still empty.
-    std::error_code ignored; // not every file system knows owners
+    // The content may be private, so other users' access is removed while the file is still empty.
+    std::error_code ignored; // not every file system has owners
     fs::permissions(path_, fs::perms::owner_read | fs::perms::owner_write, ignored);
 }
 

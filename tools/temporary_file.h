@@ -16,15 +16,15 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Creates an empty file whose path begins with `stem`. Throws Failure, which calls the file `name`.
+    /// Creates an empty file whose path begins with `stem`. Throws Failure, whose message calls the file `name`.
     /// REQUIRES: the object has no file yet
     void Create(const std::string& stem, const std::string& name);
-    /// The same in the system's folder for temporary files, readable and writable by its owner only.
+    /// Creates an empty file in the system's folder for temporary files, readable and writable by its owner only.
     void CreatePrivate(const std::string& name);
-    /// Gives the file up: it stays, or has another name now.
+    /// Stops managing the file: it stays, or already has another name.
     void Release();
 
-    /// Empty without a file.
+    /// The file's path; empty if the object has no file.
     [[nodiscard]] const std::string& Path() const { return path_; }
 
 private:

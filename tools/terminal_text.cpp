@@ -1,4 +1,4 @@
-// The characters come from utf8proc, which rejects overlong forms, surrogates and what is beyond U+10FFFF.
+// Escapes texts. utf8proc decodes the characters; it rejects overlong forms, surrogates and code points above U+10FFFF.
 
 #include "tools/terminal_text.h"
 
@@ -13,7 +13,7 @@ struct Character {
     utf8proc_int32_t codepoint; // negative for a byte that isn't part of valid UTF-8
 };
 
-// Takes the first character, or a byte that begins none, off a text that isn't empty.
+// Takes the first character off a text that isn't empty; if no valid character begins there, one byte.
 Character TakeCharacter(std::string_view& text) {
     Character first{};
     const auto* const bytes = reinterpret_cast<const utf8proc_uint8_t*>(text.data());
@@ -45,7 +45,7 @@ std::string Escape(unsigned char byte) {
     return std::string("\\x") + kDigits[byte >> 4] + kDigits[byte & 15];
 }
 
-// also_escaped  ASCII characters to escape beside controls and invalid bytes
+// also_escaped  ASCII characters to escape besides controls and invalid bytes
 std::string EscapeText(std::string_view text, std::string_view also_escaped) {
     std::string escaped;
     while (!text.empty()) {

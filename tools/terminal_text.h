@@ -1,8 +1,8 @@
-// Text from files made safe to print: escape sequences in it can't command a terminal, and bytes that aren't UTF-8
+// Makes text from files safe to print: escape sequences in it can't control a terminal, and bytes that aren't UTF-8
 // can't break the output.
 //
-// Escaped are control characters, U+0000 to U+001F and U+007F to U+009F, and bytes that aren't part of valid UTF-8:
-// each byte as \n, \r, \t or \xNN.
+// These are escaped, each byte as \n, \r, \t or \xNN: control characters (U+0000 to U+001F and U+007F to U+009F) and
+// bytes that aren't part of valid UTF-8.
 
 #ifndef TESSARIN_TOOLS_TERMINAL_TEXT_H
 #define TESSARIN_TOOLS_TERMINAL_TEXT_H

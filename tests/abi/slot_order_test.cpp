@@ -28,19 +28,19 @@ std::size_t SlotOf(Method method) {
     return (parts.place - 1) / sizeof(void*);
 }
 
-/// Which of the operations of one name.
+/// Which one of the operations that share a name.
 template <class Signature, class Interface>
 constexpr auto One(Signature Interface::*method) {
     return method;
 }
 
-/// Its first operation takes the slot behind the interface's last.
+/// Its first operation takes the slot after the interface's last one.
 template <class Interface>
 struct Longer : Interface {
     virtual void Behind() = 0;
 };
 
-/// Operations are in this order from slot `first` on, and behind them `rest` slots end the table.
+/// Operations are in this order from slot `first` on, and `rest` slots after them end the table.
 template <class Interface, class... Methods>
 void ExpectOrder(std::size_t first, std::size_t rest, Methods... methods) {
     const std::vector<std::size_t> slots = {SlotOf(methods)...};
@@ -73,7 +73,7 @@ TEST(SlotOrder, Table) {
 
 TEST(SlotOrder, Entry) {
     using T = Tessarin::IIterator;
-    // Its destructor stands before the last operation.
+    // Its destructor is before the last operation.
     ExpectOrder<T>(0, 3, &T::GetKey, &T::GetType, &T::GetInteger, &T::GetReal, &T::GetString, &T::GetTable, &T::GetPtr,
                    &T::GetFloat2, &T::GetFloat3, &T::GetFloat4, &T::GetFloat4x4, &T::GetHandle, &T::SetHandle,
                    &T::SetFloat4x4, &T::SetFloat4, &T::SetFloat3, &T::SetFloat2, &T::Unassigned, &T::SetTable,

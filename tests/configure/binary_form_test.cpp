@@ -88,7 +88,7 @@ bool Load(std::string_view bytes, BinTree& tree) {
 
 std::string NameOf(cstr name) { return name == nullptr ? "" : name; }
 
-/// Calls every getter of a Unit. returns  its value as a text
+/// Calls every getter of a Unit. Returns its value as a text.
 std::string Value(IIterator& unit) {
     unit.GetInteger(), unit.GetFloat(), unit.GetBool(), unit.GetInterval(), unit.IsInterval();
     if (unit.IsArray()) return "array "s + NameOf(unit.GetArray()->GetName());
@@ -96,7 +96,7 @@ std::string Value(IIterator& unit) {
     return unit.GetString();
 }
 
-/// Writes a tree down, container by container: `{}` a table, `[]` an array.
+/// Describes a tree as a text, container by container: `{}` is a table, `[]` an array.
 struct TreeWalk {
     void AddUnit(IIterator& unit) {
         text += Value(unit);
@@ -133,7 +133,7 @@ struct TreeWalk {
     std::string text;
 };
 
-/// All tables that are known go before the next array.
+/// Puts all known tables before the next array.
 std::string WalkedText(BinTree& tree) {
     TreeWalk walk;
     walk.tables.push_back(&tree.tables[0]);

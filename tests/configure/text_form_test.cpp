@@ -68,7 +68,7 @@ TEST(TextForm, TheFirstKeyIsWhatStandsOnItsLine) {
         {"\"a\nb\" = 1", "b\"='1'"},
         {R"(Path/To\\File = C:\\Dir)", R"(path\to\file='C:\\Dir')"},
         {R"("//A/ b" = /x//y)", R"(\a\ b='/x//y')"},
-        // The same holds behind a block, and the comma belongs to the key.
+        // The same holds after a block, and the comma belongs to the key.
         {"a = { x = 1, }, b = 2", "a={x='1'} ,b='2'"},
         {"a = { }\n , b = 2", "a={} ,b='2'"},
         {"a = { }\n,\nb c = 2", "a={} b c='2'"},
@@ -122,7 +122,7 @@ TEST(TextForm, AScalarEndsWithItsLine) {
         {"a = ,", "a=''"},
         {R"(a = " 1, ",)", "a=' 1, '"},
         {R"(a = "")", "a=''"},
-        // With nothing behind the sign the value is absent, which isn't an empty text.
+        // With nothing after the sign the value is absent, which isn't an empty text.
         {"a =", "a=null"},
         {"a = {b = \n}c = \t", "a={b=null} c=null"},
     });

@@ -65,7 +65,7 @@ TEST(HeapFaults, EveryLoadOfAConfiguration) {
            {"text to edit", LoadConfiguration<ACCESS_EDIT, FORMAT_TEXT>},
            {"either form", LoadConfiguration<ACCESS_EDIT, FORMAT_AUTO>},
            {"binary", LoadConfiguration<ACCESS_READ, FORMAT_BINARY>},
-           // The path is what can't be interned: there is a root all the same, but the object doesn't know of it.
+           // Only the path can't be interned: the load returns a root, but the object doesn't know of it.
            {"new path", [](Fixture& f) {
                 return f.file->Load(f.Fresh(), ACCESS_READ, FORMAT_TEXT) != nullptr && f.file->GetRoot() != nullptr;
             }}});

@@ -1,6 +1,6 @@
 // A host's file service that fails at one of its calls: every load and save of configuration and tab files, each call
 // in turn, in every way in which it can fail. Whatever the service does, each handle is closed once, the object is
-// empty behind a failed load and unchanged behind a save, and the next try works.
+// empty after a failed load and unchanged after a save, and the next try works.
 
 #include "tessarin/configure.h"
 #include "tessarin/tab_files.h"
@@ -125,7 +125,7 @@ const Operation kOperations[] = {
     {"save", Kind::kSaveText, ACCESS_EDIT, "written", [](Fixture& f) { return f.file->Save(); }, "written"},
 };
 
-/// Makes one call fail in one way. Returns whether the call can fail so.
+/// Makes one call fail in one way. Returns whether the call can fail in that way.
 bool Strike(const Operation& operation, int call, Fault fault, int& calls) {
     Fixture fixture;
     FaultyFiles& files = fixture.files;

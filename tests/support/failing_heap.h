@@ -31,8 +31,8 @@ public:
 };
 
 /// Lets each allocation of `attempt` fail once, in turn, then runs it without a failure. `attempt` gets the heap, does
-/// the work, undoes it, and checks what must hold; it is called until no allocation is left to fail. returns  how many
-/// allocations have been made to fail
+/// the work, undoes it, and checks what must hold; it is called until no allocation is left to fail.
+/// Returns how many allocations have been made to fail.
 template <class Attempt>
 std::size_t FailEachAllocation(Attempt attempt) {
     for (std::size_t n = 0;; ++n) {

@@ -201,8 +201,8 @@ TEST_F(Listeners, RequestsWaitForTheEndOfTheirNotification) {
     EXPECT_EQ(TakeLog(log), "I14:0 I5:0 ");
 }
 
-// The inner notification ends with the flag cleared and the queue applied, even if it has no listener. Requests after
-// it take effect at once, and the outer one, which reads count and data at each step, goes on over them.
+// The end of the inner notification clears the flag and applies the queue, even if it has no listener. Later requests
+// take effect at once, and the outer notification, which reads count and data at each step, includes their results.
 TEST_F(Listeners, AnInnerNotificationAppliesTheRequestsOfTheOuterOne) {
     for (bool on_entry : {false, true}) {
         Renew();

@@ -318,7 +318,7 @@ TEST(TableArrayPart, StandsBesideTheEntries) {
     EXPECT_EQ(table->GetArrayItem(4), stored);
     EXPECT_EQ(table->GetArrayItem(5), nullptr);
     EXPECT_EQ(table->SetArrayItem(7, &item, 0), stored + 3) << "the first eight need no growth";
-    // An item of the array's own as the source, which moves away as the array grows.
+    // The source is an item of the same array, which moves when the array grows.
     stored = static_cast<std::uint64_t*>(table->SetArrayItem(10, stored, 0));
     EXPECT_EQ(*stored, item);
     EXPECT_EQ(table->SetArrayItem(21, &item, 0), stored + 11) << "twice the need was taken: 22";
