@@ -168,7 +168,7 @@ struct Lookup {
                unit, by_pieces);
     }
 
-    // The pieces between the colons; after a colon at the end comes an empty piece.
+    // The pieces between the colons; a colon at the end is followed by an empty piece.
     static std::vector<std::string> Split(const std::string& key) {
         std::vector<std::string> pieces(1);
         for (const char byte : key) {

@@ -46,7 +46,7 @@ std::string PathForm(const std::string& text) {
     return path;
 }
 
-/// The key, with a `:` behind each piece; nothing if the format doesn't spell a key.
+/// The key, with a `:` after each piece; nothing if the format doesn't spell a key.
 std::optional<std::string> Spelled(const Request& request) {
     std::string key;
     for (std::size_t i = 0; i < request.format.size(); ++i) {

@@ -105,7 +105,7 @@ private:
     ByteSource& source_;
     LoadedFile& file_;
     Node tree_;
-    std::vector<Container> path_; // the current container behind those that it is in
+    std::vector<Container> path_; // the containers around the current one, which is the last
 };
 
 void Program::Add() {

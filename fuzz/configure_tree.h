@@ -76,7 +76,7 @@ private:
 /// tree  the tree of `file`, in the order of the file that it was loaded from
 void CheckCompiled(LoadedFile& file, const Node& tree);
 
-/// The same for the text form with both accesses, as far as it can express the tree.
+/// Saves a tree in the text form and loads that with both accesses; requires the same tree if the form can express it.
 void CheckWritten(LoadedFile& file, const Node& tree);
 
 } // namespace Fuzz

@@ -337,7 +337,7 @@ private:
         model_.pop_front();
     }
 
-    /// A wrong first word may lose the records behind it and has no other effect.
+    /// A wrong first word may lose the records after it and has no other effect.
     void Damage() {
         if (model_.empty()) return;
         const auto word = source_.Plain<std::uint32_t>();

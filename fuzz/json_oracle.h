@@ -12,10 +12,10 @@
 namespace Fuzz {
 
 /// The tree of a text by the rules of the JSON form, but with the standard's strings; a text that isn't valid, or whose
-/// root is no object, is an empty table. A NUL ends the text.
+/// root isn't an object, is an empty table. A NUL ends the text.
 Value TreeOfStandardJson(const std::string& text);
 
-/// The same with raw strings: a backslash is a byte like any other.
+/// The tree by the same rules, but with raw strings: a backslash is an ordinary byte.
 Value TreeOfRawJson(std::string_view text);
 
 /// Saves a table and requires that this is a standard text that says what the table holds, and that it loads as the

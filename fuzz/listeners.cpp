@@ -1,5 +1,5 @@
 // Listeners that change the notifying table and other tables during the notification: they add and remove entries and
-// listeners, rename, clear, and end the table itself. There is no model of which listeners are then notified of what.
+// listeners, rename, clear, and end the table itself. No model predicts which listeners are then notified of what.
 // Whatever happens, no freed memory is touched (which the sanitizers see), and every remaining table can be walked.
 
 #include "fuzz/byte_source.h"

@@ -172,7 +172,7 @@ std::optional<Value> Read(const std::string& text) {
 
 // ------------------------------------------------------------------------------------------------------- the writer
 
-/// A digit too many for any float, so that the value comes back exactly.
+/// One digit more than any float needs, so that the value is read back exactly.
 std::string RealText(float real) {
     if (std::isnan(real)) return "nan";
     if (std::isinf(real)) return std::string(real < 0 ? "-1" : "1").append(400, '0').append(".0");

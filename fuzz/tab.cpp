@@ -1,5 +1,5 @@
-// Any bytes as a tab file: the first is the flags, the rest the text. The grid is the one that a reading line by line,
-// field by field comes to, cell by cell.
+// Any bytes as a tab file: the first byte is the flags, the rest the text. The grid is compared, cell by cell, with the
+// result of a plain reader that reads line by line and field by field.
 
 #include "fuzz/check.h"
 #include "tessarin/tab_files.h"
@@ -22,7 +22,7 @@ struct Grid {
     std::vector<Row> rows;
 };
 
-/// The text up to and without `byte`, which goes with it; all of it if there is none.
+/// Takes the text before the first `byte` off the front, and drops that byte; takes all of it if there is none.
 std::string_view Cut(std::string_view& text, char byte) {
     const std::string_view piece = text.substr(0, text.find(byte));
     text.remove_prefix(std::min(text.size(), piece.size() + 1));
@@ -37,8 +37,8 @@ std::size_t CountColumns(std::string_view text) {
     return end == text.npos ? tabs : end == 0 ? 0 : tabs + 1;
 }
 
-/// The fields of one line, as many as there are columns. A last line that nothing ends keeps what a tab ends, of which
-/// the column that is skipped is the first.
+/// The fields of one line, as many as there are columns. A last line without a line feed keeps only the fields that a
+/// tab ends; the skipped column is the first of these.
 Row ReadLine(std::string_view& text, std::size_t columns, bool skips_column) {
     const bool ends = text.find('\n') != text.npos;
     std::string_view line = Cut(text, '\n');

@@ -103,7 +103,8 @@ int RunDiff(const Arguments& arguments) {
 
 // ------------------------------------------------------------------------------------------------------------ changing
 
-// Changes a file in its place, or writes the result to the output; standard input goes to standard output.
+// Changes a file in place, or writes the result to the output. A file from standard input is written to standard
+// output.
 template <class Change>
 int ChangeFile(const Arguments& arguments, Change change) {
     const KeyPath path = ParseKeyPath(arguments.path);

@@ -26,7 +26,7 @@ IIterator* RequireEntry(const EditTarget& target, const Node& parent) {
 
 Node ParentNode(const EditTarget& target) { return FindNode(RootOf(target.file), ParentOf(target.path)); }
 
-// The table or array that the new entry goes into.
+// The table or array to which the new entry is added.
 Node RequireParent(const EditTarget& target, bool creates_parents) {
     Node node = RootOf(target.file);
     for (const std::string& key : ParentOf(target.path)) {

@@ -48,7 +48,7 @@ TEST(Interval, TextsReadAsBounds) {
         {"[1e3,1.5e3]", 1, 1500, 1, 1500, 2},
         {"[.5,-.9]", -0.9F, 0, 0, 0, 1}, // a point as the first byte doesn't count
         {"[,5]", 0, 5, 0, 5, 0},
-        {"[1,2,3.5]", 1, 2, 1, 2, 2}, // the second bound is everything behind the first comma
+        {"[1,2,3.5]", 1, 2, 1, 2, 2}, // the second bound is everything after the first comma
         {"[1 9,2\n.5]", 1, 2, 1, 2, 0},
         {"[1\r9,2]", 1, 2, 1, 2, 0},
         {"[0,9.e9]", 0, 9e9F, 0, INT32_MAX, 2},

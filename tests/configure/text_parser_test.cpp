@@ -65,7 +65,7 @@ TEST(TextParser, SaysWhatIsWrongAndWhere) {
     const struct {
         std::string text;
         TextFault fault;
-        std::string before; // the bytes in front of the place
+        std::string before; // the bytes before the place
         std::string place;
     } cases[] = {
         {"= 1", TextFault::kNoKey, "", "="},

@@ -1,5 +1,5 @@
-// A library whose pools and whose arena of strings are empty, so that what an operation needs comes from the heap,
-// where its allocation can fail.
+// Empties the library's pools and its arena of strings, so that an operation allocates from the heap, where its
+// allocation can fail.
 
 #ifndef TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H
 #define TESSARIN_TESTS_FAULTS_DRAINED_POOLS_H

@@ -23,7 +23,7 @@ enum class Fault { kNull, kNegative, kTooLarge, kNothing, kShort, kTooMuch };
 constexpr Fault kFaults[] = {Fault::kNull,    Fault::kNegative, Fault::kTooLarge,
                              Fault::kNothing, Fault::kShort,    Fault::kTooMuch};
 
-/// Files in memory behind a service one of whose calls fails, if the fault is one of that call's kind.
+/// A file service with files in memory. One of its calls fails, if the fault is one of that call's kind.
 class FaultyFiles : public MemoryFiles {
 public:
     void FailAt(int call, Fault new_fault) { calls = 0, at = call, fault = new_fault, struck = false; }

@@ -136,7 +136,7 @@ TEST_F(EntryStoreModel, SortsBetweenEightAndNineAndStaysSoOnTheWayBack) {
     EXPECT_EQ(model.keys, std::vector<cstr>(Keys().begin(), Keys().begin() + 9));
     Rename(Keys()[8], Keys()[20]); // falls to 8 and crosses again
     Remove(Keys()[4]);
-    Rename(Keys()[0], Keys()[30]); // of 8 entries the renamed one goes last
+    Rename(Keys()[0], Keys()[30]); // of 8 entries the renamed one becomes the last
     EXPECT_EQ(model.keys.back(), Keys()[30]);
 }
 

@@ -93,7 +93,7 @@ TEST(Threads, LoadAndSaveDocumentsOfTheirOwn) {
             ASSERT_EQ(table->SaveFile(saved.c_str()), 1U);
             TableHolder again(OpenTableFile(saved.c_str()));
             ASSERT_TRUE(again);
-            again->Remove("__internal_type", 0); // what a save puts in front is an entry when it is loaded
+            again->Remove("__internal_type", 0); // the marker that a save writes first is an entry when it is loaded
             EXPECT_EQ(TestSupport::SavedJson(again.get()), TestSupport::SavedJson(table.get()));
             EXPECT_EQ(again->GetTable("b")->GetString("name"), "n" + n);
         }

@@ -31,7 +31,7 @@ enum class TextFault {
     kNone,
     kOutOfMemory,
     kTooLong, ///< more bytes than positions can number
-    kNoKey,   ///< an `=` without a key in front of it
+    kNoKey,   ///< an `=` without a key before it
     kLongKey  ///< a key of more than kMostKeyBytes
 };
 
