@@ -1,5 +1,5 @@
-// Chunks and free blocks are two vectors under one lock. A chunk pushes its blocks in ascending order, so the first one
-// handed out is its last.
+// The addresses of chunks and of free blocks are in two vectors under one lock. A new chunk's blocks are pushed in
+// ascending order, so its last block is handed out first.
 
 #include "memory/block_pool.h"
 
@@ -18,7 +18,7 @@ bool ObjectPool::Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk) 
     blocks_per_chunk_ = blocks_per_chunk;
     const bool chunks_ready = chunks_.Reset(sizeof(void*));
     const bool stack_ready =
-        free_blocks_.Reset(sizeof(void*)); // also if the first failed: both need their element size
+        free_blocks_.Reset(sizeof(void*)); // even if the first failed: both need their element size
     return chunks_ready && stack_ready && FillChunk();
 }
 
@@ -40,15 +40,15 @@ void ObjectPool::ReleaseChunks() {
     free_blocks_.count = 0;
 }
 
-/// The caller holds the lock, or the pool isn't in use yet. A chunk whose address can't be recorded is used all the
-/// same; only its release is lost.
+/// The caller holds the lock, or the pool isn't in use yet. If a chunk's address can't be recorded, the chunk is used
+/// all the same, but it is never freed.
 bool ObjectPool::FillChunk() {
     void* chunk = std::malloc(std::size_t{block_size_} * blocks_per_chunk_);
     if (chunk == nullptr) return false;
     chunks_.Push(&chunk);
     auto* block = static_cast<unsigned char*>(chunk);
     for (std::uint32_t i = 0; i < blocks_per_chunk_; ++i, block += block_size_) PushFree(block);
-    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): without memory for either vector the chunk is lost, as documented
+    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc): if neither vector can grow the chunk is lost, as documented
     return true;
 }
 

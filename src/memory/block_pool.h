@@ -1,5 +1,5 @@
-// The allocator behind tables, entries, matrices and listener lists: blocks of one fixed size, cut from chunks that are
-// never given back to the heap before the end. Safe from any thread.
+// The allocator of tables, entries, matrices and listener lists: blocks of one fixed size, cut from chunks that aren't
+// returned to the heap before the end. Safe from any thread.
 //
 //    chunks_                     a chunk: blocks_per_chunk_ blocks, one malloc
 //    +---+                       +-------+-------+-------+-------+
@@ -12,10 +12,10 @@
 //                                  +---+           +---+
 //
 // Invariants:
-//  1. A block is either on the stack of free ones or in a user's hands. The pool doesn't check this: a block given back
-//     twice is handed out twice.
-//  2. Blocks have no header and come uninitialised: as malloc or their last user left them.
-//  3. A pool never shrinks. The common path is a lock, a few loads and stores and an unlock.
+//  1. A block is either on the stack of free blocks or in use. The pool doesn't check this: a block that is freed twice
+//     is handed out twice.
+//  2. Blocks have no header and are uninitialised: they have the bytes that malloc or their last user left.
+//  3. A pool never shrinks. The common path is a lock, a few loads and stores, and an unlock.
 
 #ifndef TESSARIN_MEMORY_BLOCK_POOL_H
 #define TESSARIN_MEMORY_BLOCK_POOL_H
@@ -27,7 +27,7 @@
 
 namespace Tessarin {
 
-/// The last block given back is the next one handed out; those of a new chunk come from its end downwards.
+/// The block that was freed last is handed out next; the blocks of a new chunk are handed out from its end downwards.
 class ObjectPool {
 public:
     ObjectPool() = default;
@@ -37,13 +37,14 @@ public:
     ObjectPool(const ObjectPool&) = delete;
     ObjectPool& operator=(const ObjectPool&) = delete;
 
-    /// Sets the sizes, in bytes and blocks, and fills the first chunk. False if memory ran out; Alloc then tries again.
+    /// Sets the block size in bytes and the blocks per chunk, and makes the first chunk. False if memory ran out; Alloc
+    /// then tries again.
     bool Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk);
 
     /// A block, or null if memory ran out.
     void* Alloc();
 
-    /// Takes a block back; null is ignored. If the stack of free blocks can't grow, the block is lost until the end.
+    /// Frees a block; null is ignored. If the stack of free blocks can't grow, the block is lost until the end.
     void Free(void* block);
 
     /// Frees every chunk, even if blocks of it are in use.

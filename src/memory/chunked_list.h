@@ -1,5 +1,5 @@
-// A list that grows without moving: for the one list of a load that is as long as the file has entries. List would hold
-// up to twice the storage, and leave the heap with the holes that it has moved out of.
+// A list that grows without moving its items: for the one list of a load that has an item for each entry of the file.
+// List would take up to twice the storage, and leave holes in the heap where its earlier storage was.
 
 #ifndef TESSARIN_MEMORY_CHUNKED_LIST_H
 #define TESSARIN_MEMORY_CHUNKED_LIST_H
@@ -26,7 +26,7 @@ public:
     ChunkedList(const ChunkedList&) = delete;
     ChunkedList& operator=(const ChunkedList&) = delete;
 
-    /// False if memory runs out, the list unchanged.
+    /// False if memory runs out; the list is then unchanged.
     [[nodiscard]] bool Push(T item) {
         if (count_ == chunks_.Count() * kChunkItems && !AddChunk()) [[unlikely]]
             return false;

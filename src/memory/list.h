@@ -1,11 +1,11 @@
-// The growable array of the library's inside: queues and stacks of the walks, none of which recurses, buffers that
-// files are built in, and the objects of a loaded tree.
+// The library's internal growable array: for the queues and stacks of walks, which never recurse, for the buffers in
+// which files are built, and for the objects of a loaded tree.
 //
 // Invariants:
-//  1. The first `count_` of `capacity_` items are alive; the storage behind them is raw.
-//  2. No storage is allocated for an empty list until the first item, and Make allocates exactly what it makes.
+//  1. The first `count_` of `capacity_` items are alive; the storage after them is raw.
+//  2. No storage is allocated before the first item. Make allocates exactly what it needs.
 //  3. Items are moved as bytes when the list grows, so only trivially copyable ones may be added to a list. Objects of
-//     any other type come by Make and stay where they are until Release.
+//     any other type are created by Make and stay where they are until Release.
 
 #ifndef TESSARIN_MEMORY_LIST_H
 #define TESSARIN_MEMORY_LIST_H
@@ -30,7 +30,7 @@ public:
     List(const List&) = delete;
     List& operator=(const List&) = delete;
 
-    /// False if memory runs out, the list unchanged.
+    /// False if memory runs out; the list is then unchanged.
     [[nodiscard]] bool Push(T item) {
         if (count_ == capacity_ && !Grow(1)) [[unlikely]]
             return false;
@@ -39,7 +39,7 @@ public:
     }
 
     /// Appends `count` items, uninitialised, for the caller to fill.
-    /// returns  the first of them, valid until the next growth; null if memory runs out, the list unchanged
+    /// returns  the first of them, valid until the next growth; null, the list unchanged, if memory runs out
     /// REQUIRES: `count` isn't 0
     [[nodiscard]] T* Extend(std::uint32_t count) {
         if (count > capacity_ - count_ && !Grow(count)) [[unlikely]]
@@ -49,8 +49,8 @@ public:
         return added;
     }
 
-    /// Makes `count` objects at once, in storage of exactly their size: fields as they initialise themselves, numbers
-    /// 0. False if memory runs out, the list then empty. REQUIRES: the list holds no storage
+    /// Makes `count` objects at once, in storage of exactly their size: they are value-initialised, so plain numbers
+    /// are 0. False if memory runs out; the list is then empty. REQUIRES: the list has no storage
     [[nodiscard]] bool Make(std::uint32_t count) {
         if (count == 0) return true;
         items_ = static_cast<T*>(AllocateArray(count, sizeof(T)));
@@ -88,7 +88,7 @@ public:
     [[nodiscard]] bool IsEmpty() const { return count_ == 0; }
     T& operator[](std::uint32_t index) { return items_[index]; }
     const T& operator[](std::uint32_t index) const { return items_[index]; }
-    T* begin() { return items_; } // null while there is no storage
+    T* begin() { return items_; } // null if there is no storage
     T* end() { return items_ + count_; }
     [[nodiscard]] const T* begin() const { return items_; }
     [[nodiscard]] const T* end() const { return items_ + count_; }
@@ -99,7 +99,7 @@ private:
     static constexpr std::uint32_t kLargestCapacity =
         static_cast<std::uint32_t>(std::min<std::uint64_t>(UINT32_MAX, std::uint64_t{PTRDIFF_MAX} / sizeof(T)));
 
-    /// Gives the list room for `count` items more, and for twice what it has if that is more.
+    /// Gives the list room for `count` more items, or doubles its capacity if that is more.
     [[nodiscard, gnu::noinline]] bool Grow(std::uint32_t count) {
         static_assert(std::is_trivially_copyable_v<T>, "items are moved as bytes: Make is for all others");
         if (count > kLargestCapacity - count_) return false;

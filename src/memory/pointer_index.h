@@ -1,17 +1,18 @@
-// The one index from addresses to what belongs to them: a table's entries by their interned keys, and texts to their
-// offsets in a file. Open addressing with linear probing, over slots that the owner provides.
+// An index by address: of a table's entries by their interned keys, and of texts' offsets in a file. Open addressing
+// with linear probing, over slots that the owner provides. Where an index may own its memory, containers/hash_map.h is
+// used.
 //
 //      home(key)              key A, B and C have the same home; D's was taken by C
 //          v
 //    +---+---+---+---+---+---+---+---+
-//    |   | A | B | C | D |   | E |   |      a probe goes right from its home, round the end,
-//    +---+---+---+---+---+---+---+---+      until it meets its key or a free slot
+//    |   | A | B | C | D |   | E |   |      a probe moves right from its home, wraps at the end,
+//    +---+---+---+---+---+---+---+---+      and stops at its key or at a free slot
 //
 // Invariants:
-//  1. The number of slots is a power of two, and the owner keeps at least half of them free; so a probe ends, and soon.
-//  2. Between a key's home and its slot no slot is free. Erase closes the gap that it makes to keep it so.
+//  1. The number of slots is a power of two, and the owner keeps at least half of them free, so every probe ends soon.
+//  2. No slot between a key's home and its slot is free. Erase closes the gap that it makes to keep this true.
 //
-// What a slot is and how it leads to its key is the owner's: `Access` says it, with
+// The owner decides what a slot is and how its key is found, by a class `Access` with
 //
 //    static bool IsFree(const Slot& slot);          // true for a value-initialised slot
 //    static const void* KeyOf(const Slot& slot);    // of a slot that isn't free
@@ -26,8 +27,8 @@
 
 namespace Tessarin {
 
-/// A number from an address, to be used from its highest bit down. Neighbouring addresses differ by few bytes: the
-/// multiplication carries their differences to the top.
+/// A hash of an address whose highest bits are the best. Neighbouring addresses differ in their low bits; the
+/// multiplication carries the differences to the top.
 inline std::uint64_t HashOfPointer(const void* pointer) {
     return std::uint64_t{reinterpret_cast<std::uintptr_t>(pointer)} * 0x9E3779B97F4A7C15U;
 }
@@ -40,7 +41,7 @@ public:
     PointerIndex(Slot* slots, std::size_t slot_count)
         : slots_(slots), mask_(slot_count - 1), shift_(static_cast<unsigned>(64 - std::countr_zero(slot_count))) {}
 
-    /// The slot of a key, or the free one that it would take. REQUIRES: a slot is free
+    /// The slot of a key, or the free slot that the key would get. REQUIRES: a slot is free
     [[nodiscard]] Slot* Find(const void* key) const {
         std::size_t i = Home(key);
         while (!Access::IsFree(slots_[i]) && Access::KeyOf(slots_[i]) != key) i = Next(i);
@@ -54,7 +55,7 @@ public:
         slots_[i] = slot;
     }
 
-    /// Frees the slot of a key and closes the gap: what a probe would no longer reach moves back into it.
+    /// Frees the slot of a key and closes the gap: a slot that a probe would no longer reach is moved back into it.
     /// REQUIRES: the key is there
     void Erase(const void* key) {
         auto gap = static_cast<std::size_t>(Find(key) - slots_);

@@ -1,8 +1,8 @@
-// A growable array of elements of one fixed size, raw bytes to it: the bookkeeping of the block pools and the items of
-// a table's array part. Its capacities can be seen through the array part, so they are fixed: 8, then doubling; and
-// twice the need where a need is given. Where they can't be seen, List is the growable array.
+// A growable array of raw elements of one fixed size, for the lists of the block pools and the items of a table's array
+// part. Hosts can see its capacities through the array part, so the rule never changes: 8, then doubling; or twice the
+// need if a need is given. Where hosts can't see them, List is used.
 //
-// Invariant: count <= capacity, and `data` has room for `capacity` elements; it is null only while the capacity is 0.
+// Invariant: count <= capacity, and `data` has room for `capacity` elements; it is null only if the capacity is 0.
 
 #ifndef TESSARIN_MEMORY_RAW_VECTOR_H
 #define TESSARIN_MEMORY_RAW_VECTOR_H
@@ -23,8 +23,8 @@ struct RawVector {
     std::uint32_t element_size = 0;
     void* data = nullptr; // `capacity` elements from malloc, the vector's own
 
-    /// Drops the elements and takes room for the first new ones. False if memory ran out: the vector is then empty and
-    /// usable, and the next growth tries again.
+    /// Drops the elements and allocates room for the first new ones. False if memory ran out: the vector is then empty
+    /// and usable, and the next growth tries again.
     bool Reset(std::uint32_t new_element_size) {
         Release();
         element_size = new_element_size;
@@ -41,16 +41,16 @@ struct RawVector {
         return static_cast<unsigned char*>(data) + std::size_t{index} * element_size;
     }
 
-    /// Appends a copy of an element; null if memory ran out, the vector unchanged.
+    /// Appends a copy of an element; null if memory ran out; the vector is then unchanged.
     void* Push(const void* element) {
         if (count == capacity && !GrowForOne()) return nullptr;
         return std::memcpy(At(count++), element, element_size);
     }
 
-    /// Doubles the capacity. False if memory ran out, the vector unchanged.
+    /// Doubles the capacity. False if memory ran out; the vector is then unchanged.
     bool GrowForOne() { return capacity <= UINT32_MAX / 2 && Grow(capacity == 0 ? kFirstCapacity : capacity * 2); }
 
-    /// Makes room for `needed` elements and as many again. If it had to grow, `count` becomes `needed`.
+    /// If there is no room for `needed` elements, makes room for twice as many, and `count` becomes `needed`.
     bool Reserve(std::uint32_t needed) {
         if (needed <= capacity) return true;
         if (needed > UINT32_MAX / 2 || !Grow(needed * 2)) return false;

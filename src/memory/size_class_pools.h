@@ -1,4 +1,4 @@
-// A row of block pools with ascending block sizes, through which a growing array moves as it grows.
+// A row of block pools with ascending block sizes; a growing array moves from one to the next.
 //
 //    bytes wanted      0 .. a     a+1 .. b    b+1 .. c      more
 //                        |           |           |           |
@@ -7,7 +7,7 @@
 //                    | of a  |   | of b  |   | of c  |   |        |
 //                    +-------+   +-------+   +-------+   +--------+
 //
-// A block has no header: its size alone says where it came from, and the owner must remember it.
+// A block has no header: only its size says where it came from, so the owner must remember the size.
 
 #ifndef TESSARIN_MEMORY_SIZE_CLASS_POOLS_H
 #define TESSARIN_MEMORY_SIZE_CLASS_POOLS_H
@@ -31,20 +31,20 @@ struct SizeClass {
 template <const auto& kClasses>
 class SizeClassPools {
 public:
-    /// Each pool has its first chunk from the start, or tries again at its first block if memory ran out.
+    /// Each pool makes its first chunk now, or, if memory runs out, tries again at its first block.
     SizeClassPools() { // GCOVR_EXCL_LINE: the way out of an exception, which nothing throws
         for (std::size_t i = 0; i < std::size(kClasses); ++i) {
             pools_[i].Init(kClasses[i].block_size, kClasses[i].blocks_per_chunk);
         }
     }
 
-    /// A block of at least that many bytes, uninitialised; null if memory ran out or can't hold so many.
+    /// A block of at least that many bytes, uninitialised; null if memory ran out or they don't fit in it.
     void* Acquire(std::uint64_t bytes) {
         if (ObjectPool* pool = PoolFor(bytes)) return pool->Alloc();
         return bytes > std::uint64_t{PTRDIFF_MAX} ? nullptr : std::malloc(static_cast<std::size_t>(bytes));
     }
 
-    /// Takes a block back; null is ignored. REQUIRES: `bytes` is what it was acquired with
+    /// Frees a block; null is ignored. REQUIRES: `bytes` is the number that it was acquired with
     void Release(void* block, std::uint64_t bytes) {
         if (ObjectPool* pool = PoolFor(bytes)) {
             pool->Free(block);
@@ -54,7 +54,7 @@ public:
     }
 
 private:
-    /// The pool of the smallest class that holds so many bytes; null if none does.
+    /// The pool of the smallest class that can hold `bytes`; null if none can.
     ObjectPool* PoolFor(std::uint64_t bytes) {
         for (std::size_t i = 0; i < std::size(kClasses); ++i) {
             if (bytes <= kClasses[i].block_size) return &pools_[i];

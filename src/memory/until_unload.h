@@ -1,4 +1,4 @@
-// What lives as long as the library is loaded: the type of every process-wide object.
+// The type of every process-wide object: one that lives as long as the library is loaded.
 
 #ifndef TESSARIN_MEMORY_UNTIL_UNLOAD_H
 #define TESSARIN_MEMORY_UNTIL_UNLOAD_H
@@ -7,10 +7,10 @@
 
 namespace Tessarin {
 
-/// An object of static storage duration that ordinary destruction leaves alone. At the end of a process that would come
-/// too soon: a host that has loaded the library by hand may have objects of its own that are destroyed later.
+/// An object of static storage duration that isn't destroyed in the ordinary way. At the end of a process that would be
+/// too early: a host that has loaded the library at run time may have objects of its own that are destroyed later.
 ///
-/// Each layer declares its own; library_lifetime.cpp defines all of them, in the order in which they are made.
+/// Each layer declares its own objects; library_lifetime.cpp defines all of them, in the order of their construction.
 template <class T>
 class UntilUnload {
 public:

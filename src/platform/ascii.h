@@ -1,4 +1,4 @@
-// Letters of ASCII: the C library's own functions depend on the locale, and these don't.
+// Case of ASCII letters. The C library's own functions depend on the locale; these don't.
 
 #ifndef TESSARIN_PLATFORM_ASCII_H
 #define TESSARIN_PLATFORM_ASCII_H

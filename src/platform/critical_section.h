@@ -14,8 +14,8 @@
 namespace Tessarin {
 
 /// The sections that it guards are short, except when a chunk is allocated. So a thread that has spun without success
-/// sleeps for a moment and tries again, and no thread has to be woken: leaving is one plain store, which is all that
-/// nearly every use costs.
+/// sleeps for a moment and tries again. No thread has to be woken, so leaving is one plain store, and nearly every use
+/// costs no more.
 class CriticalSection {
 public:
     static constexpr int kSpinCount = 2000;
@@ -27,8 +27,8 @@ public:
     void unlock() { taken_.store(0, std::memory_order_release); }
 
 private:
-    // Each nap is twice as long as the last: waking costs time too, and where the host counts naps in milliseconds a
-    // shorter one is no nap at all.
+    // Each nap is twice as long as the one before: waking costs time too, and on a host that sleeps in whole
+    // milliseconds a shorter nap returns at once.
     static constexpr std::chrono::microseconds kFirstNap{50}, kLongestNap{1600};
 
     bool TryLock() {

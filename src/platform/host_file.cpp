@@ -1,6 +1,6 @@
 // Opening files by UTF-8 paths, and positions of 64 bits. The runtime library of Windows reads a narrow path in the
-// code page of the user's settings, so a file's name would be found on one machine and not on the next. So a path is
-// converted to the wide form there; elsewhere both functions are plain calls.
+// code page of the user's settings, so a file would be found on one machine and not on the next. Therefore the path is
+// converted to the wide form there. Elsewhere both functions are plain calls.
 
 #include "platform/host_file.h"
 
@@ -13,7 +13,7 @@
 namespace Tessarin {
 namespace {
 
-/// Opens a path of `units` wide ones, its NUL included.
+/// units the number of wide characters that the path needs, its NUL included
 std::FILE* OpenWide(const char* path, int units, const wchar_t* mode) {
     auto* wide = static_cast<wchar_t*>(std::malloc(static_cast<std::size_t>(units) * sizeof(wchar_t)));
     if (wide == nullptr) return nullptr;

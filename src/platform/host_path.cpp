@@ -1,8 +1,8 @@
-// Matching a path's names without regard to case. A name that matches has the length of the name it matches, so the
-// host's path is made in place: one copy of the path, in which name after name is replaced by its match.
+// Matching a path's names without regard to case. A match has as many bytes as the name that it matches, so the host's
+// path is made in place: in one copy of the path, each name is replaced by its match.
 //
-// Invariant: all that is before the name being matched is the host's path already, so it names the folder to search.
-// A matched name is final: of two folders whose names differ in case only, the second is never searched.
+// Invariant: everything before the name that is being matched is already the host's path, so it names the folder to
+// search. A matched name is final: if the names of two folders differ in case only, the second is never searched.
 
 #include "platform/host_path.h"
 
@@ -47,8 +47,8 @@ DIR* OpenFolder(char* path, char* name) {
     return folder;
 }
 
-/// Replaces `name` by the first in byte order of its folder's names that differ from it in case at most. Every
-/// candidate is `name` in another case, so taking one leaves the others candidates.
+/// Replaces `name` by a name in its folder that equals it except for case; if there are several, by the first in byte
+/// order. Every candidate is `name` in another case, so when one has replaced it the others still match.
 bool MatchInFolder(DIR* folder, char* name) {
     bool found = false;
     for (const dirent* entry = readdir(folder); entry != nullptr; entry = readdir(folder)) {
@@ -59,7 +59,7 @@ bool MatchInFolder(DIR* folder, char* name) {
     return found;
 }
 
-/// Replaces `name`, the last one in `path` at this moment, by the host's. False if there is no match.
+/// Replaces `name`, which `path` ends with at this moment, by the host's name. False if there is no match.
 bool MatchName(char* path, char* name) {
     struct stat ignored;
     if (IsFixed(name) || lstat(path, &ignored) == 0) return true;

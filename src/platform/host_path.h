@@ -1,4 +1,5 @@
-// File names on a host whose separator isn't the `\` of the library's own path form.
+// File names on a host whose separator isn't the `\` of the library's own path form. How a path's bytes become the
+// host's file name (UTF-8, wide on Windows): host_file.h.
 
 #ifndef TESSARIN_PLATFORM_HOST_PATH_H
 #define TESSARIN_PLATFORM_HOST_PATH_H
@@ -6,8 +7,9 @@
 namespace Tessarin {
 
 /// The path under which the host has the file that `path` names, for a second try when `path` itself can't be opened.
-/// Each `\` is a `/`, and each name is the one in its folder that matches exactly, or else the first in byte
-/// order that matches without regard to the case of ASCII letters. `.`, `..`, empty names and a leading `/` stay.
+/// Each `\` is changed to `/`. Each name is changed to the one in its folder that matches exactly, or else to the first
+/// in byte order that matches without regard to the case of ASCII letters. `.`, `..`, empty names and a leading `/`
+/// stay.
 /// returns  a text as long as `path`, the caller's, freed with free; null if `path` holds no `\`, if a name has no
 ///          match, if memory runs out, or where `\` is the host's own separator
 /// Threads: any; what others rename meanwhile may be missed.

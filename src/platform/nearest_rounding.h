@@ -1,4 +1,4 @@
-// Arithmetic on floats that rounds to nearest, whatever rounding the host has set.
+// Makes arithmetic on floats round to nearest, whatever rounding the host has set.
 
 #ifndef TESSARIN_PLATFORM_NEAREST_ROUNDING_H
 #define TESSARIN_PLATFORM_NEAREST_ROUNDING_H

@@ -1,15 +1,18 @@
-// Numbers from text and back. The rounding is std::from_chars's, which knows no locale. It isn't given the text of a
+// Numbers from text and back. std::from_chars does the rounding, as it ignores the locale. It doesn't get the text of a
 // real as it is, for three reasons:
-//  - it leaves the value unset when that is out of range, and infinity and zero are both out of range;
-//  - implementations lose count of exponents beyond some ten thousand, which a long text's digits may make up for;
-//  - it takes no plus sign and no "0x".
+//  - it leaves the value unset if that is out of range, and doesn't say whether it is too large (infinity) or too small
+//    (zero);
+//  - implementations give up on exponents beyond some ten thousand, although enough digits may bring the value back
+//    into range;
+//  - it accepts neither a plus sign nor "0x".
 // So the text is read here into its significant digits and a power of the base, and from_chars gets a canonical text of
-// bounded length: the digits as an integer, and an exponent. This is for the sake of exact values alone. No benchmark
-// row has a use for a short cut: with texts given to from_chars at once, LoadReadable takes as long.
+// bounded length: the digits as an integer, and an exponent. The only purpose is exact values. A short cut that passes
+// the text to from_chars directly makes the benchmark LoadReadable no faster.
 //
 // Invariants of Numeral, after each byte read:
-// 1. Its value is `digits`, read as an integer, times base to the `power`, plus less than one unit of the last digit.
-// 2. `digits` starts with no zero; a value of zero has no digits.
+// 1. Its value is `digits`, read as an integer, times base to the power of `power`, plus less than one unit of the last
+//    digit.
+// 2. `digits` never starts with a zero; a value of zero has no digits.
 // 3. `lost` is set if and only if a digit other than zero was left out.
 
 #include "platform/number_text.h"
@@ -26,11 +29,13 @@
 namespace Tessarin {
 namespace {
 
-// The point half way between two neighbouring doubles has up to 767 decimal digits, fewer hexadecimal ones. A text that
-// agrees with such a point in all of them is above it or not by whether any other digit follows, whichever it is.
+// The point half way between two neighbouring doubles has up to 767 decimal digits, and fewer hexadecimal ones. If a
+// text agrees with all of these digits, only whether some later digit is nonzero decides on which side of the point it
+// is.
 constexpr int kMostDigits = 768;
 
-// Stands for any exponent that no text in memory has digits enough to make up for, with room to add to it.
+// Replaces every larger exponent: no text that fits in memory has enough digits to compensate for it. Adding to it
+// doesn't overflow.
 constexpr std::int64_t kFarExponent = 100'000'000'000'000'000;
 
 struct Numeral {
@@ -40,8 +45,8 @@ struct Numeral {
     bool lost = false;
 };
 
-/// What differs between decimal and hexadecimal: the digits, the letter before the exponent, and by how much the
-/// exponent changes when the point moves by a digit.
+/// The differences between decimal and hexadecimal: the digits, the letter before the exponent, and by how much the
+/// exponent changes when the point moves by one digit.
 struct Notation {
     int base;
     char exponent_mark;
@@ -60,7 +65,7 @@ bool IsDigit(char byte, int base) {
     return IsDecimalDigit(byte) || (base == 16 && LowerCase(byte) >= 'a' && LowerCase(byte) <= 'f');
 }
 
-/// Moves `first` behind white space and one sign.
+/// Moves `first` past white space and one sign.
 /// returns  whether the sign is a minus
 bool SkipSign(const char*& first, const char* last) {
     while (first != last && IsSpace(*first)) ++first;
@@ -81,13 +86,13 @@ void TakeDigit(Numeral& numeral, char digit, bool in_fraction) {
     const bool left_out = numeral.count == kMostDigits;
     if (!leading_zero && !left_out) numeral.digits[numeral.count++] = digit;
     if (left_out && digit != '0') numeral.lost = true;
-    // A digit that is kept multiplies the integer by the base, which a place in the fraction takes back. One that is
-    // left out leaves the integer alone, which a place before the point makes up for.
+    // A digit that is kept multiplies the integer by the base; if the digit is in the fraction, the power compensates.
+    // A digit that is left out doesn't change the integer; if it is before the point, the power compensates.
     if (in_fraction && !left_out) --numeral.power;
     if (!in_fraction && left_out) ++numeral.power;
 }
 
-/// Reads digits with one point at most.
+/// Reads digits with at most one point.
 /// returns  where they end; null if there is no digit
 const char* ReadDigits(const char* first, const char* last, int base, Numeral& numeral) {
     bool has_digit = false, in_fraction = false;
@@ -104,7 +109,7 @@ const char* ReadDigits(const char* first, const char* last, int base, Numeral& n
     return has_digit ? first : nullptr;
 }
 
-/// The exponent that the text begins with; 0 if it begins with none, or with a mark that no digit follows.
+/// The exponent that the text begins with; 0 if it doesn't begin with one, or if no digit follows the mark.
 std::int64_t ReadExponent(const char* first, const char* last, char mark) {
     if (first == last || LowerCase(*first) != mark) return 0;
     ++first;
@@ -118,7 +123,8 @@ std::int64_t ReadExponent(const char* first, const char* last, char mark) {
     return negative ? -exponent : exponent;
 }
 
-/// The double nearest to the numeral's digits with that exponent; `out_of_range` if no double is near.
+/// The double nearest to the numeral's digits with that exponent; `out_of_range` if the value is too large or too
+/// small.
 double Round(const Numeral& numeral, std::int64_t exponent, const Notation& notation, double out_of_range) {
     char text[kMostDigits + 32];
     std::memcpy(text, numeral.digits, static_cast<std::size_t>(numeral.count));
@@ -132,7 +138,7 @@ double Round(const Numeral& numeral, std::int64_t exponent, const Notation& nota
     return result.ec == std::errc() ? value : out_of_range;
 }
 
-/// The value of digits that are followed by an exponent or not; 0 if there are no digits.
+/// The value of digits with or without an exponent after them; 0 if there are no digits.
 double ReadNumeral(const char* first, const char* last, const Notation& notation) {
     Numeral numeral;
     const char* behind = ReadDigits(first, last, notation.base, numeral);
@@ -143,7 +149,7 @@ double ReadNumeral(const char* first, const char* last, const Notation& notation
     }
     const std::int64_t exponent =
         numeral.power * notation.exponent_per_digit + ReadExponent(behind, last, notation.exponent_mark);
-    // The exponent of the place before the leading digit.
+    // The exponent of the digit place in front of the leading digit.
     const std::int64_t magnitude = std::int64_t{numeral.count} * notation.exponent_per_digit + exponent;
     return Round(numeral, exponent, notation, magnitude > 0 ? std::numeric_limits<double>::infinity() : 0.0);
 }
@@ -151,7 +157,7 @@ double ReadNumeral(const char* first, const char* last, const Notation& notation
 double ReadMagnitude(const char* first, const char* last) {
     if (BeginsWith(first, last, "inf")) return std::numeric_limits<double>::infinity();
     if (BeginsWith(first, last, "nan")) return std::numeric_limits<double>::quiet_NaN();
-    // A "0x" that no digit follows is a zero with a letter behind it: zero too.
+    // If no digit follows "0x", the number is the zero and ends before the letter: zero too.
     if (BeginsWith(first, last, "0x")) return ReadNumeral(first + 2, last, kHexadecimal);
     return ReadNumeral(first, last, kDecimal);
 }
@@ -194,7 +200,7 @@ double TextToReal(const char* first, const char* last) {
 
 float TextToFloat(const char* first, const char* last) {
     const NearestRounding rounding;
-    // Volatile, or compilers postpone the narrowing until the host's rounding is back.
+    // Volatile, because otherwise compilers postpone the narrowing until the host's rounding is restored.
     const volatile float nearest = static_cast<float>(TextToReal(first, last));
     return nearest;
 }
@@ -206,7 +212,7 @@ IntegerText IntegerToText(std::uint32_t number) { return DecimalText(number); }
 RealText RealToText(float number) {
     constexpr int kDecimals = 6;
     RealText text;
-    // The largest float has 39 digits before the point, so there is room for any.
+    // The largest float has 39 digits before the point, so every number fits.
     char* end =
         std::to_chars(text.text, text.text + sizeof text.text - 1, double{number}, std::chars_format::fixed, kDecimals)
             .ptr;

@@ -1,7 +1,8 @@
 // Numbers from text and back, the same in every locale.
 //
-// A text to be read is the bytes from `first` up to `last`; it ends sooner at the first byte that doesn't belong to the
-// number, so a NUL ends it too. Nothing is allocated and nothing fails: what is no number is zero. Threads: any.
+// A text to be read is the bytes from `first` up to, but not including, `last`. Reading stops at the first byte that
+// doesn't belong to the number, so a NUL ends it too. Nothing is allocated and nothing fails: a text that isn't a
+// number is read as zero. Threads: any.
 
 #ifndef TESSARIN_PLATFORM_NUMBER_TEXT_H
 #define TESSARIN_PLATFORM_NUMBER_TEXT_H
@@ -10,16 +11,17 @@
 
 namespace Tessarin {
 
-/// White space, a sign or none, decimal digits.
-/// returns  the low 32 bits of the value held to the range of 64 signed bits: far out of range is -1 or 0
+/// Reads white space, an optional sign and decimal digits.
+/// returns  the value, clamped to a signed 64-bit integer, cut to its low 32 bits: far out of range it is -1 or 0
 std::int32_t TextToInteger(const char* first, const char* last);
 
-/// White space, a sign or none, then decimal digits with a fraction and an exponent, hexadecimal ones behind `0x` with
-/// a binary exponent, `inf`, `infinity` or `nan`, in either case. Rounded to nearest.
-/// returns  the value; infinity of the sign when it is too large, zero of the sign when it is too small
+/// Reads white space, an optional sign, and one of: decimal digits with an optional fraction and exponent; `0x` and
+/// hexadecimal digits with an optional fraction and binary exponent; `inf`, `infinity` or `nan`. Letters may have
+/// either case. Rounds to nearest.
+/// returns  the value; infinity with the sign if it is too large, zero with the sign if it is too small
 double TextToReal(const char* first, const char* last);
 
-/// TextToReal, rounded on to single precision, to nearest too.
+/// The result of TextToReal, rounded to nearest once more, to single precision.
 float TextToFloat(const char* first, const char* last);
 
 /// A number as text, ended with a NUL.
@@ -29,13 +31,13 @@ struct NumberText {
     std::uint32_t length;
 };
 
-/// Decimal digits, with a minus sign where it is needed.
+/// Decimal digits, with a minus sign for a negative number.
 using IntegerText = NumberText<12>;
 IntegerText IntegerToText(std::int32_t number);
 IntegerText IntegerToText(std::uint32_t number);
 
-/// Decimal digits with a point and six of them behind it, rounded to nearest; `inf` or `nan`, with a minus sign where
-/// it is set.
+/// Decimal digits, six of them after the point, rounded to nearest; or `inf` or `nan`. A minus sign if the sign bit is
+/// set. JSON and the command print reals in other ways: documents/json_save.cpp, tools/table_document.cpp.
 using RealText = NumberText<48>;
 RealText RealToText(float number);
 
