@@ -1,5 +1,5 @@
-// Command queues: a handle around one RecordRing, which does all of the work. The exported functions check what the
-// ring requires: a live handle, and a size other than 0.
+// Command queues: a handle around one RecordRing, which does all of the work. The exported functions check that the
+// handle is live and that the size isn't 0, as the ring requires.
 
 #include "containers/command_queue.h"
 

@@ -1,4 +1,4 @@
-// The record behind the cmd_ functions: a first-in, first-out queue of commands.
+// The record that the cmd_ functions work on: a first-in, first-out queue of commands.
 
 #ifndef TESSARIN_CONTAINERS_COMMAND_QUEUE_H
 #define TESSARIN_CONTAINERS_COMMAND_QUEUE_H

@@ -1,5 +1,5 @@
-// The copy of one element or value, whose size is known only at run time. Sizes that containers mostly hold are copied
-// inline, as a call of memmove costs more than such a copy.
+// Copies one element or value whose size is known only at run time. The most frequent sizes are copied inline, because
+// a call of memmove costs more than such a copy.
 
 #ifndef TESSARIN_CONTAINERS_COPY_BYTES_H
 #define TESSARIN_CONTAINERS_COPY_BYTES_H

@@ -1,5 +1,5 @@
-// Fixed-size pools. Blocks lie back to back in chunks, without a header and without rounding: a block is aligned as far
-// as its size is.
+// Fixed-size pools. Blocks lie back to back in chunks, without a header. Sizes aren't rounded, so blocks are aligned
+// only if their size is a multiple of the alignment.
 //
 //     chunks       [ chunk 0, chunk 1, ... ]      each chunk is [ block | block | ... ], blocks_per_chunk of them
 //     free_list    [ block, block, ..., block ]   a stack of addresses; the next block to allocate is on top
@@ -21,14 +21,14 @@ static_assert(std::is_standard_layout_v<omem>);
 
 namespace {
 
-/// In bytes. A pool makes few chunks, so their list may grow by small steps.
+/// In bytes. A pool makes few chunks, so the list of chunks may grow in small steps.
 constexpr std::uint32_t kChunkListThreshold = 64;
 
 std::uint64_t ChunkBytes(std::uint32_t block_size, std::uint32_t blocks) { return std::uint64_t{block_size} * blocks; }
 
 } // namespace
 
-/// A pool is created with its first chunk, so that creation fails if there is no memory for any block.
+/// A pool is created with its first chunk, so creation fails if there is no memory for blocks.
 omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     const std::uint64_t bytes = ChunkBytes(block_size, blocks_per_chunk);
     if (bytes == 0 || bytes > Tessarin::kLargestSize) return nullptr;
@@ -42,7 +42,7 @@ omem* omem::Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk) {
     return nullptr;
 }
 
-/// Both lists have addresses as elements. The list of free blocks doubles up to two chunks' worth of bytes.
+/// The elements of both lists are addresses. The list of free blocks doubles until it has as many bytes as two chunks.
 bool omem::CreateLists() {
     chunks = farr::Create(sizeof(void*));
     if (chunks == nullptr) return false;
@@ -54,7 +54,7 @@ bool omem::CreateLists() {
     return true;
 }
 
-/// Blocks that the list of free ones had no room for count as not freed.
+/// A block that was freed when the list of free blocks couldn't grow counts as not freed.
 std::int32_t omem::Destroy(omem* pool) {
     const std::uint32_t all_chunks = pool->chunks->count + (pool->unlisted == nullptr ? 0 : 1);
     const std::uint32_t unfreed = pool->blocks_per_chunk * all_chunks - pool->free_list->count;
@@ -66,7 +66,7 @@ std::int32_t omem::Destroy(omem* pool) {
     return static_cast<std::int32_t>(unfreed);
 }
 
-/// Makes a chunk whose blocks are all free. It succeeds even if a list can't grow: the chunk then waits to be listed,
+/// Makes a chunk whose blocks are all free. It succeeds even if a list can't grow: a chunk then waits in `unlisted`,
 /// and a block that isn't listed is lost until Clear.
 bool omem::AddChunk() {
     if (unlisted != nullptr && !chunks->PushItem(unlisted)) return false;

@@ -1,5 +1,5 @@
-// The record behind the omem_ functions: a pool of blocks of one fixed size, reused last-in, first-out. The library
-// itself calls the member functions, which don't check the handle. The pools of tables are of another kind, see
+// The record that the omem_ functions work on: a pool of blocks of one fixed size, reused last-in, first-out. The
+// library itself calls the member functions, which don't check the handle. Tables use another kind of pool:
 // memory/block_pool.h.
 
 #ifndef TESSARIN_CONTAINERS_FIXED_SIZE_POOL_H
@@ -21,7 +21,7 @@ struct omem {
     std::uint32_t blocks_per_chunk;
     void* unlisted; // a chunk that `chunks` had no room for, or null; owned by the pool like the others
 
-    /// Null if memory runs out, if either argument is 0, or if a chunk would pass 32 bits.
+    /// Null if memory runs out, if either argument is 0, or if the size of a chunk would exceed 32 bits.
     [[nodiscard]] static omem* Create(std::uint32_t block_size, std::uint32_t blocks_per_chunk);
 
     /// returns  the number of blocks that weren't freed
@@ -39,7 +39,7 @@ struct omem {
     /// REQUIRES: HasFree()
     void* TakeFree() { return free_list->Items<void*>()[--free_list->count]; }
 
-    /// A block that the list of free ones can't grow for is lost until Clear or Destroy.
+    /// If the list of free blocks has to grow and can't, the block is lost until Clear or Destroy.
     void Free(void* block) {
         if (!free_list->TryPushItem(block)) [[unlikely]]
             FreeIntoFullList(block);
@@ -48,7 +48,7 @@ struct omem {
     void Clear();
 
 private:
-    // Out of line, so that the usual case needs neither stack nor saved registers.
+    // Not inlined, so that the usual case needs neither a stack frame nor saved registers.
     [[gnu::noinline, gnu::cold]] void* AllocFromNewChunk();
     [[gnu::noinline, gnu::cold]] void FreeIntoFullList(void* block);
     bool CreateLists();

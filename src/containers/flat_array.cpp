@@ -19,15 +19,15 @@ static_assert(std::is_standard_layout_v<farr> && std::is_trivially_copyable_v<fa
 
 namespace {
 
-/// Arrays double below this need, in bytes. Other containers have limits of their own.
+/// Arrays double if they need fewer bytes than this. Other containers have their own limits.
 constexpr std::uint32_t kDoublingLimit = 0xFFFF;
 
-/// From this capacity on, in bytes, a block grows by realloc: the heap can map its pages elsewhere or extend it in
-/// place instead of copying it. Growth by a fixed step, as in the list of free blocks of a fixed-size pool, would
-/// otherwise cost the square of the size.
+/// From this capacity on, in bytes, a block grows by realloc: the heap can then map its pages elsewhere or extend it in
+/// place instead of copying it. Otherwise growth by a fixed step, as in the list of free blocks of a fixed-size pool,
+/// would take time proportional to the square of the size.
 constexpr std::uint32_t kReallocFrom = 0x20000;
 
-/// A block even for size 0, for which malloc may return null.
+/// Returns a block for size 0, too, although malloc may then return null.
 void* AllocateBuffer(std::uint32_t bytes) { return std::malloc(bytes == 0 ? 1 : bytes); }
 
 } // namespace
@@ -51,7 +51,7 @@ void farr::Destroy(farr* arr) {
     std::free(arr);
 }
 
-/// The whole buffer is copied, used or not: the bytes of a cleared array are in the copy as in the original.
+/// The whole buffer is copied, used bytes or not: the bytes of a cleared array are in the copy, too.
 farr* farr::Copy() const {
     auto* copy = static_cast<farr*>(std::malloc(sizeof(farr)));
     if (copy == nullptr) return nullptr;
@@ -65,7 +65,7 @@ farr* farr::Copy() const {
     return copy;
 }
 
-/// Moves the used bytes to a buffer of another size. False if memory runs out, the array unchanged.
+/// Moves the used bytes to a buffer of another size. False if memory runs out; the array is then unchanged.
 /// REQUIRES: bytes >= UsedBytes()
 bool farr::Reallocate(std::uint32_t bytes) {
     const bool use_realloc = capacity >= kReallocFrom && bytes > capacity;
@@ -80,7 +80,7 @@ bool farr::Reallocate(std::uint32_t bytes) {
     return true;
 }
 
-/// The push for a full buffer, and for elements of size 0. A null source leaves the element uninitialised.
+/// Pushes when the buffer is full, or when elements have size 0. A null source leaves the element uninitialised.
 void* farr::PushSlowly(const void* source) {
     const std::uint64_t need = (std::uint64_t{count} + 1) * element_size;
     if (count == UINT32_MAX || need > Tessarin::kLargestSize) return nullptr;
@@ -107,21 +107,22 @@ void farr::Resize(std::uint32_t new_count, bool zero_fill) {
     count = new_count;
 }
 
-/// Costs a move of the elements behind the index. No erase gives memory back; Adapt does.
+/// Moves all elements after the index. No erase frees memory; Adapt does.
 void farr::Erase(std::uint32_t index) {
     if (index >= count) return;
     std::memmove(Slot(index), Slot(index + 1), std::size_t{count - index - 1} * element_size);
     --count;
 }
 
-/// In constant time: the last element takes the erased one's place, so the order changes.
+/// Takes constant time: the last element moves to the place of the erased one, so the order changes.
 void farr::FastErase(std::uint32_t index) {
     if (index >= count) return;
     --count;
     if (index < count) Tessarin::CopyBytes(Slot(index), Slot(count), element_size);
 }
 
-/// Allocates a new buffer even if the size is right already: element pointers are invalid afterwards in any case.
+/// Allocates a new buffer even if the old one has the right size, so element pointers are invalid afterwards in any
+/// case.
 void farr::Adapt() { Reallocate(UsedBytes()); }
 
 // ---------------------------------------------------------------------------------------- the exported functions
@@ -195,7 +196,7 @@ void* farr_begin(farr* arr) { return IsLive(arr) && arr->count != 0 ? arr->data 
 
 void* farr_end(farr*) { return nullptr; }
 
-// Only the exact address behind the last element ends an iteration.
+// Only the exact address after the last element ends an iteration.
 void* farr_next(farr* arr, void* element) {
     if (!IsLive(arr) || element == nullptr) return nullptr;
     unsigned char* next = static_cast<unsigned char*>(element) + arr->element_size;

@@ -1,5 +1,5 @@
-// The record behind the farr_ functions: a growable array of elements of one fixed size, kept as raw bytes in one heap
-// block. The library itself calls the member functions, which don't check the handle.
+// The record that the farr_ functions work on: a growable array of elements of one fixed size, kept as raw bytes in one
+// heap block. The library itself calls the member functions, which don't check the handle.
 
 #ifndef TESSARIN_CONTAINERS_FLAT_ARRAY_H
 #define TESSARIN_CONTAINERS_FLAT_ARRAY_H
@@ -25,21 +25,21 @@ struct farr {
     std::uint32_t threshold; // bytes
     void* data;              // `capacity` bytes from malloc, owned by the array
 
-    /// Null if memory runs out, if either argument is 0, or if the buffer would pass 32 bits.
+    /// Null if memory runs out, if either argument is 0, or if the size of the buffer would exceed 32 bits.
     [[nodiscard]] static farr* Create(std::uint32_t element_size, std::uint32_t elements = kFirstElements);
     static void Destroy(farr* arr);
     [[nodiscard]] farr* Copy() const;
 
     void ResetThreshold(std::uint32_t bytes) { threshold = bytes < element_size ? element_size : bytes; }
 
-    /// REQUIRES: index <= count; the element behind the last is where the next one goes
+    /// REQUIRES: index <= count; at `count` is the slot of the next element to be added
     [[nodiscard]] unsigned char* Slot(std::uint32_t index) const {
         return static_cast<unsigned char*>(data) + std::size_t{index} * element_size;
     }
 
     [[nodiscard]] std::uint32_t UsedBytes() const { return count * element_size; }
 
-    /// Appends an element, its bytes uninitialised; null if memory runs out, the array unchanged.
+    /// Appends an element, its bytes uninitialised; null if memory runs out; the array is then unchanged.
     void* Push() {
         if (NeedsSlowPush()) [[unlikely]]
             return PushSlowly(nullptr);
@@ -60,7 +60,7 @@ struct farr {
         return TryPushItem(item) || PushSlowly(&item) != nullptr;
     }
 
-    /// The same, but false also where the buffer would have to grow.
+    /// PushItem that never grows the buffer: false if there is no room.
     template <class T>
     bool TryPushItem(T item) {
         if (std::uint64_t{count} * sizeof(T) + sizeof(T) > capacity) [[unlikely]]

@@ -15,8 +15,8 @@ inline constexpr std::uint32_t kCommandQueueSignature = 28;
 inline constexpr std::uint32_t kFixedSizePoolSignature = 20;
 inline constexpr std::uint32_t kIncrementalPoolSignature = 12;
 
-/// The check that the exported functions begin with. Inside the library handles are known to be live, and the records'
-/// member functions are called without it.
+/// The exported functions call this first. Inside the library, handles are known to be live, so the records' member
+/// functions are called without this check.
 template <class Record>
 [[nodiscard]] inline bool IsLive(const Record* handle) {
     return handle != nullptr && handle->signature == Record::kSignature;

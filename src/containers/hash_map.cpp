@@ -1,14 +1,14 @@
 // Hash maps: an array of buckets, each the head of a chain of nodes from a fixed-size pool.
 //
 //     buckets     [ chain 0 | chain 1 | ... ]      chain --> [ key, next, value | value's bytes ] --next--> ... null
-//     filters     [ 16 bits | 16 bits | ... ]      behind the buckets in one heap block
+//     filters     [ 16 bits | 16 bits | ... ]      after the buckets in one heap block
 //
 // Invariants:
 //
 //  1. A node's key hashes to the bucket whose chain it is in, and no key occurs twice.
 //  2. Nodes never move: growth relinks them. So callers may keep pointers to nodes and values.
-//  3. A node's size is a multiple of a pointer's: pool blocks lie back to back, and every node must be aligned.
-//  4. A bucket's filter has the bit of every key in its chain; it may have others.
+//  3. A node's size is a multiple of a pointer's size: pool blocks lie back to back, and every node must be aligned.
+//  4. A bucket's filter has the bit of every key in its chain. It may have other bits, too.
 //  5. `buckets`, `filters` and `bucket_count` change together, in AllocateBuckets.
 
 #include "containers/hash_map.h"
@@ -25,7 +25,7 @@ static_assert(sizeof(hm_node) == 3 * sizeof(void*)); // the value follows direct
 
 namespace {
 
-/// A pool of nodes, or null. Small maps have small chunks.
+/// Makes the pool of nodes, or returns null. Small maps get small chunks.
 omem* CreatePool(std::uint32_t bucket_count, std::uint32_t value_size) {
     std::uint64_t node_size = std::uint64_t{sizeof(hm_node)} + value_size;
     node_size = (node_size + alignof(hm_node) - 1) / alignof(hm_node) * alignof(hm_node);
@@ -48,15 +48,15 @@ hm* hm::Create(std::uint32_t bucket_count, std::uint32_t value_size) {
     return nullptr;
 }
 
-/// Nodes needn't be visited: they are freed with the pool's chunks.
+/// Doesn't visit the nodes: they are freed with the pool's chunks.
 void hm::Destroy(hm* map) {
     omem::Destroy(map->pool);
     std::free(map->buckets);
     std::free(map);
 }
 
-/// Replaces the buckets by empty ones; the caller frees the old ones. False if memory runs out or their bytes would
-/// exceed 32 bits, the map then unchanged.
+/// Replaces the buckets by empty ones; the caller frees the old ones. False if memory runs out or if their size in
+/// bytes would exceed 32 bits; the map is then unchanged.
 bool hm::AllocateBuckets(std::uint64_t number) {
     const std::uint64_t bytes = number * (sizeof(*buckets) + sizeof(*filters));
     if (bytes > Tessarin::kLargestSize) return false;
@@ -69,7 +69,8 @@ bool hm::AllocateBuckets(std::uint64_t number) {
     return true;
 }
 
-/// Called for each chain of a loop over all of them: prefetches nodes of later chains, which are in no order in memory.
+/// Loops over all chains call it for each chain: it prefetches nodes of later chains, as nodes aren't in order in
+/// memory.
 void hm::Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t number) const {
     constexpr std::uint32_t kAhead = 8;
     if (number - index <= 2 * kAhead) return;
@@ -77,8 +78,8 @@ void hm::Prefetch(hm_node* const* chains, std::uint32_t index, std::uint32_t num
     if (chains[index + kAhead] != nullptr) __builtin_prefetch(chains[index + kAhead]->next);
 }
 
-/// Doubles the buckets. If memory runs out the chains just get longer. Old chains are read from their heads, and each
-/// node becomes the head of its new chain, so the order of a chain is reversed.
+/// Doubles the buckets. If memory runs out, the chains just get longer. Each old chain is read from its head, and each
+/// node becomes the head of its new chain, so the order within a chain is reversed.
 void hm::Grow() {
     const std::uint32_t old_number = bucket_count;
     hm_node** old = buckets;
@@ -94,7 +95,7 @@ void hm::Grow() {
     std::free(old);
 }
 
-/// The set for a map whose buckets may have to grow or whose pool may have no free node.
+/// Set for a map whose buckets may have to grow or whose pool may have no free node.
 std::uint32_t hm::SetSlowly(std::uintptr_t key, const void* value) {
     if (count > bucket_count) Grow();
     if (hm_node* node = Find(key)) return Store(node, value);
@@ -102,14 +103,14 @@ std::uint32_t hm::SetSlowly(std::uintptr_t key, const void* value) {
     return node == nullptr ? 0 : Add(node, BucketIndex(key), key, value);
 }
 
-/// Out of line, so that the functions that every set goes through need no stack for the call of the copy.
+/// Not inlined, so that the functions that every set calls need no stack frame for the call of the copy.
 std::uint32_t hm::StoreAnySize(hm_node* node, const void* value) {
     Tessarin::CopyBytes(node + 1, value, value_size);
     return 1;
 }
 
-/// The number of buckets stays, and the pool keeps its chunks. A node's `next` can be read after the node was freed, as
-/// the pool writes nothing into free blocks.
+/// The number of buckets stays, and the pool keeps its chunks. A node's `next` can be read after the node was freed,
+/// because the pool writes nothing into free blocks.
 void hm::Clear() {
     for (std::uint32_t i = 0; i < bucket_count; ++i) {
         Prefetch(buckets, i, bucket_count);
@@ -120,7 +121,8 @@ void hm::Clear() {
     count = 0;
 }
 
-/// The head of the first chain from a bucket on. An iteration costs the buckets as well as the entries.
+/// The head of the first chain in this bucket or a later one. So an iteration visits all buckets as well as all
+/// entries.
 hm_node* hm::FirstFrom(std::uint32_t bucket) const {
     for (; bucket < bucket_count; ++bucket) {
         if (buckets[bucket] != nullptr) return buckets[bucket];
@@ -166,7 +168,8 @@ hm_node* i32hm_begin(hm* map) { return IsLive(map) ? map->Begin() : nullptr; }
 
 hm_node* i32hm_next(hm* map, hm_node* node) { return IsLive(map) && node != nullptr ? map->Next(node) : nullptr; }
 
-// The names with the other prefix are aliases: a function has one address under both, so that a host may compare them.
+// The names with the prefix ptrhm_ are aliases: a function has the same address under both names, so a host may compare
+// them.
 
 hm* ptrhm_create(uint32_t bucket_count, uint32_t value_size) __attribute__((alias("i32hm_create")));
 void ptrhm_destroy(hm* map) __attribute__((alias("i32hm_destroy")));

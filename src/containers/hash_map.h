@@ -1,5 +1,6 @@
-// The record behind the i32hm_ and ptrhm_ functions: a map from a one-word key to a value of fixed size, by chaining.
-// The library itself calls the member functions, which don't check the handle. Layout and invariants: hash_map.cpp.
+// The record that the i32hm_ and ptrhm_ functions work on: a map from a one-word key to a value of fixed size, by
+// chaining. The library itself calls the member functions, which don't check the handle. Layout and invariants:
+// hash_map.cpp.
 
 #ifndef TESSARIN_CONTAINERS_HASH_MAP_H
 #define TESSARIN_CONTAINERS_HASH_MAP_H
@@ -8,7 +9,7 @@
 
 #include <cstdint>
 
-/// One entry, a block of the map's pool. The value's bytes follow directly behind the fields.
+/// One entry, a block of the map's pool. The value's bytes directly follow the fields.
 struct hm_node {
     std::uintptr_t key;
     hm_node* next; // null at the chain's end
@@ -17,8 +18,8 @@ struct hm_node {
 
 /// The order of the first six fields is fixed. Threads: one at a time per map.
 ///
-/// The functions that every lookup goes through are inline, and call functions for what is rare as their last step: so
-/// they need no stack, and the cache misses of successive lookups overlap.
+/// The functions that every lookup calls are inline and leave rare cases to tail calls. So they need no stack frame,
+/// and the cache misses of successive lookups overlap.
 struct hm {
     static constexpr std::uint32_t kSignature = Tessarin::kHashMapSignature;
 
@@ -30,7 +31,7 @@ struct hm {
     hm_node** buckets;
     std::uint16_t* filters; // one per bucket, in the same heap block: the filter bits of the keys in its chain, or more
 
-    /// Null if memory runs out, if either argument is 0, or if a size would pass 32 bits.
+    /// Null if memory runs out, if either argument is 0, or if a size would exceed 32 bits.
     [[nodiscard]] static hm* Create(std::uint32_t bucket_count, std::uint32_t value_size);
     static void Destroy(hm* map);
 
@@ -45,7 +46,7 @@ struct hm {
         return node == nullptr ? nullptr : node + 1;
     }
 
-    /// Stores a copy of value_size bytes. 1, or 0 if memory runs out for a new entry, the map unchanged.
+    /// Stores a copy of value_size bytes. 1; or 0 if memory runs out for a new entry; the map is then unchanged.
     std::uint32_t Set(std::uintptr_t key, const void* value) {
         if (count > bucket_count || !pool->HasFree()) [[unlikely]]
             return SetSlowly(key, value);
@@ -66,16 +67,16 @@ struct hm {
 
     void Clear();
 
-    /// Iteration by ascending bucket, and from the head of each chain; null at the end.
+    /// Iterates by ascending bucket, and in each chain from its head; null at the end.
     [[nodiscard]] hm_node* Begin() const { return FirstFrom(0); }
     [[nodiscard]] hm_node* Next(const hm_node* node) const {
         return node->next != nullptr ? node->next : FirstFrom(BucketIndex(node->key) + 1);
     }
 
 private:
-    /// Ignores the low three bits, which are the same in most addresses. The upper half of a 64-bit key, which is 0 for
-    /// keys below 2^32, has a multiplier of its own: it is odd, so that neighbouring upper halves get different buckets
-    /// even if their number is a power of two.
+    /// Ignores the low three bits, which are the same in most addresses. The upper half of a 64-bit key is 0 for keys
+    /// below 2^32. It has its own multiplier, which is odd, so that neighbouring upper halves get different buckets
+    /// even if the number of buckets is a power of two.
     [[nodiscard]] static std::uint32_t Hash(std::uintptr_t key) {
         const auto low = static_cast<std::uint32_t>(key);
         const auto high = static_cast<std::uint32_t>(std::uint64_t{key} >> 32);
@@ -84,10 +85,10 @@ private:
 
     [[nodiscard]] std::uint32_t BucketIndex(std::uintptr_t key) const { return Hash(key) % bucket_count; }
 
-    /// One bit of sixteen, chosen by other bits of the key than the bucket. A chain whose filter lacks the bit doesn't
-    /// have the key, so most lookups of absent keys read no node. Nodes are far apart in memory: without filters a
-    /// million misses take 1.9 times as long (containers_bench GetMillion<OurMap>/5) and a million new keys 1.2 to 1.3
-    /// times as long (SetMillion<OurMap>/0 and /1000003).
+    /// One bit of sixteen. It is chosen by other bits of the key than the bucket is. If a chain's filter lacks the bit,
+    /// the chain doesn't contain the key, so most lookups of absent keys read no node. Nodes are far apart in memory:
+    /// without filters a million misses take 1.9 times as long (containers_bench GetMillion<OurMap>/5) and a million
+    /// new keys 1.2 to 1.3 times as long (SetMillion<OurMap>/0 and /1000003).
     [[nodiscard]] static std::uint32_t FilterBit(std::uintptr_t key) {
         return 1U << ((static_cast<std::uint32_t>(key) * 0x85EBCA6BU) >> 28);
     }

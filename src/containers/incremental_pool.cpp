@@ -19,7 +19,7 @@ using Tessarin::IsLive;
 static_assert(std::is_standard_layout_v<imem> && std::is_standard_layout_v<IncrementalChunk>);
 static_assert(sizeof(IncrementalChunk) == 2 * sizeof(void*) + 2 * sizeof(std::uint32_t)); // nothing before the data
 
-/// The header is added to the capacity, which may be the largest 32-bit number.
+/// The sum needs 64 bits: the capacity may be the largest 32-bit number.
 IncrementalChunk* IncrementalChunk::Create(std::uint32_t capacity, IncrementalChunk* next) {
     const std::uint64_t bytes = std::uint64_t{sizeof(IncrementalChunk)} + capacity;
     if (bytes > SIZE_MAX) return nullptr;
@@ -48,7 +48,7 @@ void imem::Destroy(imem* pool) {
     std::free(pool);
 }
 
-/// If memory runs out the old chunk stays current, for requests that fit its rest.
+/// If memory runs out, the old chunk stays current, and smaller requests may still fit in it.
 void* imem::AllocFromNewChunk(std::uint32_t size) {
     if (size == 0 || size > chunk_size) return nullptr;
     IncrementalChunk* chunk = IncrementalChunk::Create(chunk_size, current);

@@ -1,4 +1,4 @@
-// The record behind the imem_ functions: a bump allocator, whose memory is freed only all at once.
+// The record that the imem_ functions work on: a bump allocator whose memory can only be freed all at once.
 
 #ifndef TESSARIN_CONTAINERS_INCREMENTAL_POOL_H
 #define TESSARIN_CONTAINERS_INCREMENTAL_POOL_H
@@ -10,7 +10,7 @@
 
 namespace Tessarin {
 
-/// The header of a chunk; the data area follows directly behind it in the same malloc block.
+/// The header of a chunk; the data area directly follows it in the same malloc block.
 struct IncrementalChunk {
     IncrementalChunk* next; // the chunk made before this one, or null
     std::uint32_t capacity; // bytes of the data area
@@ -22,8 +22,8 @@ struct IncrementalChunk {
 
 } // namespace Tessarin
 
-/// The order of the fields is fixed. Only the newest chunk is allocated from: what is left of an older one stays
-/// unused. Threads: one at a time per pool.
+/// The order of the fields is fixed. Only the newest chunk is allocated from: free bytes in an older chunk stay unused.
+/// Threads: one at a time per pool.
 struct imem {
     static constexpr std::uint32_t kSignature = Tessarin::kIncrementalPoolSignature;
 
@@ -35,9 +35,10 @@ struct imem {
     [[nodiscard]] static imem* Create(std::uint32_t chunk_size);
     static void Destroy(imem* pool);
 
-    /// Null if memory runs out, for a size of 0 or one above chunk_size.
+    /// Null if memory runs out, or if the size is 0 or above chunk_size.
     void* Alloc(std::uint32_t size) {
-        // A size of 0 wraps to the largest number and fails here too; what fits the chunk is never above chunk_size.
+        // A size of 0 wraps to the largest number, so it takes this branch too. A size that fits in the chunk is never
+        // above chunk_size.
         if (size - 1 >= current->capacity - current->used) [[unlikely]]
             return AllocFromNewChunk(size);
         void* bytes = current->data + current->used;

@@ -14,14 +14,14 @@ namespace Tessarin {
 
 namespace {
 
-/// Rings double below this need, in bytes; for arrays the limit is one less.
+/// Rings double if they need fewer bytes than this; for arrays the limit is one less.
 constexpr std::uint32_t kDoublingLimit = 0x10000;
 
-/// The bytes that a ring's first buffer has beside the first record.
+/// The bytes that a ring's first buffer has in addition to the first record.
 constexpr std::uint32_t kFirstSlack = 4096;
 
-/// The size of the next buffer. The need is all of the old buffer and the new record, whatever room the old one has
-/// left. 0 if it would exceed 32 bits.
+/// The size of the next buffer. The need is the whole old buffer plus the new record, even if the old buffer has free
+/// bytes. 0 if the need would exceed 32 bits.
 std::uint32_t NextCapacity(std::uint32_t capacity, std::uint32_t size) {
     const std::uint64_t request = std::uint64_t{capacity == 0 ? kFirstSlack : capacity} + size;
     if (request > kLargestSize) return 0;
@@ -53,7 +53,7 @@ bool RecordRing::Linearise(Bytes& bytes, std::uint32_t new_capacity) {
     return true;
 }
 
-/// Reserve for a buffer without room. The old buffer isn't freed here, as the record to be appended may be in it.
+/// Reserve for a buffer without room. The old buffer isn't freed here, because the record to be appended may be in it.
 RecordRing::Bytes RecordRing::Grow(Bytes& bytes, std::uint32_t size) {
     const std::uint32_t new_capacity = NextCapacity(capacity, size);
     if (new_capacity == 0 || !Linearise(bytes, new_capacity)) return nullptr;

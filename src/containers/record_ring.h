@@ -16,20 +16,22 @@
 
 namespace Tessarin {
 
-/// The five words of a ring. The pointer to its bytes is the next field in the owner's record, and is passed to every
-/// function: as a member it would be aligned, and there would be a gap between an owner's signature and the words.
+/// The five words of a ring. The pointer to the ring's bytes is the next field in the owner's record and is passed to
+/// every function. As a member of the ring it would be aligned, which would make a gap between an owner's signature and
+/// the words.
 /// Threads: one at a time per ring.
 ///
 /// Invariants:
-/// 1. Without records head, tail and skip are 0.
-/// 2. With records the ring is linear or wrapped as above; tail == head is a full ring. skip is 0 unless wrapped.
+/// 1. Without records, head, tail and skip are 0.
+/// 2. With records, the ring is linear or wrapped as above; tail == head means that it is full. skip is 0 unless the
+///    ring is wrapped.
 /// 3. head < capacity and tail <= capacity, whatever the first words of the records say.
 /// 4. The buffer has `capacity` bytes from malloc, and is null if that is 0.
 struct RecordRing {
     std::uint32_t capacity; // bytes
     std::uint32_t count;    // records
     std::uint32_t head;     // offset of the oldest record
-    std::uint32_t tail;     // offset behind the newest one
+    std::uint32_t tail;     // offset after the newest one
     std::uint32_t skip;     // bytes left unused at the end
 
     using Bytes = unsigned char*;
@@ -44,7 +46,7 @@ struct RecordRing {
 
     [[nodiscard]] Bytes Front(Bytes bytes) const { return count == 0 ? nullptr : bytes + head; }
 
-    /// Appends a record, its bytes uninitialised. Null if memory runs out, the ring unchanged.
+    /// Appends a record, its bytes uninitialised. Null if memory runs out; the ring is then unchanged.
     /// REQUIRES: size > 0; the record's first word equals `size` before Pop reaches it
     Bytes Reserve(Bytes& bytes, std::uint32_t size) {
         if (std::uint32_t offset; TryAppend(size, offset)) [[likely]]
@@ -63,12 +65,12 @@ struct RecordRing {
         return GrowAndPush(bytes, source, size);
     }
 
-    /// Removes the oldest record, if there is one. If its first word points beyond the used bytes, the ring is emptied:
-    /// no record behind such a one can be found.
+    /// Removes the oldest record, if there is one. If its first word points beyond the used bytes, the ring is emptied,
+    /// because no later record can be found.
     void Pop(Bytes bytes) {
         if (count <= 1) return Clear();
         const std::uint32_t end = UsedEnd();
-        // With other records behind it, a record this close to the end has been damaged.
+        // Other records follow this one, so if it has no room for its first word, it has been damaged.
         const std::uint32_t size = end - head < sizeof size ? UINT32_MAX : FirstWord(bytes + head);
         if (size < end - head) [[likely]] {
             head += size;
@@ -81,8 +83,8 @@ struct RecordRing {
         }
     }
 
-    /// Moves the records to a buffer of exactly their size. True if the buffer has that size, also if it had it before;
-    /// false for a ring without records, or if memory runs out, the ring unchanged.
+    /// Moves the records to a buffer of exactly their size. True if the buffer then has that size, even if it had it
+    /// before. False for a ring without records, or if memory runs out; the ring is then unchanged.
     bool Adapt(Bytes& bytes);
 
 private:
@@ -91,7 +93,7 @@ private:
     /// The end of the contiguous records that begin at the head.
     [[nodiscard]] std::uint32_t UsedEnd() const { return IsWrapped() ? capacity - skip : tail; }
 
-    /// Appends a record where the buffer has room for it: at the tail, else at offset 0. False if it has none.
+    /// Appends a record if the buffer has room for it: at the tail, else at offset 0. False if there is no room.
     bool TryAppend(std::uint32_t size, std::uint32_t& offset) {
         const bool wrapped = IsWrapped();
         if (const std::uint32_t room = (wrapped ? head : capacity) - tail; room >= size) [[likely]] {

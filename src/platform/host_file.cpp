@@ -13,7 +13,7 @@
 namespace Tessarin {
 namespace {
 
-/// units the number of wide characters that the path needs, its NUL included
+/// units  the number of wide characters that the path needs, its NUL included
 std::FILE* OpenWide(const char* path, int units, const wchar_t* mode) {
     auto* wide = static_cast<wchar_t*>(std::malloc(static_cast<std::size_t>(units) * sizeof(wchar_t)));
     if (wide == nullptr) return nullptr;

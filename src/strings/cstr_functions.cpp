@@ -1,4 +1,4 @@
-// The exported cstr_ functions: each only says which text its null stands for, and calls the string table.
+// The exported cstr_ functions: each only decides which text a null argument means, and calls the string table.
 
 #include "tessarin/interned_strings.h"
 

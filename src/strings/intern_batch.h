@@ -1,5 +1,5 @@
-// Interning in groups. A loader that finds one text after the other adds each to a batch; the table then interns up to
-// kMaxBatch of them together, so that their cache misses overlap.
+// Interning in groups. A loader adds each text that it finds to a batch; the table then interns up to kMaxBatch texts
+// together, so that their cache misses overlap.
 
 #ifndef TESSARIN_STRINGS_INTERN_BATCH_H
 #define TESSARIN_STRINGS_INTERN_BATCH_H
@@ -10,7 +10,7 @@
 
 namespace Tessarin {
 
-/// The texts, and the variables that their cstrs go to, must stay until they are interned.
+/// The texts, and the variables that receive their cstrs, must exist until the texts are interned.
 class InternBatch {
 public:
     explicit InternBatch(StringTable& strings) : strings_(strings) {}

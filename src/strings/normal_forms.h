@@ -1,5 +1,5 @@
-// The normal forms that a text can be interned in beside the plain one: lower case and path. Only ASCII letters are
-// folded, whatever the locale.
+// The two normal forms in which a text can be interned, besides as it is: lower case and path form. Only ASCII letters
+// are folded, whatever the locale.
 
 #ifndef TESSARIN_STRINGS_NORMAL_FORMS_H
 #define TESSARIN_STRINGS_NORMAL_FORMS_H
@@ -10,16 +10,16 @@
 
 namespace Tessarin {
 
-/// Which form of a text is interned, looked up or compared: the text itself, or what it becomes in lower case.
+/// In which form a text is interned, looked up or compared: as it is, or in lower case.
 enum class TextForm { kAsIs, kLowerCase };
 
 /// Null counts as empty.
 constexpr bool IsEmpty(const char* text) { return text == nullptr || *text == '\0'; }
 
-/// Bytes of the longest path form, its terminator included. What doesn't fit is dropped.
+/// Bytes of the longest path form, its NUL included. The rest of a longer path is dropped.
 inline constexpr std::size_t kPathFormRoom = 256;
 
-/// Writes the path form of `path` and a NUL behind it: letters become lower case, each sequence of `\` and `/` one `\`.
+/// Writes the path form of `path` and a NUL: letters become lower case, each sequence of `\` and `/` becomes one `\`.
 /// returns  the bytes written, without the NUL
 inline std::size_t PathForm(const char* path, char (&form)[kPathFormRoom]) {
     std::size_t written = 0;

@@ -1,7 +1,9 @@
-// Hash, comparison and copy of texts, eight bytes at a time: every lookup of a key goes through here. Each is made for
-// both forms of a text (TextForm): lower case is folded on the way, so no caller needs a buffer for it.
+// Hash, comparison and copy of texts, eight bytes at a time: every lookup of a key calls these functions. Each works
+// for both forms of a text (TextForm): letters are folded while the text is read, so no caller needs a buffer for the
+// form.
 //
-//  1. The hash of a text in lower case is the hash of its lower-case form, which is what the string table holds.
+//  1. The hash of a text with TextForm::kLowerCase is the hash of its lower-case form, which is the text in the string
+//     table.
 //  2. Exactly `length` bytes are read, never one beyond them.
 //  3. Results are the same on machines of either byte order.
 
@@ -18,7 +20,7 @@
 
 namespace Tessarin {
 
-// A word holds eight bytes of a text, the first one lowest, on every machine. Constants repeat a byte eight times.
+// A word holds eight bytes of a text, the first byte lowest, on every machine. The constants repeat a byte eight times.
 inline constexpr std::uint64_t kEachByte = 0x0101010101010101U;
 inline constexpr std::uint64_t kTopBits = kEachByte * 0x80;
 
@@ -35,8 +37,8 @@ Number LoadBytes(const char* text) {
     return number;
 }
 
-/// The `count` bytes at `text`, 1 to 8, in the top of a word, with zeros before them. Reads nothing beyond them, and
-/// has no loop: the lengths of keys vary, and a mispredicted branch costs more than all of this.
+/// The `count` bytes at `text`, 1 to 8, in the top of a word; the bytes below are zeros. Reads nothing beyond them. It
+/// has no loop, because the lengths of keys vary, and a mispredicted branch costs more than this whole function.
 inline std::uint64_t TopBytes(const char* text, std::size_t count) {
     const auto unused = static_cast<unsigned>(64 - 8 * count);
     if (count >= 4) { // two halves that may overlap
@@ -49,8 +51,8 @@ inline std::uint64_t TopBytes(const char* text, std::size_t count) {
     return byte(0) << unused | byte(middle) << (unused + 8 * middle) | byte(count - 1) << 56;
 }
 
-/// Eight bytes of a text in `form`. `A` to `Z`, below 0x80 as they are, are the bytes that pass 0x80 when 0x3F is
-/// added, and don't when 0x25 is.
+/// Eight bytes of a text in `form`. A byte below 0x80 is `A` to `Z` exactly if adding 0x3F reaches 0x80 and adding 0x25
+/// doesn't.
 template <TextForm form>
 std::uint64_t Fold(std::uint64_t word) {
     if constexpr (form == TextForm::kAsIs) return word;
@@ -69,8 +71,8 @@ void CopyText(char* to, const char* text, std::size_t length) {
     }
 }
 
-/// A polynomial in 131 over the bytes of a word, read as signed numbers, modulo 2^32. Neighbours are combined in ever
-/// wider lanes: 8 bytes, 4 pairs, 2 halves.
+/// A polynomial in 131 over the bytes of a word, as signed numbers, modulo 2^32. Neighbours are combined in lanes that
+/// get wider: 8 bytes, 4 pairs, 2 halves.
 inline std::uint32_t HashOfWord(std::uint64_t word) {
     constexpr std::uint32_t k1 = 131, k2 = k1 * k1, k4 = k2 * k2;
     if ((word & kTopBits) != 0) [[unlikely]] {
@@ -86,8 +88,8 @@ inline std::uint32_t HashOfWord(std::uint64_t word) {
     return static_cast<std::uint32_t>(halves) * k4 + static_cast<std::uint32_t>(halves >> 32);
 }
 
-/// The polynomial over a whole text in `form`, without its top bit. Zeros in front don't change it, so the first word
-/// is padded with them in front and every other word is full.
+/// The polynomial over a whole text in `form`, with its top bit cleared. Zeros in front of the text don't change it, so
+/// the first word is padded with zeros in front, and every other word is full.
 template <TextForm form>
 std::uint32_t HashOfText(const char* text, std::size_t length) {
     constexpr std::uint32_t k8 = 0x191145A1U;

@@ -9,17 +9,19 @@
 //          |                           the newest block, which      older blocks, full
 //          |                           is filled from slot 1 on
 //          v
-//     a slot      [ tag: hash / 99991, 16 bits | address of a text, 48 bits ]      0 while it is free
+//     a slot      [ tag: hash / 99991, 15 bits | address of a text, 48 bits ]      bit 63 is unused; 0 while it is free
 //                                                    |
 //                                                    v
 //     an arena    ... [ length, 4 bytes | text | NUL ][ length | text | NUL ] ...      1 MiB, bump-allocated
 //
 // Invariants:
 //
-//  1. A slot goes from 0 to its text once and never changes again; a block's `next` is set before the block is linked.
-//     Both are published by a release store, so a reader that sees a slot or a block sees all that it leads to.
-//  2. Hence a hit takes no lock. A miss takes it and looks again, as another thread may have added the text meanwhile.
-//  3. Equal texts have equal hashes and so are in one bucket; the second look therefore makes addresses unique.
+//  1. A slot changes once, from 0 to its text, and never again. A block's `next` is set before the block is linked.
+//     Both are published by a release store, so a reader that sees a slot or a block also sees everything that it
+//     points to.
+//  2. Hence a hit takes no lock. A miss takes it and searches again, because another thread may have added the text
+//     meanwhile.
+//  3. Equal texts have equal hashes, so they are in one bucket; the second search therefore makes addresses unique.
 //
 // Lower case is folded while a text is hashed, compared and copied, so no form of a text needs a buffer.
 
@@ -44,7 +46,7 @@ cstr TextOf(std::uint64_t slot) {
 
 } // namespace
 
-/// A text that is looked up, with what the index needs to know of it.
+/// A text that is looked up, with its length and hash.
 template <TextForm form>
 struct StringTable::Lookup {
     const char* text;
@@ -94,8 +96,8 @@ cstr StringTable::Find(const char* text) const {
     return FindInBucket(Lookup<TextForm::kAsIs>{text, length, Hash<TextForm::kAsIs>(text, length)});
 }
 
-/// In four passes over all texts, each of which prefetches what the next one reads: the bucket, the block behind it,
-/// the text; and only then the lookup.
+/// Makes four passes over all texts. Each of the first three prefetches what the next pass reads: the bucket, its
+/// newest block, the text. The fourth looks the texts up.
 bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
     if (buckets_ == nullptr) return false;
     HashParts hashes[kMaxBatch];
@@ -130,8 +132,8 @@ StringTable::HashParts StringTable::Hash(const char* text, std::size_t length) {
     return {hash - tag * kBucketCount, tag};
 }
 
-/// The first text in the bucket and its newest block whose tag agrees: nearly always the one that is looked up, if it
-/// is there. Null if none agrees.
+/// The first text in the bucket and its newest block whose tag agrees; if the text that is looked up is in them, it is
+/// nearly always this one. Null if no tag agrees.
 cstr StringTable::FirstWithTag(HashParts hash) const {
     const Bucket& bucket = buckets_[hash.bucket];
     const Slot first = bucket.first.load(std::memory_order_acquire);
@@ -189,8 +191,8 @@ cstr StringTable::Add(const Lookup<form>& lookup) {
     return text;
 }
 
-/// The bucket's next free slot, in a new block if need be; null if memory runs out. A block that stays empty, because
-/// there was then no memory for its text, is used for the next text.
+/// The bucket's next free slot, in a new block if necessary; null if memory runs out. If memory then runs out for the
+/// text, the new block stays empty and is used for the bucket's next text.
 std::atomic<StringTable::Slot>* StringTable::FreeSlot(Bucket& bucket) {
     if (bucket.first.load(std::memory_order_relaxed) == 0) return &bucket.first;
     SlotBlock* newest = bucket.more.load(std::memory_order_relaxed);
@@ -207,7 +209,7 @@ std::atomic<StringTable::Slot>* StringTable::FreeSlot(Bucket& bucket) {
 }
 
 StringTable::SlotBlock* StringTable::NewBlock() {
-    // One less than would fit, for the bytes that aligning the first one takes.
+    // One block less than would fit, because aligning the first one takes some bytes.
     constexpr auto kBlocksPerChunk =
         static_cast<std::uint32_t>((kBlockChunkBytes - sizeof(BlockChunk)) / sizeof(SlotBlock) - 1);
     if (chunks_ == nullptr || chunks_->used == kBlocksPerChunk) {
@@ -226,8 +228,8 @@ char* StringTable::AllocateNode(std::uint32_t size) {
         auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + kArenaBytes));
         if (arena == nullptr) return nullptr;
         *arena = {arenas_, kArenaBytes, 0, reinterpret_cast<char*>(arena + 1)};
-        // A slot has 48 bits for an address. No program gets higher addresses, except where the heap marks them in
-        // their top bits; on such a host this allocation has to come from somewhere else.
+        // A slot has 48 bits for an address. No program gets higher addresses, except on a host whose heap sets their
+        // top bits; there this memory would have to be allocated in another way.
         if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + kArenaBytes)} >> kAddressBits != 0) {
             std::free(arena); // GCOVR_EXCL_LINE: no host that runs the tests is like that
             return nullptr;   // GCOVR_EXCL_LINE

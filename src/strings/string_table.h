@@ -1,5 +1,5 @@
 // The process-wide table of interned strings: each distinct text has one address, so keys are compared as pointers.
-// How it is indexed, with a picture: string_table.cpp.
+// string_table.cpp describes the index, with a picture.
 
 #ifndef TESSARIN_STRINGS_STRING_TABLE_H
 #define TESSARIN_STRINGS_STRING_TABLE_H
@@ -28,8 +28,8 @@ struct PendingText {
     const char* text; // without a NUL among its bytes
     std::uint32_t length;
     TextForm form;
-    cstr* result; // where its cstr goes
-    cstr* copy;   // where it goes as well, or null
+    cstr* result; // receives its cstr
+    cstr* copy;   // receives it as well; may be null
 };
 
 /// Safe from any thread. The texts live until the table is destroyed.
@@ -54,8 +54,8 @@ public:
     cstr InternLowerCase(const char* text, std::size_t length);
     cstr InternPath(const char* path);
 
-    /// Interns several texts so that their cache misses overlap: fetching a text that isn't in the processor's cache is
-    /// most of what interning it costs. False if one of them can't be interned; some results are then unset.
+    /// Interns several texts so that their cache misses overlap: most of the time of interning a text is spent fetching
+    /// it into the processor's cache. False if one of them can't be interned; some results are then unset.
     /// REQUIRES: count <= kMaxBatch
     bool Intern(const PendingText* texts, std::uint32_t count);
     static constexpr std::uint32_t kMaxBatch = 32;
@@ -64,11 +64,11 @@ public:
     cstr Find(const char* text) const;
 
 private:
-    // One interned text as the index names it: the text's address in the low 48 bits, above it the hash's tag. A text
-    // is read only where the tag agrees, so a walk mostly stays within the index.
+    // One interned text in the index: the text's address in the low 48 bits, above it the hash's tag. A text is read
+    // only if the tag agrees, so a search mostly stays within the index.
     using Slot = std::uint64_t;
 
-    // One cache line of slots, taken from the first on; 0 is free.
+    // One cache line of slots, used from the first on; 0 means free.
     struct alignas(64) SlotBlock {
         SlotBlock* next;
         std::atomic<Slot> slots[7];
@@ -79,8 +79,8 @@ private:
         std::atomic<SlotBlock*> more;
     };
 
-    // Memory for the texts, the current arena first: a bump allocator. A node is the text's length, the text and its
-    // NUL; nodes lie back to back, at any address.
+    // Memory for the texts: a bump allocator, the current arena first in its list. A node is the text's length, the
+    // text and its NUL; nodes lie back to back, unaligned.
     struct Arena {
         Arena* next;
         std::uint32_t capacity;
@@ -88,13 +88,13 @@ private:
         char* base;
     };
 
-    // Memory for slot blocks, which are allocated one behind the other from its first aligned address on.
+    // Memory for slot blocks, which are allocated one after the other from its first aligned address on.
     struct BlockChunk {
         BlockChunk* next;
         std::uint32_t used;
     };
 
-    // A text's hash in its two parts: the remainder by the number of buckets and the quotient.
+    // A text's hash divided by the number of buckets: the remainder and the quotient.
     struct HashParts {
         std::uint32_t bucket;
         std::uint32_t tag; // 15 bits: the hash is below 2^31
