@@ -1,12 +1,14 @@
-// A JSON text into a table: what the parser finds is stored at once, without a document in between. Objects that are
-// open are on a stack of the heap's; their tables are put into order as they end. Where the text is wrong the table is
-// emptied again; what stays of such a text are the keys and strings that were interned by then.
+// Loads a JSON text into a table: everything that the parser finds is stored at once, without a document in between.
+// Open objects are on a stack that is allocated on the heap; when an object ends, FinishBulkLoad puts its table in
+// order. If the text is wrong, the table is emptied again; only the keys and strings that were interned until then
+// stay.
 //
-// Members that share a key: strings and the three words store their own value. A number stores the value of the first
-// member of its key, arrays and objects count only if they are that first one. Looking the first member up each time
-// would cost the square of the object's size. It isn't needed: the entry itself holds what the first member stored,
-// except where a word has since overwritten a number, and where the first member was an array that stored nothing.
-// Those two are remembered in a map that an object gets when it first needs one.
+// Members that share a key: strings and the words (`null`, `false` and `true`) store their own value. A number stores
+// the value of its key's first member. Arrays and objects count only if they are the first member of their key. To
+// search for the first member each time would take time proportional to the square of the object's size. It isn't
+// necessary, because the entry itself holds the value of the first member, with two exceptions: a word has since
+// overwritten a number, or the first member was an array that stored nothing. These two are remembered in a map, which
+// an object gets when it first needs one.
 
 #include "containers/hash_map.h"
 #include "documents/json_parser.h"
@@ -22,19 +24,19 @@
 namespace Tessarin {
 namespace {
 
-/// What an object must remember of a key's first member beyond its entry.
+/// What an object must remember of a key's first member, because the entry doesn't hold it.
 struct FirstMember {
     std::uint32_t stored_nothing;
-    std::int32_t integer; // otherwise: the value that a word has overwritten since
+    std::int32_t integer; // if it stored something: its number, which a word has overwritten since
 };
 
-/// An object on its way into a table.
+/// An object that is being read into a table.
 struct OpenObject {
     Table* table;
     hm* firsts; // by key, FirstMember values; null until needed
 };
 
-/// The parser's handler. Stops it only where memory runs out.
+/// The parser's handler. It stops the parser only if memory runs out.
 class JsonLoader {
 public:
     explicit JsonLoader(Table& root) : root_(root) {}
@@ -58,7 +60,8 @@ public:
 private:
     static constexpr std::uint32_t kMostElements = 16;
 
-    /// Whether a value is to be stored under the key; if not, its place in an array has been filled.
+    /// Whether a value is to be stored under the key. If it is an element of an array, `as_element` is added to that
+    /// array instead.
     bool IsMember(float as_element) {
         if (ignored_ != 0) return false;
         if (in_array_) AddElement(as_element);
@@ -79,7 +82,7 @@ private:
 
     Pair* Entry() {
         bool existed = false;
-        return open_.Top().table->Entries().FindOrAppend(key_, existed); // null for a null key
+        return open_.Top().table->Entries().FindOrAppend(key_, existed); // null if the key is null
     }
 
     bool Open(Table& table) { return open_.Push({&table, nullptr}); }
@@ -110,9 +113,9 @@ private:
 
     Table& root_;
     List<OpenObject> open_;
-    cstr key_ = nullptr;        // of the current member; null if it is to be dropped
-    std::uint32_t ignored_ = 0; // arrays and objects that are open in one that isn't stored, that one included
-    bool in_array_ = false;     // the elements of an array that is a member
+    cstr key_ = nullptr;        // the current member's; null if the member is to be dropped
+    std::uint32_t ignored_ = 0; // how many open arrays and objects aren't stored
+    bool in_array_ = false;     // true while the elements of a member's array are read
     std::uint32_t elements_ = 0;
     float element_[kMostElements];
 };
@@ -139,8 +142,8 @@ bool JsonLoader::Real(double value, const char*) {
     return true;
 }
 
-/// The entry to store a number in; null if the number doesn't count. The value of its key's first member is in the
-/// entry already, or goes back into it if a word came in between.
+/// The entry in which to store a number; null if the number doesn't count. In that case the value of its key's first
+/// member is already in the entry, or is put back into it if a word has overwritten it.
 Pair* JsonLoader::EntryOfNumber() {
     const FirstMember* first = Remembered();
     if (first != nullptr && first->stored_nothing != 0) return nullptr;
@@ -176,7 +179,7 @@ bool JsonLoader::BeginObject(const char*) {
     return true;
 }
 
-/// A new table, attached; null if the member is dropped.
+/// A new table, attached to the current entry; null if the member is dropped.
 Table* JsonLoader::ChildUnderKey() {
     if (FirstStoredNothing()) return nullptr;
     Pair* pair = Entry();
@@ -223,7 +226,7 @@ bool JsonLoader::EndArray(const char*) {
     return !first || Remember({1, 0});
 }
 
-/// Arrays of 2, 3, 4 and 16.
+/// Stores an array of 2, 3, 4 or 16 elements.
 void JsonLoader::StoreArray() {
     Pair* pair = Entry();
     if (pair == nullptr || pair->kind != VALUE_EMPTY) return;
@@ -249,7 +252,7 @@ void JsonLoader::StoreElements(Pair& pair, std::uint32_t (Pair::*store)(const Ve
     (pair.*store)(&vector);
 }
 
-/// A text that is no valid document leaves the table empty, with success; false only if memory ran out.
+/// If the text isn't a valid document, the table is left empty and the result is true. False only if memory ran out.
 bool Load(Table& root, const char* text) {
     JsonLoader loader(root);
     switch (ParseJson(text, loader).error) {

@@ -1,5 +1,6 @@
-// RapidJSON's errors by names of our own. Those of escapes and encodings never come up: no escape but `\\` is shown to
-// the reader, and encodings aren't validated. A byte below 0x20 in a string goes by the name of an escape there.
+// Translates RapidJSON's errors to JsonError. The errors about escapes and encodings never occur: JsonStream shows the
+// reader no escape but `\\`, and encodings aren't validated. RapidJSON reports a byte below 0x20 in a string as an
+// invalid escape.
 
 #include "documents/json_parser.h"
 

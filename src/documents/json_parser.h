@@ -1,20 +1,21 @@
-// JSON, read without storing anything: RapidJSON's reader over a text that stays as it is, and a call of a handler for
-// each thing that it finds. The grammar is the standard's but for three things:
+// A JSON parser that stores nothing: RapidJSON's reader reads a text, which isn't changed, and a handler is called for
+// each thing that the reader finds. The grammar differs from the standard's in three things:
 //
 //   strings   have no escapes: a backslash is a byte like any other, and the first `"` ends the string
 //   comments  may be wherever white space may
 //   root      is an object
 //
 // Strings are read raw without a copy of the text. RapidJSON takes `\` for the start of an escape and `\\` for one
-// backslash, so JsonStream shows it every backslash twice: the reader makes one of the two, and the byte behind them is
-// an ordinary one. That is the same as reading raw, since a valid text has no backslash but in its strings and
-// comments: elsewhere the first of the two is an error as the one would be, and in comments bytes are passed over.
+// backslash, so JsonStream shows it every backslash twice: the reader makes one backslash of the two, and the byte
+// after them is an ordinary one. The result is the same as if strings were read raw, because a valid text has
+// backslashes only in its strings and comments. Elsewhere a single backslash would be an error, and so is the first of
+// the two; and the reader skips the bytes of comments.
 //
 //   the text   " c : \   d "     The reader decodes in situ, each string over itself. As every byte of the text becomes
 //   is shown   " c : \ \ d "     one byte of the string, that string is in its place already, and nothing is written.
 //   decoded      c : \   d
 //
-// All places are pointers into the text. A handler that ignores them pays nothing for them.
+// All places are pointers into the text. If a handler ignores them, they cost nothing.
 
 #ifndef TESSARIN_DOCUMENTS_JSON_PARSER_H
 #define TESSARIN_DOCUMENTS_JSON_PARSER_H
@@ -31,20 +32,20 @@ namespace Tessarin {
 
 enum class JsonError : std::uint8_t {
     kNone,
-    kEmpty,          // there is nothing but white space and comments
-    kRootIsNoObject, // but another value
+    kEmpty,          // the text has only white space and comments
+    kRootIsNoObject, // the root is another value
     kBehindRoot,     // something follows the root
-    kNoValue,        // no value begins here, or one of the three words is misspelled
+    kNoValue,        // no value begins here, or `null`, `true` or `false` is misspelled
     kNoKey,
     kNoColon,
-    kNoCommaOrBrace,   // behind a member
-    kNoCommaOrBracket, // behind an element
+    kNoCommaOrBrace,   // after a member
+    kNoCommaOrBracket, // after an element
     kControlByte,      // a string has a byte below 0x20
     kOpenString,
     kNumberTooLarge, // for a double
-    kNoFraction,     // a number has no digit behind its point
-    kNoExponent,     // or none in its exponent
-    kBadComment,     // a `/` begins none, or one doesn't end
+    kNoFraction,     // a number has no digit after its point
+    kNoExponent,     // a number has no digit in its exponent
+    kBadComment,     // a `/` doesn't begin a comment, or a comment doesn't end
     kStopped,        // the handler returned false
     kOutOfMemory,
 };
@@ -52,21 +53,23 @@ enum class JsonError : std::uint8_t {
 /// What is wrong with a text, and where.
 struct JsonFailure {
     JsonError error;
-    const char* place; // the byte that doesn't fit, of a root or a number that is wrong the first one; null where the
-                       // text isn't to blame
+    // The byte that doesn't fit; for a wrong root or number its first byte; null if the text isn't the cause.
+    const char* place;
 };
 
-/// A text as RapidJSON's reader takes it in, by that library's concept of a stream: every backslash twice.
+/// A text in the form in which RapidJSON's reader reads it, with every backslash twice: a model of that library's
+/// stream concept.
 class JsonStream {
 public:
     using Ch = char;
 
     explicit JsonStream(const char* text) : next_(text) {}
 
-    // The reader copies the stream at each token, there and back. It is copied field by field: one wider load of both
-    // fields, right behind a store to one of them, stalls the processor, and loads took half as long again.
+    // At each token the reader copies the stream to a local one and back. The copies are made field by field: one wider
+    // load of both fields right after a store to one of them stalls the processor, and loads then take half as long
+    // again.
     JsonStream(const JsonStream& other) : next_(other.next_), shown_(other.shown_) {}
-    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): harmless to two values
+    // NOLINTNEXTLINE(bugprone-unhandled-self-assignment): harmless for two plain values
     JsonStream& operator=(const JsonStream& other) {
         next_ = other.next_;
         shown_ = other.shown_;
@@ -83,11 +86,11 @@ public:
         return byte;
     }
 
-    /// The address, so that what the reader reports as an offset is a place.
+    /// The current address. The reader reports it as an offset, so each reported offset is a place.
     [[nodiscard]] std::size_t Tell() const { return reinterpret_cast<std::size_t>(next_); }
 
-    // What the reader decodes would be written here. PutEnd counts the NUL that it puts behind a string, where the
-    // closing quote is.
+    // The reader would write decoded strings through these. PutEnd counts the NUL that the reader puts after a string,
+    // in the place of the closing quote.
     [[nodiscard]] char* PutBegin() const { return const_cast<char*>(next_); } // never written to
     void Put(char) {}
     std::size_t PutEnd(const char* begin) const { return static_cast<std::size_t>(next_ - begin); }
@@ -97,17 +100,17 @@ private:
     bool shown_ = false; // the backslash at next_, once
 };
 
-/// Between RapidJSON's reader and a handler: finds the places, and lets nothing through before a root object begins.
+/// Passes RapidJSON's events on to a handler: adds the places, and stops the reader if the root isn't an object.
 template <class Handler>
 class JsonEvents {
 public:
     JsonEvents(const JsonStream& stream, Handler& handler) : stream_(stream), handler_(handler) {}
 
-    /// Of a root that is no object; null if there is none.
+    /// The place of a root that isn't an object; null if there is no such root.
     [[nodiscard]] const char* WrongRoot() const { return wrong_root_; }
 
-    // RapidJSON's events. When they come, the stream is at the first byte of what they are about, but behind the three
-    // words.
+    // RapidJSON's events. When one is called, the stream is at the first byte of the thing that was found; but for
+    // `null`, `true` and `false` it is after the word.
     bool Null() { return InRoot(4) && handler_.Null(Place(4)); }
     bool Bool(bool value) { return InRoot(value ? 4 : 5) && handler_.Bool(value, Place(value ? 4 : 5)); }
     bool Int(std::int32_t value) { return Integer(value, value); }
@@ -143,18 +146,19 @@ private:
     const char* wrong_root_ = nullptr;
 };
 
-/// What RapidJSON says of a JsonStream, as a failure.
+/// RapidJSON's result for a JsonStream, as a failure.
 JsonFailure JsonFailureOf(const rapidjson::ParseResult& result);
 
 /// Reads a text up to its first NUL and calls the handler for each thing in turn, as long as it returns true:
 ///
 ///   Null(place), Bool(value, place)
-///   Integer(value, as_real, place)   a number without fraction or exponent that fits in 64 bits, with or without sign
-///   Real(value, place)               any other, a double
-///   String(text), Key(text)          a part of the text, which itself is the place; without the quotes around it
+///   Integer(value, as_real, place)   a number without fraction or exponent that fits in 64 bits, signed or unsigned
+///   Real(value, place)               any other number, a double
+///   String(text), Key(text)          a part of the text, without its quotes; its address is its place
 ///   BeginObject(place), EndObject(place), BeginArray(place), EndArray(place)
 ///
-/// A place is that of the first byte. Rounds to nearest meanwhile. Depth costs heap; the handler must not throw.
+/// A place is that of the thing's first byte. Rounding is to nearest meanwhile. Nesting costs heap, not stack. The
+/// handler must not throw.
 template <class Handler>
 JsonFailure ParseJson(const char* text, Handler& handler) {
     constexpr unsigned kFlags =
@@ -175,7 +179,8 @@ JsonFailure ParseJson(const char* text, Handler& handler) {
 
 } // namespace Tessarin
 
-/// A string or a number is read from a copy of the stream on the stack; until its end the stream stays at its begin.
+/// A string or a number is read from a copy of the stream on the stack; the original moves only when the string or
+/// number is complete.
 template <>
 struct rapidjson::StreamTraits<Tessarin::JsonStream> {
     enum { copyOptimization = 1 };

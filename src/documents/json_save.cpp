@@ -1,6 +1,7 @@
-// A table as JSON text: one walk over the entries drives RapidJSON's writer directly, without a document in between. It
-// calls the interfaces, as an external table may be of any class, and keeps the tables that it is inside of on a stack
-// on the heap. The two saves of Table are defined here, so that tables needn't know the form.
+// Writes a table as JSON text: one walk over the entries calls RapidJSON's writer directly, without a document in
+// between. It uses the interfaces, because an external table may be of any class. The tables that the walk is inside of
+// are on a stack that is allocated on the heap. Table::SaveFile and Table::SaveBuffer are defined here, so that
+// src/tables doesn't depend on the form.
 
 #include "documents/throwing_allocator.h"
 #include "files/file_objects.h"
@@ -37,27 +38,27 @@ public:
         for (;;) {
             if (IIterator* entry = current_.entry) {
                 current_.entry = current_.table->Next(&current_.entry);
-                __builtin_prefetch(current_.entry); // it is loaded while this one is being written
+                __builtin_prefetch(current_.entry); // it is fetched while this one is written
                 if (!Write(*entry)) return false;
                 continue;
             }
             writer_.EndObject();
-            if (outer_.Count() == 1) return true; // what is left is the position outside of the root
+            if (outer_.Count() == 1) return true; // only the position outside of the root is left
             current_ = outer_.Pop();
         }
     }
 
 private:
-    /// Where the walk is in a table.
+    /// The position of the walk in a table.
     struct Position {
         ITable* table;
         IIterator* entry; // the next one to write
     };
 
-    /// Begins a table; false if the walk is inside of it already. A walk in a cycle comes again, sooner or later, to
-    /// the table that was at the last power of two of its depth, so it is enough to compare with that one.
+    /// Begins a table; false if the walk is found to be in a cycle. It is enough to compare with one table, the one
+    /// whose depth is the highest power of two so far: a walk in a cycle comes to that table again, sooner or later.
     [[nodiscard]] bool Enter(ITable& table) {
-        // Tables that are shared may make a text of any length: the save fails as soon as it is too long.
+        // Shared tables are written each time, so a text can get very long: the save fails as soon as it is too long.
         if (text_.GetSize() > UINT32_MAX || !outer_.Push(current_)) return false;
         const std::uint32_t depth = outer_.Count();
         if (outer_[std::bit_floor(depth) - 1].table == &table) return false;
@@ -102,16 +103,16 @@ private:
         return Enter(*table);
     }
 
-    /// The texts of a host's own table needn't be interned, so lengths are counted.
+    /// The texts of a host's own table may not be interned, so lengths are counted.
     void WriteKey(const char* key) { writer_.Key(key, static_cast<rapidjson::SizeType>(std::strlen(key))); }
 
-    /// The form has no null string.
+    /// The form has no null string: null is written as an empty one.
     void WriteString(const char* text) {
         if (text == nullptr) text = "";
         writer_.String(text, static_cast<rapidjson::SizeType>(std::strlen(text)));
     }
 
-    /// The form has no text for a real that isn't finite.
+    /// The form has no text for a real that isn't finite: `null` is written.
     void WriteReal(float real) {
         if (std::isfinite(real)) {
             writer_.Double(static_cast<double>(real));
@@ -134,10 +135,10 @@ private:
     Text& text_;
     Writer writer_;
     Position current_{nullptr, nullptr};
-    List<Position> outer_; // of the tables that the current one is in; the first is outside of the root, in no table
+    List<Position> outer_; // in the tables that contain the current one; the first is outside of the root, in no table
 };
 
-/// Writes the document and hands its bytes to `deliver`; false if there is no document, or if that returns false.
+/// Writes the document and passes its bytes to `deliver`; false if there is no document, or if `deliver` returns false.
 template <class Deliver>
 bool SaveJson(ITable& root, Deliver deliver) {
     try {
@@ -158,7 +159,7 @@ std::uint32_t Table::SaveFile(const char* path) {
         FileWriter* file = FileWriter::Open(path);
         if (file == nullptr) return false;
         const bool whole = file->Write(bytes, size) == size;
-        return file->Finish() && whole; // a full disk may show only in the end
+        return file->Finish() && whole; // a full disk may show only when the file is closed
     });
     return saved ? 1 : 0;
 }

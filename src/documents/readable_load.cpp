@@ -1,5 +1,5 @@
-// A readable text into a table: each event is stored as it comes. The tables of the blocks that are open are on a stack
-// of the heap's; a table is put into order when its block ends.
+// Loads a readable text into a table: each event of the parser is stored at once. The tables of the open blocks are on
+// a stack that is allocated on the heap; when a block ends, FinishBulkLoad puts its table in order.
 
 #include "documents/readable_parser.h"
 #include "files/whole_file.h"
@@ -28,7 +28,7 @@ public:
 
     /// Fills a table from the text.
     /// returns  false if the text is wrong, a block's key has a value already, or memory ran out for a block; the table
-    ///          then holds what was read so far and is fit only to be destroyed
+    ///          then holds what was read so far, and the caller must destroy it
     bool Load(Table& root) {
         if (!open_.Push(&root)) return false;
         ReadableEvent event;
@@ -65,7 +65,7 @@ bool ReadableLoader::Store(const ReadableEvent& event) {
     return true;
 }
 
-/// A scalar overwrites whatever the entry held.
+/// A scalar overwrites any value that the entry had.
 void ReadableLoader::StoreEntry(cstr key, const ReadableEvent& event) {
     switch (event.kind) {
     case ReadableKind::kVector3:
@@ -92,7 +92,7 @@ void ReadableLoader::StoreEntry(cstr key, const ReadableEvent& event) {
     }
 }
 
-/// The entry to put a value in, old or new; null without a key, or without memory.
+/// The entry in which to put a value, old or new; null if the key is null or memory runs out.
 Pair* ReadableLoader::EntryFor(cstr key) {
     bool existed = false;
     return open_.Top()->Entries().FindOrAppend(key, existed);
@@ -113,7 +113,7 @@ void ReadableLoader::CloseBlock() {
     open_.Pop();
 }
 
-/// Stores as many components as the kind has, 0 for those that are missing. An entry of another kind stays as it is.
+/// Stores as many components as the kind has; missing ones are 0. An entry of another kind stays as it is.
 template <class Vector>
 void ReadableLoader::StoreVector(cstr key, ValueKind kind, std::string_view value,
                                  std::uint32_t (Pair::*store)(const Vector*)) {

@@ -1,5 +1,6 @@
-// One pass blanks the comments, blind to quotes; a second one reads keys and values in turn, each in one scan over its
-// bytes by a table of what they end. Nothing is copied, and nothing is remembered but the number of open blocks.
+// A first pass blanks the comments, also those inside quotes. A second pass reads keys and values in turn, each in one
+// scan, with a table that says what each byte ends. Nothing is copied, and only the number of open blocks is
+// remembered.
 
 #include "documents/readable_parser.h"
 
@@ -9,7 +10,7 @@
 namespace Tessarin {
 namespace {
 
-// What a byte does: before a key it may be skipped, or it ends a key, and so on.
+// What a byte does: before a key it is skipped; it ends a key; it ends a value; it begins a value.
 enum : unsigned char { kBeforeKey = 1, kEndsKey = 2, kEndsValue = 4, kBeginsValue = 8 };
 
 constexpr auto kClasses = [] {
@@ -32,8 +33,8 @@ const char* Find(const char* first, const char* last, char byte) {
     return static_cast<const char*>(std::memchr(first, byte, static_cast<std::size_t>(last - first)));
 }
 
-/// The end of the comment whose two hyphens are at `at`: `--[[` runs up to and including the next `--`, any other `--`
-/// up to the line's end.
+/// The end of the comment whose two hyphens are at `at`: a comment that begins with `--[[` ends after the next `--`,
+/// any other at the end of its line.
 char* CommentEnd(char* at, char* end) {
     if (end - at > 3 && at[2] == '[' && at[3] == '[') {
         at += 4;
@@ -59,7 +60,8 @@ void BlankComments(char* text, std::size_t size) {
     }
 }
 
-/// Of a bare value: digits, a `-` in front and at most one `.`, which makes a real, are a number.
+/// The kind of a bare value. It is a number if it has only digits, at most one `.`, which makes it a real, and possibly
+/// a `-` in front.
 ReadableKind Classify(const char* first, const char* last) {
     ReadableKind kind = ReadableKind::kInteger;
     for (const char* at = first; at != last; ++at) {
@@ -99,7 +101,7 @@ bool ReadableParser::Next(ReadableEvent& event) {
     return true;
 }
 
-/// Finds the value of the event's key and moves behind it.
+/// Finds the value of the event's key and moves past it.
 bool ReadableParser::TakeValue(ReadableEvent& event) {
     const char* at = position_;
     while (at != end_ && Is(*at, kEndsValue)) ++at;

@@ -1,13 +1,15 @@
-// The readable text form, read without storing anything: a text in, one event after the other out, in constant space.
+// A parser of the readable text form that stores nothing: it reads a text and returns one event after the other, in
+// constant space.
 //
-// All that an event shows points into the text as it was given. Comments are overwritten with NULs in place, so every
-// byte keeps its place. The form is forgiving: what a byte means depends on whether a key or a value is looked for.
+// The keys and values of events point into the caller's text. Comments are overwritten with NULs in place, so every
+// byte keeps its place. The form is tolerant: what a byte means depends on whether the parser looks for a key or for a
+// value.
 //
 //                        key                                value
 //   white space = 0 FF   before it: skipped; ends it        before it: skipped; ends a bare one
-//   {                    before it: skipped; ends it        is the value, whatever stood before
-//   }                    closes the block, dropping it      before it: skipped; ends a bare one
-//   [ ( "                part of it                         [ ( are the value; " is if nothing stood before
+//   {                    before it: skipped; ends it        is the value, whatever is before it
+//   }                    closes the block; key dropped      before it: skipped; ends a bare one
+//   [ ( "                part of it                         [ ( begin the value; " only if nothing is before it
 //
 // A document, and its events' keys and values:
 //
@@ -28,15 +30,15 @@ enum class ReadableKind : std::uint8_t {
     kVector3,  // `[x,y,z]`, or up to the text's end
     kVector4,  // `(x,y,z,w)`, likewise
     kQuoted,   // with its quotes
-    kText,     // bare, and no number
-    kInteger,  // digits with a `-` in front or none
-    kReal,     // likewise with one `.`
-    kBlockEnd, // the value is the `}`, the key what stood before it without a value, which doesn't count
-    kTextEnd,  // ends a block that no `}` closes, which is no fault; key and value are empty
+    kText,     // bare, but not a number
+    kInteger,  // digits, with or without a `-` in front
+    kReal,     // likewise, and with one `.`
+    kBlockEnd, // the value is the `}`; the key is a text before it that has no value and is ignored
+    kTextEnd,  // ends a block that no `}` closes, which isn't a fault; key and value are empty
 };
 
 /// An entry, or the end of a block. The document itself is a block, too: its end is the last event, and each kBlock has
-/// an end of its own. Bytes between a key and its value are delimiters, or bare text that a bracket has made void.
+/// its own end. Bytes between a key and its value are delimiters, or bare text that a following bracket cancels.
 struct ReadableEvent {
     ReadableKind kind;
     std::string_view key;   // never empty for an entry
@@ -46,21 +48,21 @@ struct ReadableEvent {
 enum class ReadableError : std::uint8_t {
     kNone,
     kKeyWithoutValue,
-    kOpenQuote, // no quote closes a value that begins with one
+    kOpenQuote, // a value begins with a quote and no quote closes it
 };
 
 /// What is wrong with a text, and where.
 struct ReadableFailure {
     ReadableError error;
-    const char* place; // of the key, or of the quote; null if nothing is wrong
+    const char* place; // the key or the quote; null if nothing is wrong
 };
 
 class ReadableParser {
 public:
-    /// Takes `size` bytes, borrowed, and blanks their comments. REQUIRES: text[size] is a NUL
+    /// Parses the `size` bytes at `text`, which are borrowed, and blanks their comments. REQUIRES: text[size] is a NUL
     ReadableParser(char* text, std::uint32_t size);
 
-    /// Finds the next event. False behind the last one, or where the text is wrong: see Failure.
+    /// Finds the next event. False after the last event, or if the text is wrong: see Failure.
     [[nodiscard]] bool Next(ReadableEvent& event);
 
     [[nodiscard]] ReadableFailure Failure() const { return failure_; }
@@ -72,15 +74,16 @@ private:
     bool Fail(ReadableError error, const char* place);
 
     const char* position_;
-    const char* end_;         // the NUL behind the text, which ends a key and a bare value as any delimiter does
-    std::uint32_t depth_ = 1; // blocks that are open, with the document
+    const char* end_;         // the NUL after the text; it ends a key and a bare value like any delimiter
+    std::uint32_t depth_ = 1; // the open blocks, including the document
     ReadableFailure failure_{ReadableError::kNone, nullptr};
 };
 
-/// The text that a quoted value stands for. A NUL ends it, and so does a comment that was blanked.
+/// The text of a quoted value, without its quotes. A NUL ends it, and so does a blanked comment.
 [[nodiscard]] std::string_view QuotedText(std::string_view value);
 
-/// Cuts a component off the front of a vector's: what stands before the delimiter, or all there is.
+/// Removes the first component from `rest` and returns it: the text before the delimiter, or all of it if there is
+/// none.
 [[nodiscard]] std::string_view TakeComponent(std::string_view& rest, char delimiter);
 
 } // namespace Tessarin

@@ -1,5 +1,5 @@
-// The heap as RapidJSON needs it. The library writes to what its allocator returns without a look; so this one throws
-// where memory runs out, and the one function around each use of RapidJSON turns that into a failure.
+// The heap as an allocator for RapidJSON. RapidJSON doesn't check what its allocator returns, so this one throws if
+// memory runs out, and the function that calls RapidJSON turns the exception into a failure.
 
 #ifndef TESSARIN_DOCUMENTS_THROWING_ALLOCATOR_H
 #define TESSARIN_DOCUMENTS_THROWING_ALLOCATOR_H
@@ -10,7 +10,7 @@
 
 namespace Tessarin {
 
-/// An allocator by RapidJSON's concept: Malloc and Realloc return null for a size of 0 alone.
+/// A model of RapidJSON's allocator concept: Malloc and Realloc return null only for a size of 0.
 struct ThrowingAllocator {
     static const bool kNeedFree = true;
 

@@ -1,6 +1,6 @@
-// The file service over streams of the runtime library. A path is tried first as it is, so that a name which does hold
-// a `\` can be opened, and so that folders are searched only for paths that lead to no file otherwise. Writing has no
-// second try: a file to be created has no name to match yet.
+// The file service over streams of the runtime library. A path is tried first as it is: so a file whose name really
+// contains a `\` can be opened, and folders are searched only if the path itself doesn't lead to a file. Opening for
+// writing isn't tried twice: a file that is to be created has no name yet that could match.
 
 #include "files/file_io.h"
 

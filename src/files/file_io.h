@@ -1,4 +1,5 @@
-// The library's own file service, which configuration and tab files use when the host gives them none.
+// The library's own file service. Configuration and tab files use it if the host doesn't pass one: File::Create in
+// configure/file.cpp and TabFile::Create in services/tab_file.cpp choose.
 
 #ifndef TESSARIN_FILES_FILE_IO_H
 #define TESSARIN_FILES_FILE_IO_H
@@ -7,7 +8,7 @@
 
 namespace Tessarin {
 
-/// Has no state: the handles are streams of the runtime library. Its owner makes it with nothrow new.
+/// Has no state: the handles are streams of the runtime library. The owner creates it with nothrow new.
 class FileIO final : public ::IFileIO {
 public:
     void* Open(const char* path, std::int32_t mode) override;

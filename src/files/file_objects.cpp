@@ -1,5 +1,5 @@
-// Files as objects. An object is made before its file is opened: opening for writing truncates the file, which must not
-// happen for a caller who then gets no object. Release alone closes the stream; the destructor has nothing to do.
+// Files as objects. The object is made before its file is opened: opening for writing truncates the file, and that must
+// not happen if the caller then gets no object. Only Release and Finish close the stream; the destructor does nothing.
 
 #include "files/file_objects.h"
 

@@ -1,8 +1,8 @@
-// Files as objects: what CreateReadFile and CreateWriteFile hand out.
+// Files as objects: CreateReadFile and CreateWriteFile return them.
 //
-// The library's own code makes them through Open and never through those exports, since a host may have functions of
-// its own by their names. The classes aren't called Read and Write after their interfaces, since a class can't have an
-// operation of its own name.
+// The library's own code makes them with Open, never with those exports, because a host may have its own functions of
+// the same names. The classes aren't called Read and Write like their interfaces, because a class can't have a member
+// function of its own name.
 
 #ifndef TESSARIN_FILES_FILE_OBJECTS_H
 #define TESSARIN_FILES_FILE_OBJECTS_H
@@ -36,13 +36,13 @@ private:
 /// A file open for writing, from Open to Release.
 class FileWriter final : public IWrite {
 public:
-    /// As FileReader::Open. An existing file is truncated at once; when memory runs out it is left as it was.
+    /// As FileReader::Open. An existing file is truncated at once, but not if memory runs out.
     static FileWriter* Open(const char* path);
 
     std::uint32_t Release() override;
     std::uint32_t Write(const void* buffer, std::uint32_t size) override;
 
-    /// Release for those who must know: whether all that was written has reached the file.
+    /// Like Release, but returns whether everything that was written has reached the file.
     bool Finish();
 
 private:

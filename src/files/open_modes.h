@@ -1,4 +1,5 @@
-// What the `mode` of IFileIO::Open says, by name: the values are a host's to see, so they never change.
+// Names for the values of IFileIO::Open's `mode`. Hosts see the values, so they never change. FileIO::Open
+// (file_io.cpp) translates them for the runtime library.
 
 #ifndef TESSARIN_FILES_OPEN_MODES_H
 #define TESSARIN_FILES_OPEN_MODES_H

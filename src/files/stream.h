@@ -1,4 +1,4 @@
-// What the file objects and the file service both do with a stream of the runtime library.
+// The operations on a stream of the runtime library that the file objects and the file service share.
 
 #ifndef TESSARIN_FILES_STREAM_H
 #define TESSARIN_FILES_STREAM_H
@@ -11,8 +11,8 @@
 
 namespace Tessarin {
 
-/// The size in bytes; 0 for a null stream, -1 for what can't seek and for what 31 bits can't hold. The position is the
-/// start afterwards, as the callers read on from there.
+/// The size in bytes; 0 for a null stream; -1 if the stream can't seek or its size needs more than 31 bits. Afterwards
+/// the position is the start, because the callers read from there.
 inline std::int32_t StreamSize(std::FILE* stream) {
     if (stream == nullptr) return 0;
     const std::int64_t size = std::fseek(stream, 0, SEEK_END) == 0 ? FilePosition(stream) : -1;
@@ -20,7 +20,7 @@ inline std::int32_t StreamSize(std::FILE* stream) {
     return size < 0 || size > std::numeric_limits<std::int32_t>::max() ? -1 : static_cast<std::int32_t>(size);
 }
 
-/// Reads up to `count` bytes, but none at all unless `buffer` has room for that many.
+/// Reads up to `count` bytes; reads nothing if `buffer` has room for fewer than `count`.
 inline std::uint32_t ReadStream(std::FILE* stream, void* buffer, std::uint32_t buffer_size, std::uint32_t count) {
     if (stream == nullptr || buffer == nullptr || buffer_size < count) return 0;
     return static_cast<std::uint32_t>(std::fread(buffer, 1, count, stream));

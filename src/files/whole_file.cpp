@@ -1,5 +1,5 @@
-// Both kinds of opened file are measured and read by the same few lines; a handle of a file service is wrapped for
-// them.
+// The same function measures and reads both kinds of opened file; for that, a file service's handle is wrapped in an
+// object.
 
 #include "files/whole_file.h"
 

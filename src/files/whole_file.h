@@ -1,8 +1,8 @@
 // A file read whole into one block of the heap: the one place where a file is opened, measured, read and closed.
 //
-// The size is asked for once, and the file must give exactly that many bytes: one that shrinks meanwhile fails, and of
-// one that grows the first bytes are taken. A service's file that was opened is closed when the object ends, and so
-// also after a failure: its host may look at what was loaded while it closes.
+// The size is asked for once, and exactly that many bytes are read. If the file shrinks meanwhile, the read fails; if
+// it grows, the added bytes aren't read. A service's file that was opened is closed when the object ends, and so also
+// after a failure: its host may look at what was loaded while it closes the file.
 
 #ifndef TESSARIN_FILES_WHOLE_FILE_H
 #define TESSARIN_FILES_WHOLE_FILE_H
@@ -24,8 +24,8 @@ using HeapBytes = std::unique_ptr<char[], FreeBlock>;
 
 class WholeFile {
 public:
-    HeapBytes bytes;        // the file's own and the spare ones behind them; null for none at all
-    std::uint32_t size = 0; // of the file alone
+    HeapBytes bytes;        // the file's bytes, then the spare ones; null if there are none of either
+    std::uint32_t size = 0; // of the file, without the spare bytes
 
     WholeFile() = default;
     ~WholeFile();
@@ -33,13 +33,14 @@ public:
     WholeFile& operator=(const WholeFile&) = delete;
 
     /// Reads a file through the library's own file object, which takes the path as it is.
-    /// spare    zero bytes to be behind the file's own
-    /// returns  false, with no bytes, if the file can't be opened or measured, gives fewer bytes than its size says, or
-    ///          when memory runs out; a null or an empty path is such a file
+    /// spare    the number of zero bytes to add after the file's bytes
+    /// returns  false, with no bytes, if the file can't be opened or measured, if it has fewer bytes than its size
+    ///          says, if memory runs out, or for a null or empty path
     [[nodiscard]] bool Read(const char* path, std::uint32_t spare);
 
-    /// The same through a file service: Open to read, GetSize, and Read with a buffer size that counts the spare bytes;
-    /// Close when the object ends. There is no Read if there is no byte to allocate.
+    /// Reads a file through a file service, otherwise like the other Read. Calls Open for reading, GetSize, and Read with
+    /// a buffer size that includes the spare bytes; Close when the object ends. Read isn't called if there is no byte to
+    /// allocate.
     /// REQUIRES: nothing has been read yet
     [[nodiscard]] bool Read(::IFileIO& service, const char* path, std::uint32_t spare);
 

@@ -1,5 +1,5 @@
-// Event lists: a ring of records, and beyond what the ring requires an event has 8 bytes or more. The buffer is
-// allocated with the first event.
+// Event lists: a ring of records. An event must have at least 8 bytes, which is more than the ring requires. The buffer
+// is allocated with the first event.
 
 #include "services/event_list.h"
 

@@ -1,4 +1,4 @@
-// The list behind Tessarin::EventList: a virtual wrapper of a ring of records. Threads: one at a time per list.
+// The implementation of Tessarin::EventList: a virtual wrapper of a ring of records. Threads: one at a time per list.
 
 #ifndef TESSARIN_SERVICES_EVENT_LIST_H
 #define TESSARIN_SERVICES_EVENT_LIST_H
@@ -10,7 +10,7 @@
 
 namespace Tessarin {
 
-/// The fields' order is fixed.
+/// The order of the fields is fixed.
 class CEventList final : public EventList {
 public:
     static constexpr std::uint32_t kLeastSize = 8;
@@ -34,7 +34,8 @@ public:
 private:
     RecordRing ring_{};
     unsigned char* buffer_ = nullptr; // the ring's bytes, null until the first event
-    // Two lists are neighbours on the heap, each written by another thread: their words must not share a cache line.
+    // The two lists of an exchange may be neighbours on the heap, and different threads write them: their words must
+    // not share a cache line.
     [[maybe_unused]] unsigned char apart_[64]{};
 };
 

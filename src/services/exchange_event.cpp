@@ -3,13 +3,13 @@
 //     producers --lock--> lists_[write_index_]      lists_[1 - write_index_] --no lock--> consumer
 //
 // Invariants:
-// 1. The list at write_index_ is touched under the lock only; the other one is the consumer's, with no lock.
-// 2. write_index_ changes under the lock, and only the consumer changes it: so the consumer reads it without the lock.
-// 3. An event that a Post has stored before an Exchange takes the lock is in the list that this Exchange returns. The
-//    lock's release and acquire make its bytes visible.
+// 1. The list at write_index_ is used only under the lock. Only the consumer uses the other one, without the lock.
+// 2. Only the consumer changes write_index_, under the lock. So the consumer can read it without the lock.
+// 3. If a Post has stored an event before an Exchange takes the lock, this Exchange returns the list with that event.
+//    The release and acquire of the lock make the event's bytes visible.
 //
-// The lock sleeps after it has spun without success. With a lock that only spins, all producers waste a whole time
-// slice whenever the system suspends the holder, which happens where there are more threads than processors.
+// The lock sleeps after it has spun without success. If it only spun, all producers would waste a whole time slice
+// whenever the system suspends the holder, which happens if there are more threads than processors.
 
 #include "services/exchange_event.h"
 
@@ -38,7 +38,7 @@ std::uint32_t ExchangeEvent::Release() {
     return 1;
 }
 
-/// A loss isn't reported: producers don't wait for memory.
+/// A lost event isn't reported: producers don't wait for memory.
 std::uint32_t ExchangeEvent::Post(const void* event) {
     const std::lock_guard guard(lock_);
     lists_[write_index_]->Push(event);

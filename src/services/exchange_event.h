@@ -1,4 +1,4 @@
-// The two lists behind Tessarin::IExchangeEvent, and the lock of the one that is being written.
+// The implementation of Tessarin::IExchangeEvent: two lists, and the lock of the one that is being written.
 
 #ifndef TESSARIN_SERVICES_EXCHANGE_EVENT_H
 #define TESSARIN_SERVICES_EXCHANGE_EVENT_H
@@ -11,7 +11,7 @@
 
 namespace Tessarin {
 
-/// The fields' order is fixed.
+/// The order of the fields is fixed.
 class ExchangeEvent final : public IExchangeEvent {
 public:
     /// Null if memory runs out for the object or for a list.
@@ -29,7 +29,7 @@ private:
 
     CEventList* lists_[2]; // owned
     CriticalSection lock_;
-    std::uint32_t write_index_ = 0; // which of the lists takes new events
+    std::uint32_t write_index_ = 0; // the index of the list that gets new events
 };
 
 } // namespace Tessarin

@@ -6,14 +6,14 @@
 //     cells_   0,0   0,1         1,0 1,1          an empty field is an empty string, a missing one a null
 //
 // Invariants:
-// 1. The lines and columns are counted before anything is cut, so that the grid is allocated once, cleared: cells for
-//    which the text has no field stay null.
-// 2. The counts don't decide where the text is cut, as a 0xFF counts as a line end but is none; each store is checked
-//    against them.
-// 3. Time grows with the bytes of the text alone. The grid's size doesn't add to it, nor is that size bounded by the
-//    text's: with as many tabs in the first line as there are lines behind it, the number of cells is the square of
-//    that. So the grid comes from calloc, which takes no page of a large block before it is written to, and a file
-//    whose grid can't be allocated doesn't open.
+// 1. The lines and columns are counted before the text is split, so that the grid is allocated once. It starts cleared:
+//    a cell stays null if the text has no field for it.
+// 2. The counts don't decide where the text is split, because a 0xFF counts as a line end but doesn't end a line. Each
+//    store is checked against the counts.
+// 3. Time depends only on the size of the text, not on that of the grid. The grid may be far larger than the text: if
+//    the first line has as many tabs as there are lines after it, the number of cells is about the square of that
+//    number. So the grid comes from calloc, which takes no page of a large block before it is written to. A file whose
+//    grid can't be allocated doesn't open.
 
 #include "services/tab_file.h"
 
@@ -34,15 +34,15 @@ namespace {
 
 bool CountsAsLineEnd(char byte) { return byte == '\n' || byte == '\xFF'; }
 
-/// A sum without a branch, which compilers take sixteen bytes at a time; with std::count_if all rows OpenTabFile of the
-/// benchmark take twice as long.
+/// A sum without a branch: compilers process sixteen bytes of it at a time. With std::count_if, all rows OpenTabFile of
+/// the benchmark take twice as long.
 std::uint32_t CountLines(const char* text, std::uint32_t size) {
     std::uint32_t lines = 0;
     for (std::uint32_t at = 0; at < size; ++at) lines += CountsAsLineEnd(text[at]) ? 1U : 0U;
     return lines;
 }
 
-/// One more than the tabs of the first line. None if that is empty; the tabs alone if it doesn't end.
+/// One more than the number of tabs in the first line; 0 if that line is empty; the number of tabs if no byte ends it.
 std::uint32_t CountColumns(const char* text, std::uint32_t size) {
     std::uint32_t tabs = 0;
     for (std::uint32_t at = 0; at < size; ++at) {
@@ -54,7 +54,8 @@ std::uint32_t CountColumns(const char* text, std::uint32_t size) {
 
 /// `count` null cells; null if they can't be allocated.
 const char** NewCells(std::uint64_t count) {
-    // True only where a size has 32 bits: two factors of 31 bits and a pointer's size fit into 64.
+    // Only where std::size_t has 32 bits: the text has fewer than 2^31 bytes, and each row and each column but one
+    // takes one of them, so there are at most about 2^60 cells.
     if (count > std::numeric_limits<std::size_t>::max() / sizeof(const char*)) return nullptr;
     return static_cast<const char**>(std::calloc(static_cast<std::size_t>(count), sizeof(const char*)));
 }
@@ -114,7 +115,7 @@ bool TabFile::Load() {
     return text_size_ == 0 || Split();
 }
 
-/// The columns are those of the file's first line, even if it is skipped.
+/// The first line of the file sets the number of columns, even if it is skipped.
 bool TabFile::Split() {
     row_count_ = CountLines(text_, text_size_);
     column_count_ = CountColumns(text_, text_size_);
@@ -138,7 +139,7 @@ bool TabFile::SplitDefaultRow(TabSplitter& splitter) {
     const char** row = NewCells(column_count_);
     if (row == nullptr) return false;
     SplitLines(splitter, 1, row);
-    default_row_ = row; // only now: its own empty fields have no defaults
+    default_row_ = row; // only now, because there are no defaults for its own empty fields
     --row_count_;
     return true;
 }
@@ -150,16 +151,15 @@ bool TabFile::SplitRows(TabSplitter& splitter) {
     return true;
 }
 
-/// Cuts the next lines, at most `count`, and fills a row with the fields of each.
+/// Splits the next lines, at most `count`, and fills one row with the fields of each.
 void TabFile::SplitLines(TabSplitter& splitter, std::uint32_t count, const char** row) const {
-    // For the compiler a NUL that is written to the text may change any object that has an address, so that all of it
-    // would be read anew for each field: what the loop needs is copied.
+    // A char that is written may alias any member, so the compiler would reload them for each field. Hence the local
+    // copies.
     TabSplitter fields = splitter;
     char* const text = text_;
     const std::uint32_t columns = column_count_;
     const char* const* const defaults = default_row_;
-    // A first field that is to be skipped is stored like any other; the field behind it, if there is one, overwrites
-    // it.
+    // A first field that is to be skipped is stored like any other; the next field, if there is one, overwrites it.
     const std::uint32_t skipped = (flags_ & TABFILE_SKIP_FIRST_COLUMN) != 0 ? 1 : 0;
     for (TabField field; fields.Next(field) && field.end != FieldEnd::kTextEnd;) {
         char* const cell = text + field.offset;
@@ -167,7 +167,7 @@ void TabFile::SplitLines(TabSplitter& splitter, std::uint32_t count, const char*
         if (field.end == FieldEnd::kReturnAndLineFeed) cell[field.length + 1] = '\0';
         const std::uint32_t column = field.column == 0 ? 0 : field.column - skipped;
         if (column < columns) {
-            // Two loads and a choice, no branch: whether a field is empty is often mispredicted.
+            // Two loads and a selection instead of a branch: whether a field is empty is often mispredicted.
             const char* const if_empty = defaults != nullptr ? defaults[column] : cell;
             row[column] = *cell == '\0' ? if_empty : cell;
         }

@@ -1,4 +1,4 @@
-// The object behind ITabFile: a tab-separated file as a grid of cells. tab_file.cpp shows the layout.
+// The implementation of ITabFile: a tab-separated file as a grid of cells. tab_file.cpp shows the layout.
 
 #ifndef TESSARIN_SERVICES_TAB_FILE_H
 #define TESSARIN_SERVICES_TAB_FILE_H
@@ -11,12 +11,12 @@ namespace Tessarin {
 
 class TabSplitter;
 
-/// Invariants: `text_` is null if and only if there is no file, or an empty one, and then the counts are 0. What
-/// `cells_` and `default_row_` hold points into `text_`. Without `cells_` one of the counts is 0, so that no cell is in
-/// range.
+/// Invariants: `text_` is null if and only if there is no file or the file is empty; the counts are then 0. The
+/// pointers in `cells_` and `default_row_` point into `text_`. If `cells_` is null, one of the counts is 0, so no cell
+/// is in range.
 class TabFile final : public ::ITabFile {
 public:
-    /// Null if memory runs out for the object. A null `file_io` gives it a file service of its own.
+    /// Null if memory runs out for the object. If `file_io` is null, the object makes its own file service.
     static TabFile* Create(::IFileIO* file_io);
 
     void Release() override;
@@ -39,16 +39,16 @@ private:
     bool SplitRows(TabSplitter& splitter);
     void SplitLines(TabSplitter& splitter, std::uint32_t count, const char** row) const;
 
-    ::IFileIO* file_io_ = nullptr; // null if memory ran out for the object's own
+    ::IFileIO* file_io_ = nullptr; // null if memory ran out for the object's own service
     bool owns_file_io_ = false;
     std::uint32_t flags_ = 0;
-    cstr path_ = nullptr; // of the last Open, in path form
+    cstr path_ = nullptr; // the path of the last Open, in path form
     std::uint32_t row_count_ = 0;
     std::uint32_t column_count_ = 0;
-    char* text_ = nullptr; // with no NUL of its own: what no tab and no line feed closes is no field
+    char* text_ = nullptr; // has no NUL at its end; it needs none, as an unclosed last field isn't used
     std::uint32_t text_size_ = 0;
     const char** cells_ = nullptr;       // row by row
-    const char** default_row_ = nullptr; // null if none is in use, and while it is itself split
+    const char** default_row_ = nullptr; // null if none is in use, and while it is being split
 };
 
 } // namespace Tessarin
