@@ -28,9 +28,9 @@ function(tessarin_compile_options target)
     endif()
 endfunction()
 
-# Calls inside the library bind inside it: a host has functions of its own called Clear, Set or Empty, and the library
-# must not call those. The version script hides what visibility can't: instantiations of the standard library's
-# templates are marked visible by its own headers.
+# Calls inside the library bind inside it: a host may have its own functions called Clear, Set or Empty, and the library
+# must not call those. The version script hides what visibility can't hide: the standard library's headers mark
+# instantiations of their templates as visible.
 function(tessarin_link_options target)
     if(CMAKE_SYSTEM_NAME STREQUAL "Linux")
         set(script ${PROJECT_SOURCE_DIR}/cmake/exports.map)
@@ -40,7 +40,7 @@ function(tessarin_link_options target)
     if(NOT TESSARIN_SANITIZE AND CMAKE_SYSTEM_NAME STREQUAL "Linux")
         target_link_options(${target} PRIVATE -Wl,-z,defs)
     endif()
-    # A host on Windows gets one file: the compiler's libraries, which are on nobody's path there, are inside.
+    # A host on Windows gets one file, which contains the compiler's libraries: they aren't on the path there.
     if(MINGW)
         target_link_options(${target} PRIVATE -static)
     endif()

@@ -16,7 +16,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/tessarin-config-version.c
 install(FILES ${PROJECT_BINARY_DIR}/tessarin-config-version.cmake DESTINATION ${package_folder}
         COMPONENT development)
 
-# The file finds its prefix from where it lies, so that an install to any prefix is right.
+# The file finds its prefix from its own location, so it is right for any prefix.
 file(RELATIVE_PATH tessarin_prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/tessarin.pc.in ${PROJECT_BINARY_DIR}/tessarin.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/tessarin.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT development)

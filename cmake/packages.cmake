@@ -1,4 +1,4 @@
-# Debian packages, one a component: `cpack` in the folder of a build that was configured with the prefix /usr, as the
+# Debian packages, one per component: `cpack` in the folder of a build that was configured with the prefix /usr, as the
 # preset `packages` is.
 
 set(CPACK_GENERATOR DEB)

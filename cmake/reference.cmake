@@ -1,4 +1,4 @@
-# The reference of the public headers, by the target `reference`, where doxygen is installed.
+# The target `reference` makes the reference of the public headers if doxygen is installed.
 
 find_program(doxygen doxygen)
 if(doxygen AND NOT TARGET reference)

@@ -1,8 +1,8 @@
 """Faults of one token that can be drawn in C++ sources, and the lists that they are stored in.
 
-A tokenizer and the brackets are enough: what is drawn lies in a function or in an initialiser, and what turns out not
-to compile is drawn anew by the caller. The sources are formatted by clang-format, so a binary operator stands between
-blanks, which distinguishes it from a template's bracket, a pointer's star and a sign.
+A tokenizer and the brackets are enough: faults are drawn in functions and initialisers, and if one doesn't compile, the
+caller draws another. The sources are formatted by clang-format, so a binary operator has blanks around it, which
+distinguishes it from a template's bracket, a pointer's star and a sign.
 """
 
 import re
@@ -18,7 +18,7 @@ TOKEN = re.compile(
       | (?P<operator><=>|<<=|>>=|->\*|\.\.\.|->|::|\+\+|--|&&|\|\||[-+*/%&|^<>=!]=|<<|>>|.)""",
     re.VERBOSE | re.DOTALL | re.MULTILINE)
 
-# What a binary operator becomes; where there are two, one is drawn.
+# The replacements of a binary operator; if there are two, one is drawn.
 BINARY = {
     "<": ["<=", ">="], "<=": ["<", ">"], ">": [">=", "<="], ">=": [">", "<"], "==": ["!="], "!=": ["=="],
     "&&": ["||"], "||": ["&&"], "+": ["-"], "-": ["+"], "*": ["/"], "/": ["*"], "%": ["/"], "|": ["&"], "&": ["|"],
@@ -26,7 +26,7 @@ BINARY = {
 }
 ANYWHERE = {"++": "--", "--": "++", "true": "false", "false": "true"}
 
-# Statements that declare, and words that begin no call.
+# Words that begin a declaration, and words that don't begin a call.
 DECLARING = {"static_assert", "using", "friend", "typedef", "extern", "template"}
 NO_CALL = DECLARING | {
     "return", "if", "else", "for", "while", "do", "switch", "case", "default", "break", "continue", "goto", "throw",
@@ -83,7 +83,7 @@ def closing(tokens, opening):
 
 
 def holds_code(header):
-    """Whether the block behind these words is a function's or an initialiser's, not a namespace's or a class's."""
+    """Whether the block after these words is a function's or an initialiser's, not a namespace's or a class's."""
     while header[:1] == ["template"]:
         depth = 0
         for i, word in enumerate(header):
@@ -129,7 +129,7 @@ def constants(tokens, i):
 
 
 def dropped_call(tokens, i):
-    """The index of the semicolon if a statement that is but a call begins at a word."""
+    """The index of the semicolon if a statement that is only a call begins at a word."""
     if tokens[i].text in NO_CALL or tokens[i - 1].text not in ("{", "}", ";", ")", "else"):
         return None
     operand = False
@@ -145,7 +145,7 @@ def dropped_call(tokens, i):
 
 
 def negated(text, tokens, i):
-    """A condition in brackets the other way round, which swaps the branches; but not where one token does the same."""
+    """A condition in brackets, negated, which swaps the branches; but not where one token does the same."""
     end = closing(tokens, i)
     words = {token.text for token in tokens[i:end]}
     if words & {"==", "!=", "!"} and not words & {"&&", "||"}:
@@ -155,7 +155,7 @@ def negated(text, tokens, i):
 
 
 def branches(tokens, i):
-    """The indexes of the colon that goes with a question mark, and of the token behind the second branch."""
+    """The indexes of the colon that belongs to a question mark, and of the token after the second branch."""
     colon, open_questions = None, 0
     j = i + 1
     while j < len(tokens) and tokens[j].text not in (";", ",", ")", "]", "}"):
@@ -174,7 +174,7 @@ def branches(tokens, i):
 
 
 def replacements(text, tokens, i):
-    """What can be drawn at a token, as (start, end, text in place of that)."""
+    """The faults that can be drawn at a token, as (start, end, replacement)."""
     token = tokens[i]
     following = tokens[i + 1].text if i + 1 < len(tokens) else ""
     spaced = text[token.start - 1:token.start].isspace() and text[token.end:token.end + 1].isspace()
@@ -200,7 +200,7 @@ def replacements(text, tokens, i):
 
 
 def faults_of(file, text, generator):
-    """A fault for each token of a file that one can be drawn at. What only fetches ahead can't be noticed."""
+    """A fault for each token of a file at which one can be drawn. Prefetches are left out: no test can notice them."""
     tokens = tokens_of(text)
     for i in drawable(tokens):
         choices = replacements(text, tokens, i)

@@ -10,5 +10,5 @@ foreach(package IN ITEMS rapidjson)
 endforeach()
 set(rapidjson_headers ${CMAKE_BINARY_DIR}/headers CACHE PATH "RapidJSON, for this target")
 
-# GoogleTest has no package for other targets; its sources are built along.
+# GoogleTest has no package for other targets; its sources are built together with the tests.
 set(TESSARIN_GTEST_SOURCE /usr/src/googletest CACHE PATH "GoogleTest's sources")

@@ -1,4 +1,4 @@
-# Linux on a processor whose words begin with their highest byte. Programs run under QEMU.
+# Linux on a big-endian processor. Programs run under QEMU.
 
 set(CMAKE_SYSTEM_NAME Linux)
 set(CMAKE_SYSTEM_PROCESSOR s390x)

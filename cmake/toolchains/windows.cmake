@@ -1,5 +1,5 @@
-# Windows by MinGW-w64, in its flavour with POSIX threads, which std::thread needs. The files beside this one say for
-# which processor.
+# Windows by MinGW-w64, in its variant with POSIX threads, which std::thread needs. The files windows_32.cmake and
+# windows_64.cmake choose the processor.
 
 set(CMAKE_SYSTEM_NAME Windows)
 set(mingw ${CMAKE_SYSTEM_PROCESSOR}-w64-mingw32)

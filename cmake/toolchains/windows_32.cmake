@@ -2,5 +2,5 @@
 
 set(CMAKE_SYSTEM_PROCESSOR i686)
 include(${CMAKE_CURRENT_LIST_DIR}/windows.cmake)
-# Nor are programs asked for their tests while they are built.
+# So programs aren't asked for their tests while they are built.
 set(CMAKE_GTEST_DISCOVER_TESTS_DISCOVERY_MODE PRE_TEST)

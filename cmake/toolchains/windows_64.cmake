@@ -1,5 +1,5 @@
-# Windows on x86-64. Programs run under Wine, which looks for libraries in its own PATH: that of the compiler, for
-# tests whose heap is wrapped must not hold a runtime library that would be wrapped too.
+# Windows on x86-64. Programs run under Wine, which looks for libraries in its own PATH; run_in_wine puts the compiler's
+# runtime library there. Tests whose heap is wrapped must not contain that library, because it would be wrapped too.
 
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 include(${CMAKE_CURRENT_LIST_DIR}/windows.cmake)

@@ -49,7 +49,7 @@ enum FileFormat : std::uint32_t {
 /// read by any number of threads, with every kind of key, until its file is loaded, reset or released. An edited tree
 /// belongs to one thread at a time, readers included.
 struct IFile {
-    /// Ends the object with all that it owns; a file service that came from the host stays the host's.
+    /// Ends the object with all that it owns, but not a file service that came from the host.
     virtual void Release() = 0;
 
     /// Drops the content, then loads a file. The old content is gone even when the load fails, also for a null path.
@@ -75,7 +75,7 @@ struct IFile {
     /// Writes the content, however it was loaded, in either form; the object stays as it is. The target is truncated
     /// first; if something fails, it keeps what was written until then.
     ///
-    /// FORMAT_TEXT writes one entry a line, every scalar in quotes, lines ended by CR LF; comments aren't kept. Keys
+    /// FORMAT_TEXT writes one entry per line, every scalar in quotes, lines ended by CR LF; comments aren't kept. Keys
     /// and values are written as they are, so what the form can't express doesn't read back: a `"`, a `--` or a 0xFF in
     /// either, in a key also a blank, a line end, `=`, `,`, `/`, a brace, two `\` together or a `:` at its start, and
     /// an empty key. An empty array reads back as an empty table. A null text is written as an empty one. The save

@@ -1,5 +1,5 @@
 /// \file
-/// Plain containers and allocators: flat arrays (farr_), command queues (cmd_), hash maps (i32hm_, ptrhm_), object
+/// Plain containers and allocators: flat arrays (farr_), command queues (cmd_), hash maps (i32hm_, ptrhm_), fixed-size
 /// pools (omem_) and incremental pools (imem_). Usable from C99 and from C++17.
 ///
 /// Every family works through a handle, a pointer to a record that begins with a signature. All functions except those
@@ -34,7 +34,7 @@ typedef struct hm_node hm_node;
 /// An allocator of blocks of one fixed size.
 typedef struct omem omem;
 
-/// A bump allocator: it hands out bytes one request after the other, and frees nothing until it is destroyed.
+/// A bump allocator: it allocates bytes one request after the other, and frees nothing until it is destroyed.
 typedef struct imem imem;
 
 // ---------------------------------------------------------------------------------------------------- flat arrays
@@ -42,7 +42,7 @@ typedef struct imem imem;
 /// Makes an array with room for 12 elements.
 /// element_size  bytes per element
 /// returns       a handle that the caller owns and ends with farr_destroy; null for an `element_size` of 0, when memory
-///               runs out or 12 elements pass 4 GiB
+///               runs out or if 12 elements exceed 4 GiB
 TESSARIN_API farr* farr_create(uint32_t element_size);
 
 /// Makes an array with room for `elements` elements. Otherwise as farr_create; null for 0 in either argument.
@@ -80,10 +80,10 @@ TESSARIN_API void farr_clear(farr* arr);
 TESSARIN_API void* farr_at(farr* arr, uint32_t index);
 
 /// Appends one element, its bytes unset.
-/// A full buffer is replaced. With the need as the bytes of all elements with the new one, the new buffer has: the need
-/// plus the threshold if the need is above the threshold; twice the need if that is below 65535 bytes; else one and a
-/// half times the need.
-/// returns  the element; null when memory runs out or the need passes 4 GiB, the array unchanged
+/// A full buffer is replaced. The need is the size in bytes of all elements, the new one included. The new buffer has
+/// the need plus the threshold if the need is above the threshold; otherwise twice the need if the need is below 65535
+/// bytes, else one and a half times the need.
+/// returns  the element; null, the array unchanged, when memory runs out or if the need exceeds 4 GiB
 TESSARIN_API void* farr_push(farr* arr);
 
 /// Appends a copy of the element at `source`, which may be in the array itself; growth and failure as in farr_push.
@@ -92,7 +92,7 @@ TESSARIN_API void* farr_push_element(farr* arr, const void* source);
 
 /// Makes the array `new_count` elements long. A `new_count` of 0 changes nothing (farr_clear empties the array).
 /// A buffer that is too small is replaced by one of exactly the size needed. Added elements are zeroed if
-/// `zero_fill` isn't 0, else unset. When memory runs out the array is unchanged, which farr_count shows.
+/// `zero_fill` isn't 0, else unset. When memory runs out the array is unchanged; farr_count shows it.
 TESSARIN_API void farr_resize(farr* arr, uint32_t new_count, uint32_t zero_fill);
 
 /// Removes the element at `index`, keeping the order of the rest; an index beyond the last does nothing.
@@ -111,10 +111,10 @@ TESSARIN_API void farr_adapt(farr* arr);
 /// returns  a handle that the caller owns and ends with farr_destroy; null when memory runs out
 TESSARIN_API farr* farr_copy(farr* arr);
 
-/// The first element, or null if there is none. A walk goes from here by farr_next until null.
+/// The first element, or null if there is none. A walk begins here and calls farr_next until that returns null.
 TESSARIN_API void* farr_begin(farr* arr);
 
-/// Always null, the element that ends a walk; the handle isn't tested.
+/// Always null, which ends a walk; the handle isn't tested.
 TESSARIN_API void* farr_end(farr* arr);
 
 /// The element after `element`, or null after the last one.
@@ -122,7 +122,7 @@ TESSARIN_API void* farr_end(farr* arr);
 TESSARIN_API void* farr_next(farr* arr, void* element);
 
 /// Sorts all elements with the runtime library's qsort; the order of equal elements is unspecified.
-/// compare  as for qsort; for null nothing is done
+/// compare  as for qsort; if it is null, nothing is done
 TESSARIN_API void farr_sort(farr* arr, int (*compare)(const void*, const void*));
 
 /// Sorts the elements from `first` up to but not including `last`; does nothing unless first < last <= count.
@@ -133,9 +133,9 @@ TESSARIN_API void farr_sort_particular(farr* arr, uint32_t first, uint32_t last,
 // ------------------------------------------------------------------------------------------------- command queues
 
 // A command is a sequence of bytes whose first word, a uint32_t, is its size in bytes, that word included: at least 4.
-// The queue reads that word and nothing else of it. Commands follow one another without gaps and aren't aligned: sizes
-// that are multiples of 8 keep every command at a multiple of 8. Command pointers, here and below, are borrowed: they
-// are valid until the queue grows, is adapted or destroyed; those to a popped command, until the next push.
+// The queue reads only that word of it. Commands follow one another without gaps and aren't aligned: sizes that are
+// multiples of 8 keep every command at a multiple of 8. Command pointers, here and below, are borrowed: they are valid
+// until the queue grows, is adapted or destroyed; pointers to a popped command are valid until the next push.
 
 /// Makes an empty queue.
 /// capacity  size of the buffer in bytes
@@ -156,16 +156,16 @@ TESSARIN_API uint32_t cmd_capacity(cmd* queue);
 TESSARIN_API uint32_t cmd_empty(cmd* queue);
 
 /// Reserves room for one command at the tail and counts it; the caller fills it.
-/// If no contiguous room is left the buffer is replaced. With the sum of the old capacity and `size`, the new buffer
-/// has twice that sum if it is below 65536 bytes, else one and a half times the sum.
+/// If no contiguous room is left the buffer is replaced. The new buffer has twice the sum of the old capacity and
+/// `size` if that sum is below 65536 bytes, else one and a half times the sum.
 /// size     bytes, the size word included
-/// returns  the room, its bytes unset; null for a `size` of 0, when memory runs out or the sum passes 4 GiB,
-///          the queue unchanged
+/// returns  the room, its bytes unset; null, the queue unchanged, for a `size` of 0, when memory runs out or if the sum
+///          exceeds 4 GiB
 /// REQUIRES: the first word equals `size` before cmd_pop reaches the command
 TESSARIN_API void* cmd_push(cmd* queue, uint32_t size);
 
 /// Appends a copy of a command, of as many bytes as its first word says; growth as in cmd_push. Does nothing for a null
-/// command, one of size 0, or when memory runs out, which cmd_count shows. `command` may be in the queue itself, also
+/// command, one of size 0, or when memory runs out; cmd_count shows it. `command` may be in the queue itself, and even
 /// one that has just been popped.
 TESSARIN_API void cmd_push_element(cmd* queue, const void* command);
 
@@ -180,21 +180,22 @@ TESSARIN_API void cmd_pop(cmd* queue);
 TESSARIN_API void cmd_clear(cmd* queue);
 
 /// Replaces the buffer by one of exactly the bytes in use, so that the next push grows it.
-/// returns  1, also if the buffer had that size; 0 for an empty queue, or when memory runs out, the queue unchanged
+/// returns  1, even if the buffer already had that size; 0, the queue unchanged, for an empty queue or when memory runs
+///          out
 TESSARIN_API uint32_t cmd_adapt(cmd* queue);
 
 // ------------------------------------------------------------------------------------------------------ hash maps
 
-// The two prefixes are two names of the same functions, which have one address each: i32hm_ is for integer keys, ptrhm_
-// for addresses. A key below 2^32 is in the bucket ((key >> 3) * 0x9E3779B1 mod 2^32) mod bucket_count; the upper half
-// of a wider key is folded in, so that addresses 4 GiB apart don't share a bucket for that reason. Keys that differ
+// Each function has two names, one with either prefix, and one address: i32hm_ is for integer keys, ptrhm_ for
+// addresses. A key below 2^32 is in the bucket ((key >> 3) * 0x9E3779B1 mod 2^32) mod bucket_count; the upper half of a
+// wider key is folded in, so that addresses don't share a bucket just because they are 4 GiB apart. Keys that differ
 // only in their low three bits share a bucket and are still separate entries.
 
 /// Makes an empty map.
 /// bucket_count  buckets at the start
 /// value_size    bytes per value
-/// returns       a handle that the caller owns and ends with i32hm_destroy; null for a 0 in either, or when memory runs
-///               out
+/// returns       a handle that the caller owns and ends with i32hm_destroy; null for 0 in either argument, or when
+///               memory runs out
 TESSARIN_API hm* i32hm_create(uint32_t bucket_count, uint32_t value_size);
 
 /// Ends the map: frees it with all its nodes.
@@ -215,10 +216,9 @@ TESSARIN_API hm_node* i32hm_find(hm* map, uintptr_t key);
 /// The value bytes of a node, as i32hm_get returns them; null for a null node.
 TESSARIN_API void* i32hm_ptr2value(hm_node* node);
 
-/// Stores a copy of `value_size` bytes under `key`, over the value that was there or as a new entry.
-/// Doubles the number of buckets first if the map has more entries than buckets, also when it then only replaces a
-/// value.
-/// returns  1; 0 for a null value, or when memory runs out for a new entry, the map unchanged
+/// Stores a copy of `value_size` bytes under `key`: replaces the value of an entry that is there, or adds an entry.
+/// First doubles the number of buckets if the map has more entries than buckets, even if it then only replaces a value.
+/// returns  1; 0, the map unchanged, for a null value or when memory runs out for a new entry
 TESSARIN_API uint32_t i32hm_set(hm* map, uintptr_t key, const void* value);
 
 /// Removes the entry of `key`, if there is one.
@@ -248,21 +248,21 @@ TESSARIN_API void ptrhm_erase_ptr(hm* map, hm_node* node);                  ///<
 TESSARIN_API hm_node* ptrhm_begin(hm* map);                                 ///< i32hm_begin
 TESSARIN_API hm_node* ptrhm_next(hm* map, hm_node* node);                   ///< i32hm_next
 
-// --------------------------------------------------------------------------------------------------- object pools
+// ----------------------------------------------------------------------------------------------- fixed-size pools
 
 /// Makes a pool with one chunk of free blocks.
 /// block_size        bytes per block, the stride in a chunk, never rounded
 /// blocks_per_chunk  blocks in one chunk
-/// returns           a handle that the caller owns and ends with omem_destroy; null for a 0 in either, when memory runs
-///                   out or a chunk passes 4 GiB
+/// returns           a handle that the caller owns and ends with omem_destroy; null for 0 in either argument, when
+///                   memory runs out or if a chunk exceeds 4 GiB
 TESSARIN_API omem* omem_create(uint32_t block_size, uint32_t blocks_per_chunk);
 
-/// Ends the pool: frees all chunks and the record, also if blocks are still in use.
-/// returns  the number of blocks that were not given back; 0 for a bad handle
+/// Ends the pool: frees all chunks and the record, even if blocks are still in use.
+/// returns  the number of blocks that were not freed; 0 for a bad handle
 TESSARIN_API int32_t omem_destroy(omem* pool);
 
-/// Takes a free block, its bytes unset: the one that was freed last; in a new chunk, the one of the highest address
-/// first. Without a free block the pool adds a chunk.
+/// Allocates a block, its bytes unset: the block that was freed last; in a new chunk, the block with the highest
+/// address first. If no block is free, the pool adds a chunk.
 /// returns  the block, valid until omem_free, omem_clear or omem_destroy; null when memory runs out
 TESSARIN_API void* omem_alloc(omem* pool);
 

@@ -17,11 +17,11 @@ struct IRead {
     virtual std::uint32_t Release() = 0;
 
     /// The file's size in bytes. Moves back to the start of the file: the next Read begins there.
-    /// returns  -1 for a file that can't seek and for a size that 31 bits can't hold
+    /// returns  -1 if the file can't seek or its size needs more than 31 bits
     virtual std::int32_t GetSize() = 0;
 
     /// Reads up to `count` bytes from where the last Read ended.
-    /// buffer_size  room in `buffer` in bytes; if it is less than `count`, or for a null buffer, nothing is read
+    /// buffer_size  room in `buffer` in bytes; nothing is read if it is less than `count` or if `buffer` is null
     /// returns      the bytes read, fewer than `count` at the end of the file or on a failure
     virtual std::uint32_t Read(void* buffer, std::uint32_t buffer_size, std::uint32_t count) = 0;
 
@@ -45,11 +45,11 @@ protected:
 
 } // namespace Tessarin
 
-/// The file service behind configuration and tab files, which a host may implement. It has no state of its own. The
-/// handle that Open returns is opaque to the library, which passes it back and ends it with Close, also after a
+/// The file service that configuration and tab files use; a host may implement it. It has no state of its own. The
+/// handle that Open returns is opaque to the library, which passes it back and ends it with Close, even after a
 /// failure. A load calls Open with mode 0, then GetSize, then Read once for the whole file, with `buffer_size` at least
 /// `count`; a save calls Open with mode 1 and then Write as often as it needs.
-/// REQUIRES of a host's own: no operation throws
+/// REQUIRES: no operation of a host's own service throws
 ///
 /// The library's own service takes a path as it is given. If opening for reading, or Exists, fails on a path that
 /// contains a `\`, and the host's separator is `/`, the path is tried once more with each `\` changed to `/` and each
@@ -100,10 +100,10 @@ TESSARIN_API Tessarin::IWrite* CreateWriteFile(const char* path);
 ///
 /// A document has keys, an optional `=` after each, and values: quoted or bare text, integers, reals (with a `.`),
 /// `[x,y,z]`, `(x,y,z,w)` and nested `{ ... }`. Comments run from `--` to the end of the line or from `--[[` to the
-/// next `--`. Missing components of a vector are 0. Of a number out of range, an integer keeps the low 32 bits of its
-/// value, which is limited to 64 bits, and a real becomes infinity or zero. Nested tables are unknown to ValidateTable.
-/// A text that is too long to be interned isn't stored: a new entry stays empty, an old one keeps its value. Depth is
-/// limited by memory alone.
+/// next `--`. Missing components of a vector are 0. An integer out of range keeps the low 32 bits of its value, which
+/// is limited to 64 bits; a real out of range becomes infinity or zero. Nested tables are unknown to ValidateTable. A
+/// text that is too long to be interned isn't stored: a new entry stays empty, an old one keeps its value. Only memory
+/// limits the depth.
 /// returns  a root table, owned by the caller and ended with CloseTable; null if the file can't be read, a key has no
 ///          value, a quote is open, a block is under a key that has a value already, or memory runs out for the text or
 ///          for a block. A value for which memory runs out is missing from the table.
@@ -119,13 +119,13 @@ TESSARIN_API Tessarin::ITable* OpenTableFile(const char* path);
 /// `null`, `false` and `true` become the integers 0, 0 and 1; integers up to 64 bits keep their low 32 bits; any other
 /// number is a real; arrays of 2, 3, 4 and 16 are vectors and matrices (an element that isn't a number reads as 0,
 /// `true` as 1), other arrays are dropped; objects become child tables. Comments are allowed. Strings have no escapes:
-/// a backslash is a byte like any other, and the first `"` ends the string. Members with an empty key are dropped. Of
-/// members that share a key, strings, `null`, `true` and `false` store their own value; a number stores that of the
-/// key's first member, if that one is a number or one of those three; arrays and objects count only if they are first.
-/// A member whose kind differs from the entry's is dropped.
+/// a backslash is a byte like any other, and the first `"` ends the string. Members with an empty key are dropped. If
+/// members share a key, then strings, `null`, `true` and `false` store their own value; a number stores the value of
+/// the key's first member, if that is a number or one of those three words; arrays and objects count only if they are
+/// first. A member whose kind differs from the entry's is dropped.
 ///
-/// A text that isn't valid, or whose root isn't an object, gives an empty table, with success. Depth is limited by
-/// memory alone.
+/// A text that isn't valid, or whose root isn't an object, gives an empty table, which isn't a failure. Only memory
+/// limits the depth.
 /// data     the text, copied; a NUL in it ends it
 /// size     bytes of `data`
 /// returns  a root table, owned by the caller and ended with CloseTable; null for a null `data`, a `size` of 0, or when

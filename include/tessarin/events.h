@@ -2,8 +2,8 @@
 /// Events of any size from producers on any thread to one consumer, through two lists that are exchanged. C++ only.
 ///
 /// An event is a sequence of bytes whose first word, a uint32_t, is its size in bytes, that word included: at least 8.
-/// Nothing else of it is read. Events come out in the order in which they were posted. Each is contiguous, and none is
-/// aligned: sizes that are multiples of 8 keep every event at a multiple of 8.
+/// The library reads only that word. The consumer gets events in the order in which they were posted. Each is
+/// contiguous but not aligned: sizes that are multiples of 8 keep every event at a multiple of 8.
 
 #ifndef TESSARIN_EVENTS_H
 #define TESSARIN_EVENTS_H
@@ -15,8 +15,8 @@
 namespace Tessarin {
 
 /// A first-in, first-out list of events in one ring buffer of bytes, which is allocated with the first event, grows
-/// when it must and never shrinks. Event pointers are borrowed: they are valid until the list grows or ends; those to a
-/// popped event, until the next Push or Reserve.
+/// when necessary and never shrinks. Event pointers are borrowed: they are valid until the list grows or ends; pointers
+/// to a popped event are valid until the next Push or Reserve.
 ///
 /// Threads: one at a time; nothing is locked.
 struct EventList {
@@ -31,10 +31,10 @@ struct EventList {
 
     /// Appends a copy of an event, of as many bytes as its first word says.
     /// The first buffer has 4096 bytes more than the first event. If no contiguous room is left the buffer is replaced.
-    /// With the sum of the old capacity and the event's size, the new one has twice that sum if it is below 65536
-    /// bytes, else one and a half times the sum.
-    /// returns  the stored copy, borrowed; null for a null event, a size below 8, when memory runs out
-    ///          or the sum passes 4 GiB, the list unchanged
+    /// The new one has twice the sum of the old capacity and the event's size if that sum is below 65536 bytes, else
+    /// one and a half times the sum.
+    /// returns  the stored copy, borrowed; null, the list unchanged, for a null event, a size below 8, when memory runs
+    ///          out or if the sum exceeds 4 GiB
     virtual void* Push(const void* event) = 0;
 
     /// Reserves room for one event at the end and counts it; the caller fills it. Growth and failure as in Push.
@@ -68,8 +68,8 @@ struct IExchangeEvent {
     /// REQUIRES: no other call is running
     virtual std::uint32_t Release() = 0;
 
-    /// Appends a copy of an event to the list that is being written, as EventList::Push does. Always 1, also for an
-    /// event that is rejected or for which memory runs out: that one is lost.
+    /// Appends a copy of an event to the list that is being written, as EventList::Push does. Always 1, even for an
+    /// event that is rejected or for which memory runs out: such an event is lost.
     /// Threads: any number at once. A lock, held for the copy and for a growth, serialises them; it spins and, after a
     /// while, sleeps.
     virtual std::uint32_t Post(const void* event) = 0;

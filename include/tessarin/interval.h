@@ -18,9 +18,9 @@ enum IntervalFlags : std::uint32_t {
     INTERVAL_UPPER_OPEN = 8  ///< closed with `)`: the upper bound itself is outside
 };
 
-/// A range, used by value. Each bound is stored as a float and as an integer: beside a bound that was written as a real
-/// is its truncation towards zero (limited to the range of 32 bits, 0 for a NaN), beside an integer the float nearest
-/// to it. With all fields zero it is the empty value, `[0,0]`.
+/// A range, used by value. Each bound is stored as a float and as an integer. If the bound was written as a real, the
+/// integer is its truncation towards zero (limited to the range of 32 bits, 0 for a NaN); if it was written as an
+/// integer, the float is the one nearest to it. With all fields zero it is the empty value, `[0,0]`.
 ///
 /// The text form is found anywhere in a text: the first `(` or `[`, after it the first `)` or `]`, and between them the
 /// first `,`. Brackets may be mixed; bytes around them are ignored. A bound begins with its first byte that isn't a
@@ -57,8 +57,9 @@ public:
     unsigned char Load(const char* text);
     unsigned char Load(const char* text, std::uint32_t length);
 
-    /// Whether a number is inside. An integer is compared exactly with a bound that was written as one; a float within
-    /// 1.1920929e-7, which rounding loses in values above 2: a closed bound then doesn't include its own value.
+    /// Whether a number is inside. An integer is compared exactly with a bound that was written as one; a float is
+    /// compared with a tolerance of 1.1920929e-7. Rounding loses the tolerance in values above 2: a closed bound then
+    /// doesn't include its own value.
     /// returns  0 also if `flags` holds bits that aren't IntervalFlags
     unsigned char Hit(std::int32_t value) const;
     unsigned char Hit(float value) const;

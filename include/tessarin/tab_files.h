@@ -26,24 +26,23 @@ enum TabFileFlags : std::uint32_t {
 ///
 /// Threads: one at a time for Open and Release; between them any number may read.
 struct ITabFile {
-    /// Ends the object with the texts of all its cells; a file service that came from the host stays the host's.
+    /// Ends the object with the texts of all its cells, but not a file service that came from the host.
     virtual void Release() = 0;
 
     /// Reads a file. The content of an earlier Open is dropped first, with the texts of its cells, even when this one
     /// fails.
     ///
     /// The first line of the file, skipped or not, sets the number of columns: one more than its tabs, or 0 if it is
-    /// empty, without the column that is skipped. A file without a line end has as many columns as tabs, and no rows.
-    /// Every other line is a row: fields beyond the columns are ignored, and missing ones have no cell. A line without
-    /// a tab has no column to skip: its one field stays, in column 0. A byte 0xFF counts as one more line, and ends the
-    /// first line for the count of its columns, but it splits nothing: the row that it adds has no cells and is at the
-    /// end.
+    /// empty; a skipped column isn't counted. A file without a line end has as many columns as tabs, and no rows. Every
+    /// other line is a row: fields beyond the columns are ignored, and missing ones have no cell. A line without a tab
+    /// has no column to skip: its one field stays, in column 0. A byte 0xFF counts as one more line, and ends the first
+    /// line for the count of its columns, but it splits nothing: the row that it adds has no cells and is at the end.
     ///
     /// path     passed to the file service in its path form, as cstr_path makes it
     /// flags    TabFileFlags; other bits are ignored
     /// returns  false, the grid empty, for a null or empty path, if the file can't be read whole, if nothing is left
     ///          besides the skipped line, the skipped column or the line of defaults, and when memory runs out for the
-    ///          text or for one pointer a cell; true for an empty file, whatever the flags
+    ///          text or for one pointer per cell; true for an empty file, whatever the flags
     virtual bool Open(const char* path, std::uint32_t flags) = 0;
 
     /// A reserved place in the order of operations. Always true.

@@ -276,14 +276,14 @@ struct ITable {
     /// returns  1; 0 for a null or empty path, a file that can't be written whole, a table that contains itself, a text
     ///          of 4 GiB or more, or when memory runs out
     virtual std::uint32_t SaveFile(const char* path) = 0;
-    /// The same into memory.
+    /// As SaveFile, but into memory.
     /// data     receives a block from malloc, without a NUL at the end, which the caller frees; null on failure
     /// size     receives its length in bytes
     /// returns  1; 0 for a null argument, a table that contains itself, a text of 4 GiB or more, or when memory
     ///          runs out
     virtual std::uint32_t SaveBuffer(void** data, std::uint32_t* size) = 0;
 
-    /// The first entry, borrowed, or null. A walk goes from here by Next until null.
+    /// The first entry, borrowed, or null. A walk begins here and calls Next until that returns null.
     virtual IIterator* First() = 0;
     /// The entry after the one that `cursor` holds, or null at the end. `cursor` itself isn't changed: the caller
     /// assigns the result. For a null `cursor`, or one that holds null, the result is null.
@@ -293,10 +293,10 @@ struct ITable {
     virtual IIterator* Find(const char* key) = 0;
 
     // Adding a listener returns an empty delegate, which the caller fills in at once, before any other call on the
-    // table; null for a key without an entry, or when memory runs out. Without a key the listener is the table's. That
-    // of an entry lives as long as the entry, a rename included. A request that comes while listeners are being
-    // notified is deferred until the notification ends: it returns a delegate for any key, and is then dropped if there
-    // is no such entry or no memory.
+    // table; null for a key without an entry, or when memory runs out. Without a key the listener is the table's. An
+    // entry's listener lives as long as the entry, also after a rename. A request during a notification of listeners is
+    // deferred until the notification ends: it returns a delegate for any key, and is then dropped if there is no such
+    // entry or no memory.
     virtual Delegate* AddRecordListener() = 0;
     virtual Delegate* AddRecordListener(const char* key) = 0;
     virtual Delegate* AddArgumentListener() = 0;

@@ -11,12 +11,12 @@
 #ifdef __cplusplus
 #include "tessarin/table_interface.h"
 
-/// A table as the flat functions name it.
+/// The flat functions' name for a table.
 using TessarinTable = Tessarin::ITable;
 
 extern "C" {
 #else
-/// A table as the flat functions name it, opaque to C.
+/// The flat functions' name for a table, opaque to C.
 typedef struct TessarinTable TessarinTable;
 #endif
 
@@ -37,8 +37,9 @@ TESSARIN_API uint32_t CloseTable(TessarinTable* table);
 TESSARIN_API uint32_t ValidateTable(TessarinTable* table);
 
 // The flat functions take a table first. For a null table they do nothing, intern nothing, and return 0, null or zeros
-// (Empty returns 1). Each stands for the operation of Tessarin::ITable of that name, in the form without a fallback;
-// those that change something notify the listeners. What they return is borrowed as there. Threads: those of the table.
+// (Empty returns 1). Each does what the operation of Tessarin::ITable of that name does, in the form without a
+// fallback; those that change something notify the listeners. Pointers that they return are borrowed as there. Threads:
+// those of the table.
 
 /// 1 if `table` is null, else 0, whether or not it has entries.
 TESSARIN_API uint32_t Empty(TessarinTable* table);

@@ -17,9 +17,9 @@
 #define TESSARIN_API __attribute__((visibility("default")))
 #endif
 
-/// An interned text. Equal text, byte for byte, is one and the same address, so keys compare as pointers.
-/// The text ends with a NUL and must not be written to. The 32-bit word right before it holds its length in bytes
-/// (it may be at any address: read it with memcpy). Valid until the library is unloaded; nobody frees it.
+/// An interned text. Texts that are equal byte for byte have the same address, so keys compare as pointers. The text
+/// ends with a NUL and must not be written to. The 32-bit word right before it holds its length in bytes (it may be at
+/// any address: read it with memcpy). Valid until the library is unloaded; nobody frees it.
 typedef const char* cstr;
 
 /// Two consecutive 32-bit floats.
@@ -49,7 +49,7 @@ typedef struct Float4x4 {
     float m[16];
 } Float4x4;
 
-/// A 32-bit value of the host's, opaque to the library.
+/// A 32-bit value that belongs to the host; opaque to the library.
 typedef uint32_t Handle;
 
 #endif

@@ -1,4 +1,4 @@
-// Command queues, and with them the ring: its five words after each operation, and random operations against a model.
+// Command queues and their ring: its five words after each operation, and random operations against a model.
 
 #include "containers/command_queue.h"
 #include "tests/support/records.h"

@@ -24,7 +24,7 @@ std::vector<char*> AllocateBlocks(omem* pool, int number) {
 }
 
 TEST(FixedSizePool, AllocatesEachChunkFromTheTop) {
-    omem* pool = omem_create(5, 4); // no stride is ever rounded
+    omem* pool = omem_create(5, 4); // strides aren't rounded
     std::vector<char*> blocks = AllocateBlocks(pool, 8);
     for (const std::size_t chunk : {0U, 4U}) {
         const char* lowest = blocks[chunk + 3];

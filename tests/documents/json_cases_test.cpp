@@ -1,5 +1,5 @@
-// Documents, a line each: what the JSON standard says of it, what table the form loads, and, where that isn't what the
-// standard says, why. A rejected text loads as an empty table, so an accepted one has an entry to tell them apart.
+// Documents, one per line: what the JSON standard says about it, which table the form loads, and the reason if the two
+// differ. A rejected text loads as an empty table, so each accepted one has an entry, which distinguishes them.
 
 #include "tests/support/table_text.h"
 
@@ -15,7 +15,7 @@ namespace {
 
 using namespace std::string_view_literals;
 
-/// What the standard says: that it is a document, that it is none, or that a parser may choose.
+/// What the standard says: the text is a document, it isn't one, or a parser may choose.
 enum Standard { kValid, kInvalid, kOpen };
 
 constexpr auto kRejected = "{}"sv;

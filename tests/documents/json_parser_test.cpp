@@ -1,5 +1,5 @@
-// What the JSON parser finds, where in the text as it was given, and what is wrong where. What is a document and what
-// isn't is with the cases of the form.
+// What the JSON parser finds, at which place of the text, and which errors it finds where. The test of the form's cases
+// shows which texts are documents.
 
 #include "documents/json_parser.h"
 
@@ -15,7 +15,7 @@ namespace {
 using Tessarin::JsonError;
 using Tessarin::ParseJson;
 
-/// Writes down ` WHAT@OFFSET` for each event, and stops the parser after so many.
+/// Writes ` WHAT@OFFSET` for each event, and stops the parser after a number of events.
 struct Recorder {
     explicit Recorder(const char* given, int most = INT_MAX) : text(given), left(most) {}
 

@@ -1,5 +1,5 @@
-// The JSON form: members that share a key, saves, what a round trip keeps, and its limits. What each text loads as is
-// with the cases.
+// The JSON form: members that share a key, saves, what a round trip keeps, and its limits. json_cases_test.cpp has what
+// each text loads as.
 
 #include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
@@ -178,8 +178,8 @@ TEST(Json, DepthCostsNoStack) {
     });
 }
 
-/// A hundred thousand members with distinct keys, then as many again of the same: by the square this would take
-/// minutes.
+/// A hundred thousand members with distinct keys, then as many again with the same keys: in quadratic time this would
+/// take minutes.
 TEST(Json, LargeObjectsWithDuplicates) {
     constexpr int kMembers = 100000;
     std::string text = "{";

@@ -1,4 +1,4 @@
-// What the parser of the readable form finds, where in the text as it was given, and what is wrong where.
+// What the parser of the readable form finds, at which place of the text, and which errors it finds where.
 
 #include "documents/readable_parser.h"
 
@@ -14,7 +14,8 @@ using namespace std::string_view_literals;
 using Tessarin::ReadableError;
 using Tessarin::ReadableEvent;
 
-/// ` KIND KEY@OFFSET VALUE@OFFSET` for each event, then what is wrong. Bytes are as the text has them, comments too.
+/// ` KIND KEY@OFFSET VALUE@OFFSET` for each event, then the error. Bytes are those of the original text, comments
+/// included.
 std::string Events(std::string_view given) {
     const char* const kinds[] = {"block",   "vector3", "vector4",  "quoted", "text",
                                  "integer", "real",    "blockend", "textend"};

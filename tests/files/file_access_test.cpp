@@ -1,4 +1,4 @@
-// Files as the library opens, measures, reads and writes them, and what a host's own file service is asked for.
+// Files as the library opens, measures, reads and writes them, and the calls that a host's own file service gets.
 
 #include "tessarin/configure.h"
 #include "tessarin/tab_files.h"

@@ -1,4 +1,4 @@
-// The block pools: which block comes next, when the heap is reached, what allocation failures leave, the size classes;
+// The block pools: which block is next, when the heap is called, the state after allocation failures, the size classes;
 // and the lifetime of all pools together.
 
 #include "memory/block_pool.h"

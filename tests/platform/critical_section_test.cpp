@@ -1,4 +1,4 @@
-// The lock that sleeps: exclusion under contention, and waiting that costs no processor time.
+// The lock that sleeps: it excludes under contention, and waiting costs no processor time.
 
 #include "platform/critical_section.h"
 
@@ -42,8 +42,8 @@ double ThreadSeconds() {
     return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-// Several wait while the holder sleeps for far longer than they spin. Each must be woken in its turn, or the test never
-// ends; and the time they wait must not be the processor's.
+// Several threads wait while the holder sleeps for far longer than they spin. Each must get the lock in the end, or the
+// test never finishes; and waiting must not take processor time.
 TEST(CriticalSection, PutsThoseToSleepWhoWaitForLong) {
     constexpr int kThreads = 3, kRounds = 3;
     for (int round = 0; round < kRounds; ++round) {

@@ -26,8 +26,8 @@ namespace {
 std::int32_t Integer(std::string_view text) { return Tessarin::TextToInteger(text.data(), text.data() + text.size()); }
 double Real(std::string_view text) { return Tessarin::TextToReal(text.data(), text.data() + text.size()); }
 
-/// There are C libraries that make -0 of a sign alone, round the smallest numbers wrongly and print no sign of a nan.
-/// They are no measure of reals; that ours are the same everywhere is seen from their sum.
+/// Some C libraries read a sign alone as -0, round the smallest numbers wrongly and don't print the sign of a nan.
+/// Reals can't be compared with theirs; instead a sum over all results shows that ours are the same everywhere.
 bool CLibraryIsExact() { return !std::signbit(std::strtod("- 5", nullptr)); }
 
 void ExpectAsTheCLibrary(const std::string& text) {
@@ -117,8 +117,8 @@ TEST(TextToReal, CountsDigitsAndZerosOfAnyNumber) {
     EXPECT_EQ(Real("7e-" + zeros + "1"), 0.7);
     EXPECT_EQ(Real("0." + zeros + "7"), 0.0);
 
-    // The longest exact expansions: half of the smallest double, and one and a half of it. A digit far behind them, be
-    // it the last of many, is what takes them over the edge.
+    // The longest exact expansions: half of the smallest double, and one and a half of it. One more digit takes them
+    // over the edge, even if it is the last of many.
     for (const long double units : {0.5L, 1.5L}) {
         const std::string half_way =
             Formatted("%.1080Lf", units * static_cast<long double>(std::numeric_limits<double>::denorm_min()));

@@ -10,7 +10,8 @@
 
 namespace {
 
-// The counters are plain: without exclusion additions get lost, or they are seen apart, and a sanitizer sees a race.
+// The counters are plain: without exclusion, additions get lost or the counters are seen with different values, and a
+// sanitizer finds a race.
 TEST(SpinLock, LetsOneThreadInAtATime) {
     constexpr int kThreads = 4, kRounds = 200000;
     Tessarin::SpinLock lock;

@@ -23,7 +23,7 @@ using TestSupport::HoldsRecord;
 using TestSupport::MakeRecord;
 using TestSupport::Record;
 
-/// Takes out what is in the list, and compares.
+/// Removes all events from the list and compares them.
 void ExpectEvents(EventList* list, const std::vector<Record>& expected) {
     EXPECT_EQ(list->GetCount(), expected.size());
     for (const Record& record : expected) {

@@ -1,4 +1,4 @@
-// Tab files: texts and flags against the grids they make, numbers, and failures. Random texts are the fuzzer's matter.
+// Tab files: the grids of texts and flags, numbers, and failures. The fuzzer tests random texts.
 
 #include "tessarin/tab_files.h"
 
@@ -32,7 +32,7 @@ using TabFilePointer = std::unique_ptr<ITabFile, Released>;
 
 using Cell = std::optional<std::string>;
 
-/// "rows x columns: cells", the cells with a `|` between them and a `/` behind each row; a null is a `~`.
+/// "rows x columns: cells", with a `|` between cells and a `/` after each row; `~` is a null.
 std::string GridText(std::size_t rows, std::size_t columns, const std::vector<Cell>& cells) {
     std::string text = std::to_string(rows) + "x" + std::to_string(columns) + ":";
     for (std::size_t i = 0; i < cells.size(); ++i) {
@@ -86,7 +86,8 @@ TEST_F(TabFile, CutsTheTextAtTabsAndLineEnds) {
         {"a\tb\n1\t2\n", 0, "2x2: a|b/ 1|2/"},
         {"a\tb\r\n1\t2\r\n", 0, "2x2: a|b/ 1|2/"},
         {"a\r\tb\r\r\n\r\n\t\r\n", 0, "3x2: a\r|b\r/ |~/ |/"},
-        // What no line feed ends is not in the grid, though a 0xFF may make room for it; there tabs still close fields.
+        // A line without a line feed isn't in the grid, except that a 0xFF may make room for it; tabs still close its
+        // fields.
         {"a\tb\n1\t2", 0, "1x2: a|b/"},
         {"a\tb", 0, "0x1:"},
         {"ab", 0, "0x0:"},
@@ -114,7 +115,7 @@ TEST_F(TabFile, CutsTheTextAtTabsAndLineEnds) {
         {"\ty\n\t\n", kDefaults, "1x2: |y/"},
         {"x\ty\n", kDefaults, kRefused},
         {"h\ti\nx\ty\n", kDefaults | kLine, kRefused},
-        // The skipped field is overwritten by the one behind it.
+        // The next field overwrites the skipped one.
         {"k\t1\t2\n", kColumn, "1x2: 1|2/"},
         {"k\t1\nk\n\t\nk\t2\t3\n", kColumn, "4x1: 1/ k/ / 2/"},
         {"k\tx\n\n\t\nk\t\n", kDefaults | kColumn, "3x1: x/ x/ x/"},
@@ -208,12 +209,12 @@ TEST_F(TabFile, AFailedOpenLeavesNothing) {
     }
 }
 
-/// 2^32 cells and some more, of which the text has but one row: the lines behind it are bytes 0xFF.
+/// 2^32 cells and some more, but the text has only one row: the other lines are bytes 0xFF.
 TEST_F(TabFile, CountsCellsBeyond32Bits) {
     files["f"] = std::string(65535, '\t') + "\n" + std::string(65536, '\xFF');
     if (!file->Open("f", 0)) {
         EXPECT_EQ(GridText(*file), "0x0:");
-        return; // this machine hasn't the memory
+        return; // this machine doesn't have the memory
     }
     EXPECT_EQ(file->GetRowCount(), 65537U);
     EXPECT_STREQ(file->GetCell(0, 65535), "");

@@ -68,7 +68,7 @@ TEST(TabSplitter, AgreesWithALoopOverTheBytes) {
     const std::string bytes = "\t\n\r\0\xFF\x89\x8A\x08\x0B"s; // beside the delimiters, bytes that differ in one bit
     for (int i = 0; i < 20000; ++i) {
         std::string text(random() % 3 * 64 + random() % 6, 'c');
-        const std::size_t sparse = random() % 40 + 1; // one byte in so many is drawn
+        const std::size_t sparse = random() % 40 + 1; // one byte in this many is drawn
         for (char& byte : text) byte = random() % sparse == 0 ? bytes[random() % bytes.size()] : byte;
         ASSERT_EQ(PlacesOf(text), PlacesByteByByte(text)) << testing::PrintToString(text);
     }

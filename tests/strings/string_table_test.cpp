@@ -1,5 +1,5 @@
-// Interned strings: the normal forms, one address for equal texts, limits of length, and allocation failures. The hash
-// and the comparison by words are tested against plain loops over bytes.
+// Interned strings: the normal forms, one address for equal texts, limits of length, and allocation failures. Plain
+// loops over bytes are the reference for the hash and the comparison by words.
 
 #include "strings/string_hash.h"
 #include "strings/string_table.h"

@@ -19,7 +19,7 @@ struct State {
 
 thread_local State state;
 
-/// Counts an allocation. Returns whether it is the one that must fail.
+/// Counts an allocation, and returns whether it must fail.
 bool Refuse() {
     if (!state.armed) return false;
     if (state.allocations++ != state.fail_at) return false;

@@ -36,7 +36,7 @@ public:
 template <class Attempt>
 std::size_t FailEachAllocation(Attempt attempt) {
     for (std::size_t n = 0;; ++n) {
-        // NOLINTNEXTLINE(misc-const-correctness): what runs may be given it to change
+        // NOLINTNEXTLINE(misc-const-correctness): `attempt` may take a reference that isn't const
         FailingHeap heap(n);
         attempt(heap);
         if (!heap.Failed()) return n;

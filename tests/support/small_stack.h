@@ -1,4 +1,4 @@
-// Runs work on a thread with little stack, where a recursion over the depth of the data would crash the program.
+// Runs work on a thread with a small stack, where recursion as deep as the data would crash the program.
 
 #ifndef TESSARIN_TESTS_SUPPORT_SMALL_STACK_H
 #define TESSARIN_TESTS_SUPPORT_SMALL_STACK_H
