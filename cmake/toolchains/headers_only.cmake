@@ -1,5 +1,5 @@
-# Headers that are the same on every target, from the host's packages: a folder of links to them alone, since the host's
-# own include folder would add the host's C library.
+# Headers that are the same on every target, from the host's packages: a folder with links to only these, because the
+# host's own include folder would add the host's C library.
 
 foreach(package IN ITEMS rapidjson)
     set(link ${CMAKE_BINARY_DIR}/headers/${package})

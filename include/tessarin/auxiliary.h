@@ -1,5 +1,6 @@
 /// \file
-/// Services beside the tables: tab-separated files, and events between threads. Includes the headers of both. C++ only.
+/// Services that don't belong to the tables: tab-separated files, and events between threads. Includes the headers of
+/// both. C++ only.
 
 #ifndef TESSARIN_AUXILIARY_H
 #define TESSARIN_AUXILIARY_H

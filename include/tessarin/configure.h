@@ -35,7 +35,7 @@ enum FileAccess : std::uint32_t {
 
 /// The stored form of a file.
 enum FileFormat : std::uint32_t {
-    FORMAT_AUTO = 1,   ///< binary if there are at least 28 bytes that begin with "NIBx", else text; for Load alone
+    FORMAT_AUTO = 1,   ///< binary if there are at least 28 bytes that begin with "NIBx", else text; only for Load
     FORMAT_BINARY = 2, ///< the compiled form
     FORMAT_TEXT = 3    ///< the readable form
 };
@@ -82,7 +82,7 @@ struct IFile {
     /// fails for a line of 1024 bytes or more, its line end counted, and for nesting whose indent, to which the keys of
     /// the enclosing blocks add their lengths, passes 1024 columns. The result of the file service's Write is ignored.
     ///
-    /// FORMAT_BINARY depends on the content alone, not on how it was loaded. Of several scalars under one key it keeps
+    /// FORMAT_BINARY depends only on the content, not on how it was loaded. Of several scalars under one key it keeps
     /// the last one in the file. The save fails for a table in which an array or a table shares its key with another
     /// entry, for a form of 2 GiB or more, and for a short Write. A null text becomes an empty one.
     ///

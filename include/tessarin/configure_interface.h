@@ -92,7 +92,7 @@ protected:
 ///
 /// A table `_default` is the default of its siblings: when a table's entry `_default` is a table, all tables among its
 /// entries get it as their default, `_default` itself too. A table without that entry hands on what it finds under
-/// `_default` in its own default. Tables in an array get none, and the root has none.
+/// `_default` in its own default. Tables in an array and the root have no default.
 ///
 /// A getter looks the key up in its table and, if it is absent there, in the default, but not in the default's own. The
 /// Unit found is then tested with the Unit's test of that name. If the test fails, if nothing was found or if the
@@ -151,8 +151,8 @@ struct ITable {
     virtual ITable* GetTableFormat(const char* format, ...) = 0;
 
     // Changes, for an edited file only; otherwise they do nothing and return null, as they do when memory runs out.
-    /// Ends a Unit. What it held stays alive as long as the content, out of reach: a removed `_default` remains the
-    /// default of the tables that have it.
+    /// Ends a Unit. What it held lives as long as the content, but can't be reached through the table any more: a
+    /// removed `_default` remains the default of the tables that have it.
     /// returns  the Unit that has taken its place; null if it was the last, or if it isn't one of this table's
     virtual IIterator* Remove(IIterator* unit) = 0;
     // Adding appends a Unit and returns it, borrowed. The key is stored in lower case, but never in path form. Null if

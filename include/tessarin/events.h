@@ -62,7 +62,7 @@ protected:
 ///     Tessarin::EventList* events = exchange->Exchange();
 ///     for (; void* event = events->Front(); events->Pop()) Handle(event);
 ///
-/// The consumer should empty the list before it calls Exchange again: events that it leaves come back later.
+/// The consumer should empty the list before it calls Exchange again: events that it leaves are returned again later.
 struct IExchangeEvent {
     /// Ends the object with both lists. Always 1.
     /// REQUIRES: no other call is running

@@ -1,5 +1,5 @@
 /// \file
-/// Interned strings: the process-wide table behind every key and string of the library. Usable from C99 and C++17.
+/// Interned strings: the process-wide table of every key and string of the library. Usable from C99 and C++17.
 ///
 /// Nothing is ever removed from it; its memory is freed when the library is unloaded. A text is limited to 1,048,567
 /// bytes (an arena of 1 MiB less the overhead of one text): for a longer one the result is null and nothing is added.

@@ -76,7 +76,7 @@ public:
 
     /// One of a hundred values: the lower bound and 99 even steps above it. The upper bound is never reached; open
     /// flags are ignored. All draws of a process come from one seed, which starts from the clock.
-    /// Threads: any; each draw gets a number of its own from the seed.
+    /// Threads: any; each draw takes its own number from the seed.
     float Random() const;
 
     /// Whether a text has an interval in it, as Load finds it; 0 for null.

@@ -18,7 +18,7 @@ enum ValueKind : std::uint32_t {
     VALUE_STRING = 1,          ///< a cstr, which may be null; paths too
     VALUE_TABLE = 2,           ///< a child table, owned: it ends with the entry
     VALUE_EXTERNAL_TABLE = 3,  ///< a borrowed table, never ended by the library
-    VALUE_REFERENCE_TABLE = 4, ///< likewise; the difference matters to the host alone
+    VALUE_REFERENCE_TABLE = 4, ///< likewise; the difference matters only to the host
     VALUE_INTEGER = 5,         ///< signed, 32 bits
     VALUE_REAL = 6,            ///< 32-bit float
     VALUE_PTR = 7,             ///< a pointer of the host's, never dereferenced
@@ -73,7 +73,7 @@ namespace Tessarin {
 /// An entry of a table, borrowed: it is valid until the entry is removed, the table cleared or ended. It keeps its
 /// address when the table grows, sorts or renames it.
 ///
-/// The setters here change the value alone: no listener is notified, nothing is compared, and the kind becomes that of
+/// The setters here change only the value: no listener is notified, nothing is compared, and the kind becomes that of
 /// the setter. What the entry owned before (a child table, a matrix) is released first. They return 1; 0 for a null
 /// `value` pointer.
 ///
@@ -105,7 +105,8 @@ struct IIterator {
     /// The value's first 32 bits as they are, whatever the kind.
     virtual Handle GetHandle() = 0;
 
-    // The entry takes this value, whatever it held. A vector, matrix or handle is copied; a pointer or table isn't.
+    // The entry takes this value, whatever its old one was. A vector, matrix or handle is copied; a pointer or table
+    // isn't.
     virtual std::uint32_t SetHandle(const Handle* value) = 0;
     /// Over a matrix the same block takes the new floats. 0 on an entry that has another kind, or when memory runs out;
     /// the entry is then unchanged.
@@ -136,28 +137,28 @@ public:
     virtual std::uint32_t Set(ITable* table) = 0;
 };
 
-/// A typed, hierarchical store: named values of twelve kinds, nested tables among them, and beside them an optional
-/// array part: equal items whose layout the host defines.
+/// A typed, hierarchical store: named values of twelve kinds, nested tables among them, and in addition an optional
+/// array part: items of one size whose layout the host defines.
 ///
 /// Keys and texts are ordinary NUL-terminated texts. Every operation interns them, getters too, so a key that was asked
 /// for once stays in the table of interned strings. Keys keep their case. When memory runs out, the result is 0 or
 /// null.
 ///
 /// Order: up to 8 entries stay in the order in which they were added. More are sorted by the address of their key, and
-/// stay sorted when later removals bring the number down to 8 again, until the next addition goes to the end. A rename
-/// in a table of up to 8 moves the entry to the end.
+/// stay sorted when later removals bring the number down to 8 again, until the next addition is put at the end. A
+/// rename in a table of up to 8 moves the entry to the end.
 ///
 /// Setters: a `notify` other than 0 notifies the listeners. They return 1, also when the value equals the stored one
 /// (nothing is then stored and nobody notified). They return 0 if the entry has another kind, for a null key, for a
 /// null pointer to a vector, matrix or handle, for a text that can't be interned, when memory runs out, or if a
 /// listener has removed the entry before the value was stored. A setter that fails for lack of memory, or on a text,
-/// may leave a new entry behind, with VALUE_EMPTY, which every setter accepts.
+/// may leave a new entry with VALUE_EMPTY, which every setter accepts.
 ///
 /// Listeners run inside the operation, on its thread, and must not throw. Each change notifies twice, before and after
 /// it: first the table's listeners, then the entry's; of each, record listeners before argument listeners. An entry's
 /// own listeners get EVENT_REMOVING and EVENT_RENAMING, but not EVENT_REMOVED, EVENT_RENAMED, EVENT_CLEARING and
-/// EVENT_CLEARED, which go to the table's listeners alone. Array listeners get the events of the array part and nothing
-/// else. A listener can't prevent a change.
+/// EVENT_CLEARED, which only the table's listeners get. Array listeners get only the events of the array part. A
+/// listener can't prevent a change.
 ///
 /// A listener may change the table, this entry and others included. That raises notifications nested in its own; when
 /// a nested one ends, requests to add or remove listeners are no longer deferred. If a listener removes or clears the

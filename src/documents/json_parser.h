@@ -109,8 +109,8 @@ public:
     /// The place of a root that isn't an object; null if there is no such root.
     [[nodiscard]] const char* WrongRoot() const { return wrong_root_; }
 
-    // RapidJSON's events. When one is called, the stream is at the first byte of the thing that was found; but for
-    // `null`, `true` and `false` it is after the word.
+    // RapidJSON's events. When one is called, the stream is at the first byte of the thing that was found; for `null`,
+    // `true` and `false` it is after the word.
     bool Null() { return InRoot(4) && handler_.Null(Place(4)); }
     bool Bool(bool value) { return InRoot(value ? 4 : 5) && handler_.Bool(value, Place(value ? 4 : 5)); }
     bool Int(std::int32_t value) { return Integer(value, value); }

@@ -56,7 +56,7 @@ private:
     };
 
     /// Begins a table; false if the walk is found to be in a cycle. It is enough to compare with one table, the one
-    /// whose depth is the highest power of two so far: a walk in a cycle comes to that table again, sooner or later.
+    /// whose depth is the highest power of two so far: a walk in a cycle reaches that table again, sooner or later.
     [[nodiscard]] bool Enter(ITable& table) {
         // Shared tables are written each time, so a text can get very long: the save fails as soon as it is too long.
         if (text_.GetSize() > UINT32_MAX || !outer_.Push(current_)) return false;

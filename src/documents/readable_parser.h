@@ -28,11 +28,11 @@ namespace Tessarin {
 enum class ReadableKind : std::uint8_t {
     kBlock,    // the value is its `{`
     kVector3,  // `[x,y,z]`, or up to the text's end
-    kVector4,  // `(x,y,z,w)`, likewise
+    kVector4,  // `(x,y,z,w)`, or up to the text's end
     kQuoted,   // with its quotes
     kText,     // bare, but not a number
     kInteger,  // digits, with or without a `-` in front
-    kReal,     // likewise, and with one `.`
+    kReal,     // an integer's bytes with one `.` among them
     kBlockEnd, // the value is the `}`; the key is a text before it that has no value and is ignored
     kTextEnd,  // ends a block that no `}` closes, which isn't a fault; key and value are empty
 };

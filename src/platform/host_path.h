@@ -10,9 +10,9 @@ namespace Tessarin {
 /// Each `\` is changed to `/`. Each name is changed to the one in its folder that matches exactly, or else to the first
 /// in byte order that matches without regard to the case of ASCII letters. `.`, `..`, empty names and a leading `/`
 /// stay.
-/// returns  a text as long as `path`, the caller's, freed with free; null if `path` holds no `\`, if a name has no
-///          match, if memory runs out, or where `\` is the host's own separator
-/// Threads: any; what others rename meanwhile may be missed.
+/// returns  a text as long as `path`, which the caller frees with free; null if `path` has no `\`, if a name has no
+///          match, if memory runs out, or if `\` is the host's own separator
+/// Threads: any. A file that others rename meanwhile may not be found.
 char* HostPath(const char* path);
 
 } // namespace Tessarin

@@ -84,7 +84,7 @@ TEST(CommandQueue, RingWordsAfterEachOperation) {
     }
 }
 
-/// Small sizes against a small ring, so that it wraps and fills often; every byte of what comes out is compared.
+/// Small sizes and a small ring, so that it wraps and fills often; every byte that is read back is compared.
 TEST(CommandQueue, AgreesWithADeque) {
     std::mt19937 engine(5);
     const auto random = [&](std::uint32_t limit) { return static_cast<std::uint32_t>(engine() % limit); };

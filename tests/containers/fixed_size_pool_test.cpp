@@ -60,7 +60,7 @@ TEST(FixedSizePool, ClearingFreesEveryBlockOfEveryChunk) {
     EXPECT_EQ(pool->free_list->count, 12U);
     EXPECT_EQ(omem_alloc(pool), blocks[8]);
     std::vector<char*> others = AllocateBlocks(pool, 11);
-    EXPECT_EQ(others[10], blocks[3]); // the first chunk's lowest comes last
+    EXPECT_EQ(others[10], blocks[3]); // the first chunk's lowest block is allocated last
     EXPECT_EQ(std::set<char*>(others.begin(), others.end()).size(), 11U);
     EXPECT_EQ(omem_destroy(pool), 12);
 }

@@ -75,7 +75,7 @@ TEST(FlatArray, GrowsByItsRule) {
         {16, 2, 0, 3, 64}, // a threshold of 0 is one element
         {1, 0x7FFFFF, kDefault, 0x800000, 0xC00000},
         {1, 0x800000, kDefault, 0x800001, 0x1000001},
-        {1, 0x1000000, 0x2000000, 0x1000001, 25165824}, // the need has no 32-bit float of its own
+        {1, 0x1000000, 0x2000000, 0x1000001, 25165824}, // no 32-bit float equals the need
     };
     for (const Case& c : cases) {
         SCOPED_TRACE(c.capacity);

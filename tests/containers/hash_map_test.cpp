@@ -166,7 +166,7 @@ TEST(HashMap, ValuesOfAnySizeAreSeparateAndAligned) {
             ASSERT_NE(place, nullptr);
             EXPECT_EQ(std::memcmp(place, value.data(), size), 0);
             EXPECT_EQ(reinterpret_cast<std::uintptr_t>(place) % alignof(void*), 0U);
-            EXPECT_EQ(place, i32hm_find(map, KeyOf(key)) + 1); // directly behind the fields
+            EXPECT_EQ(place, i32hm_find(map, KeyOf(key)) + 1); // directly after the fields
         }
         i32hm_destroy(map);
     }

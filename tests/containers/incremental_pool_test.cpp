@@ -29,7 +29,7 @@ TEST(IncrementalPool, AllocatesBackToBack) {
     char* second = Allocate(pool, 60);
     EXPECT_EQ(pool->current->next, chunk);
     char* third = Allocate(pool, 1);
-    EXPECT_EQ(third, second + 60); // not behind the first, where it would fit too
+    EXPECT_EQ(third, second + 60); // not after the first, where it would fit too
     EXPECT_EQ(Allocate(pool, 39), third + 1);
     EXPECT_EQ(pool->current->next, chunk);
     char* full = Allocate(pool, 100);

@@ -235,7 +235,7 @@ struct RecordingFiles : TestSupport::MemoryFiles {
     std::string calls;
 };
 
-/// A host may check what it is asked for, or support these calls alone.
+/// A host may check the arguments of its calls, or support only these calls.
 TEST(HostsFileService, SeesTheseCallsOfALoad) {
     const struct {
         std::optional<std::int32_t> claimed_size;

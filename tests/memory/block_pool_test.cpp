@@ -173,7 +173,7 @@ TEST(Library, StartsWithoutMemoryAndWorksLater) {
             EXPECT_TRUE(library->pools.tables.Alloc() != nullptr || library->pools.tables.Alloc() != nullptr);
             EXPECT_TRUE(library->pools.pairs.Alloc() != nullptr || library->pools.pairs.Alloc() != nullptr);
         }
-        library->strings.Intern("text"); // null for good if its buckets are what is missing
+        library->strings.Intern("text"); // always null if its buckets are missing
         library->registry.Set(room, 1);
         EXPECT_LE(library->registry.Get(room), 1U);
         library->~Library();

@@ -26,7 +26,7 @@ TEST(CriticalSection, LetsOneThreadInAtATime) {
             for (int round = 0; round < kRounds; ++round) {
                 const std::lock_guard guard(section);
                 const long before = counter;
-                // Held across a change of threads now and then, so that the others get past their spinning.
+                // Sometimes held across a change of threads, so that the others stop spinning and sleep.
                 if (round % 1000 == 0) std::this_thread::yield();
                 counter = before + 1;
             }

@@ -60,7 +60,7 @@ TEST_F(HostPath, MatchesEachNameInItsFolder) {
         {".\\data\\..\\data\\.\\items", "./Data/../Data/./Items"},
         {"data\\\\items\\", "Data//Items/"},
         {"data2\\", "data2/"},
-        // An exact match comes first, then byte order, in which capitals come before small letters.
+        // An exact match wins, then byte order, in which capitals precede small letters.
         {"data\\a.tab", "Data/a.tab"},
         {"data\\A.TAB", "Data/A.tab"},
         {"data\\B.Tab", "Data/B.tab"},

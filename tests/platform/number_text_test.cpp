@@ -27,7 +27,7 @@ std::int32_t Integer(std::string_view text) { return Tessarin::TextToInteger(tex
 double Real(std::string_view text) { return Tessarin::TextToReal(text.data(), text.data() + text.size()); }
 
 /// Some C libraries read a sign alone as -0, round the smallest numbers wrongly and don't print the sign of a nan.
-/// Reals can't be compared with theirs; instead a sum over all results shows that ours are the same everywhere.
+/// Reals can't be compared with theirs; instead a checksum of results shows that ours are the same everywhere.
 bool CLibraryIsExact() { return !std::signbit(std::strtod("- 5", nullptr)); }
 
 void ExpectAsTheCLibrary(const std::string& text) {

@@ -154,7 +154,7 @@ TEST(ExchangeEvent, ThreadsLoseNoEvent) {
     std::array<std::uint32_t, kProducers> next{};
     std::uint32_t wrong = 0;
     for (bool last = false; !last;) {
-        last = posting == 0; // what was posted by now comes with this exchange
+        last = posting == 0; // this exchange returns everything that was posted until now
         EventList* list = exchange->Exchange();
         for (; const auto* words = static_cast<const std::uint32_t*>(list->Front()); list->Pop()) {
             const std::uint32_t n = words[2];

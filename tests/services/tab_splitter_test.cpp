@@ -65,7 +65,8 @@ std::string PlacesByteByByte(const std::string& text) {
 /// Lengths around multiples of the block that the splitter searches at a time.
 TEST(TabSplitter, AgreesWithALoopOverTheBytes) {
     std::mt19937 random(20);
-    const std::string bytes = "\t\n\r\0\xFF\x89\x8A\x08\x0B"s; // beside the delimiters, bytes that differ in one bit
+    // The delimiters, and bytes that differ from them in one bit.
+    const std::string bytes = "\t\n\r\0\xFF\x89\x8A\x08\x0B"s;
     for (int i = 0; i < 20000; ++i) {
         std::string text(random() % 3 * 64 + random() % 6, 'c');
         const std::size_t sparse = random() % 40 + 1; // one byte in this many is drawn

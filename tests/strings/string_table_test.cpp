@@ -117,7 +117,7 @@ TEST(StringHash, AgreesWithALoopOverBytesAtEveryLength) {
     for (std::size_t length = 0; length < 40; ++length) {
         for (int n = 0; n < 40; ++n) {
             std::string plain(length, ' ');
-            // ASCII letters alone at first: a word with a byte of 0x80 or above takes another branch.
+            // First only ASCII letters: a word with a byte of 0x80 or above takes another branch.
             for (char& byte : plain) byte = alphabet[random() % (n < 20 ? 10 : alphabet.size())];
             const std::vector<char> text(plain.begin(), plain.end()); // without a NUL: nothing beyond it may be read
             ExpectForm<TextForm::kAsIs>(plain, text.data());

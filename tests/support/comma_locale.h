@@ -10,7 +10,7 @@
 namespace TestSupport {
 
 /// Sets the locale while the object lives. Throws if there is no such locale: the build makes one, or the system has
-/// it.
+/// one.
 class CommaLocale {
 public:
     CommaLocale() : before_(std::setlocale(LC_ALL, nullptr)) {
