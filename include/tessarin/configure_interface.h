@@ -87,11 +87,12 @@ protected:
 ///              other letter, a null text, and a key of 1024 bytes or more, all its `:` counted, find nothing; an empty
 ///              format looks up the empty key. REQUIRES: the arguments are those that the letters name
 ///
-/// In a file of text form, a key that isn't found is interned and stays: looking up ever new keys fills memory. In one
-/// of binary form only `path` and `p` intern. Of several Units with one key, a lookup finds the first in the file.
+/// In a file of text form, a key that isn't found is interned and stays: looking up many different keys fills memory.
+/// In one of binary form only `path` and `p` intern. Of several Units with one key, a lookup finds the first in the
+/// file.
 ///
 /// A table `_default` is the default of its siblings: when a table's entry `_default` is a table, all tables among its
-/// entries get it as their default, `_default` itself too. A table without that entry hands on what it finds under
+/// entries get it as their default, `_default` itself too. A table without that entry passes on what it finds under
 /// `_default` in its own default. Tables in an array and the root have no default.
 ///
 /// A getter looks the key up in its table and, if it is absent there, in the default, but not in the default's own. The

@@ -54,7 +54,7 @@ std::uint32_t CountColumns(const char* text, std::uint32_t size) {
 
 /// `count` null cells; null if they can't be allocated.
 const char** NewCells(std::uint64_t count) {
-    // Only where std::size_t has 32 bits: the text has fewer than 2^31 bytes, and each row and each column but one
+    // Only where std::size_t has 32 bits: the text has fewer than 2^31 bytes, and each row and each column except one
     // takes one of them, so there are at most about 2^60 cells.
     if (count > std::numeric_limits<std::size_t>::max() / sizeof(const char*)) return nullptr;
     return static_cast<const char**>(std::calloc(static_cast<std::size_t>(count), sizeof(const char*)));
