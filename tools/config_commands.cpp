@@ -1,4 +1,4 @@
-// The commands `tessarin config`.
+// The commands `tessarin config`. A new one also goes into completion.bash and tessarin.1.
 
 #include "tools/command_line.h"
 #include "tools/compile_file.h"

@@ -1,4 +1,4 @@
-// The commands `tessarin table`.
+// The commands `tessarin table`. A new one also goes into completion.bash and tessarin.1.
 
 #include "tools/atomic_output_file.h"
 #include "tools/command_line.h"

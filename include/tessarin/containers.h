@@ -228,7 +228,8 @@ TESSARIN_API void i32hm_erase_key(hm* map, uintptr_t key);
 TESSARIN_API void i32hm_erase_ptr(hm* map, hm_node* node);
 
 /// The first node of a walk, or null. The order of the walk is by ascending bucket, and in a bucket from the newest
-/// entry to the oldest (doubling the buckets reverses that).
+/// entry to the oldest (doubling the buckets reverses that). Adding an entry during a walk may double the buckets:
+/// nodes keep their addresses, and the walk ends, but it may skip entries or visit them twice.
 TESSARIN_API hm_node* i32hm_begin(hm* map);
 
 /// The node after `node`, or null at the end.

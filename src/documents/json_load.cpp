@@ -1,7 +1,7 @@
 // Loads a JSON text into a table: everything that the parser finds is stored at once, without a document in between.
 // Open objects are on a stack that is allocated on the heap; when an object ends, FinishBulkLoad puts its table in
 // order. If the text is wrong, the table is emptied again; only the keys and strings that were interned until then
-// stay.
+// stay. The marker that a save writes first (json_save.cpp) isn't checked: it is loaded as a string like any other.
 //
 // Members that share a key: strings and the words (`null`, `false` and `true`) store their own value. A number stores
 // the value of its key's first member. Arrays and objects count only if they are the first member of their key. To

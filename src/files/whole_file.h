@@ -38,10 +38,9 @@ public:
     ///          says, if memory runs out, or for a null or empty path
     [[nodiscard]] bool Read(const char* path, std::uint32_t spare);
 
-    /// Reads a file through a file service, otherwise like the other Read. Calls Open for reading, GetSize, and Read with
-    /// a buffer size that includes the spare bytes; Close when the object ends. Read isn't called if there is no byte to
-    /// allocate.
-    /// REQUIRES: nothing has been read yet
+    /// Reads a file through a file service, otherwise like the other Read. Calls Open for reading, GetSize, and Read
+    /// with a buffer size that includes the spare bytes; Close when the object ends. Read isn't called if there is no
+    /// byte to allocate. REQUIRES: nothing has been read yet
     [[nodiscard]] bool Read(::IFileIO& service, const char* path, std::uint32_t spare);
 
 private:

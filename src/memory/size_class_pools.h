@@ -7,7 +7,9 @@
 //                    | of a  |   | of b  |   | of c  |   |        |
 //                    +-------+   +-------+   +-------+   +--------+
 //
-// A block has no header: only its size says where it came from, so the owner must remember the size.
+// A block has no header: only its size says where it came from, so the owner must remember the size. The sizes are
+// beside the layouts that have them: kEntryArrayClasses in tables/entry_array.h, kDelegateClasses in
+// tables/listener_set.h.
 
 #ifndef TESSARIN_MEMORY_SIZE_CLASS_POOLS_H
 #define TESSARIN_MEMORY_SIZE_CLASS_POOLS_H

@@ -1,5 +1,9 @@
 // The two normal forms in which a text can be interned, besides as it is: lower case and path form. Only ASCII letters
-// are folded, whatever the locale.
+// are folded, whatever the locale. One letter is folded in platform/ascii.h, a whole text in string_hash.h.
+//
+// Keys of tables are interned as they are. Keys of configuration files are in lower case or in path form: a load
+// interns them so in configure/text/text_interner.cpp, and searches fold in configure/tree/key_index.h and edit_tree.h
+// (KeyOf).
 
 #ifndef TESSARIN_STRINGS_NORMAL_FORMS_H
 #define TESSARIN_STRINGS_NORMAL_FORMS_H

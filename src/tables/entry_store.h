@@ -1,5 +1,5 @@
 // The named entries of a table: an array of pointers to them and, if there are more than 8, an index from keys to
-// entries. The array's layout: entry_array.h.
+// entries. The array's layout: entry_array.h. Setters, and when they notify: table.cpp.
 
 #ifndef TESSARIN_TABLES_ENTRY_STORE_H
 #define TESSARIN_TABLES_ENTRY_STORE_H
