@@ -120,9 +120,10 @@ void ReadableLoader::StoreVector(cstr key, ValueKind kind, std::string_view valu
     constexpr std::size_t kCount = sizeof(Vector) / sizeof(float);
     const char closing = value.front() == '[' ? ']' : ')';
     value.remove_prefix(1);
-    float components[kCount];
-    for (std::size_t i = 0; i < kCount; ++i)
+    float components[kCount] = {};
+    for (std::size_t i = 0; i < kCount; ++i) {
         components[i] = ToFloat(TakeComponent(value, i + 1 < kCount ? ',' : closing));
+    }
     Vector vector;
     std::memcpy(&vector, components, sizeof vector);
     Pair* pair = EntryFor(key);

@@ -59,7 +59,8 @@ void DelegateVector::Release(ListenerKind kind) { listener_pools->delegates[kind
 
 ListenerSet* ListenerSet::Create() {
     void* block = listener_pools->sets.Alloc();
-    return block == nullptr ? nullptr : new (block) ListenerSet{};
+    if (block == nullptr) return nullptr;
+    return new (block) ListenerSet{};
 }
 
 void ListenerSet::Destroy(ListenerSet* set) {
