@@ -10,7 +10,7 @@
 namespace Command {
 
 /// Writes a tree as one line of JSON: indentation would grow with the square of the depth. Keys and texts are made
-/// valid UTF-8, as ToUtf8 does it.
+/// valid UTF-8 by ToUtf8 (terminal_text.h): U+FFFD stands for each byte that isn't.
 void WriteJson(const RowList& rows, std::FILE* out);
 
 } // namespace Command

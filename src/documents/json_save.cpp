@@ -1,7 +1,8 @@
 // Writes a table as JSON text: one walk over the entries calls RapidJSON's writer directly, without a document in
 // between. It uses the interfaces, because an external table may be of any class. The tables that the walk is inside of
 // are on a stack that is allocated on the heap. Table::SaveFile and Table::SaveBuffer are defined here, so that
-// src/tables doesn't depend on the form.
+// src/tables doesn't depend on the form. Entries are written in the order of First and Next, which
+// tables/entry_store.cpp decides.
 
 #include "documents/throwing_allocator.h"
 #include "files/file_objects.h"

@@ -1,4 +1,5 @@
-// Loads a readable text into a table: each event of the parser is stored at once. The tables of the open blocks are on
+// Loads a readable text into a table: each event of the parser, which has decided the kind of each value (Classify in
+// readable_parser.cpp), is stored at once. The tables of the open blocks are on
 // a stack that is allocated on the heap; when a block ends, FinishBulkLoad puts its table in order.
 
 #include "documents/readable_parser.h"

@@ -1,5 +1,5 @@
 // The same function measures and reads both kinds of opened file; for that, a file service's handle is wrapped in an
-// object.
+// object. A file of 2 GiB or more can't be measured, and so isn't read: StreamSize in stream.h.
 
 #include "files/whole_file.h"
 

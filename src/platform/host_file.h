@@ -1,4 +1,5 @@
-// The two things in which the runtime library's files differ between hosts: names, and positions beyond 31 bits.
+// The two things in which the runtime library's files differ between hosts: names, and positions beyond 31 bits. Which
+// modes files are opened in: files/file_io.cpp for the service, files/file_objects.cpp for the objects.
 
 #ifndef TESSARIN_PLATFORM_HOST_FILE_H
 #define TESSARIN_PLATFORM_HOST_FILE_H

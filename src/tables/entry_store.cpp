@@ -1,6 +1,7 @@
 // The entries of a table. Invariants between two operations:
 //
-//  1. entries_[i]->next is entries_[i + 1], and the last one's is null.
+//  1. entries_[i]->next is entries_[i + 1], and the last one's is null. A host's walk, Table::Next in table.cpp, only
+//     follows these links, and so do saves: the order of all of them is decided here.
 //  2. More than 8 entries ascend by the address of their key, and the index after the array holds exactly these
 //     entries. 8 or fewer are in the order that earlier operations left, and the index, if the array has one, is stale.
 //  3. The array never shrinks: a table that falls back to 8 entries keeps their sorted order, and adds new ones at the

@@ -1,4 +1,5 @@
-// Converts the text of a value. A null text converts to the zero of each type.
+// Converts the text of a value. A null text converts to the zero of each type. The other direction, a number that
+// becomes a Unit's text, is SetInteger and SetFloat in edit_tree.h.
 
 #ifndef TESSARIN_CONFIGURE_TREE_CONVERSIONS_H
 #define TESSARIN_CONFIGURE_TREE_CONVERSIONS_H
