@@ -1,5 +1,6 @@
 // The file object. A load first drops what was loaded before, even if it then fails. It reads the whole file, chooses
 // the loader, and keeps none of the bytes.
+// FORMAT_AUTO means binary if HasBinaryHead in binary/format.h says so, else text.
 
 #include "configure/file.h"
 

@@ -1,5 +1,7 @@
 // Event lists: a ring of records. An event must have at least 8 bytes, which is more than the ring requires. The buffer
 // is allocated with the first event.
+// An event that the ring can't grow for is refused by NextCapacity in containers/record_ring.cpp; Post in
+// exchange_event.cpp doesn't report it.
 
 #include "services/event_list.h"
 

@@ -1,5 +1,5 @@
 // The storage of listeners: three vectors of delegates, one for each kind of listener, in a set that belongs to a
-// table or to an entry. What a listener that is removed during a notification still gets: listener_dispatch.h.
+// table or to an entry. What happens to a listener that is added or removed during a notification: listener_dispatch.h.
 //
 // A vector grows through the size classes below and then by doubling; it never shrinks. There is no class of 8. Each
 // kind of listener has its own pools.
