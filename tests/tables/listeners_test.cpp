@@ -269,8 +269,9 @@ TEST_F(Listeners, EndingTheEntryOrTheTableIsSafe) {
     for (const Operation& operation : kOperations) {
         for (Blow blow : {kRemove, kClear, kClose}) {
             for (unsigned round = 0; round < 4; ++round) {
-                bool late = (round & 1) != 0, by_entry = (round & 2) != 0;
-                std::uint32_t code = late ? operation.after : operation.before;
+                const bool late = (round & 1) != 0;
+                const bool by_entry = (round & 2) != 0;
+                const std::uint32_t code = late ? operation.after : operation.before;
                 SCOPED_TRACE(std::string(operation.name) + ", blow " + std::to_string(blow) + " at " +
                              std::to_string(code));
                 Renew();
