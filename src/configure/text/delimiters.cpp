@@ -45,7 +45,7 @@ bool Delimiters::AddQuote(const char* text, std::uint32_t size, std::uint32_t& p
 }
 
 bool Delimiters::OpenBlockAt(std::uint32_t position, Tessarin::List<OpenBlock>& open) {
-    return open.Push({blocks_.Count(), false}) && blocks_.Push({Count(), 0}) && Add(position, kOpenTable);
+    return open.Push({blocks_.Count(), false}) && blocks_.Push({Count(), 0, 0}) && Add(position, kOpenTable);
 }
 
 /// Closes a block and decides its kind: it is an array if it isn't empty and doesn't directly contain an `=`.
@@ -55,12 +55,8 @@ bool Delimiters::CloseBlockAt(const char* text, const OpenBlock& open, std::uint
     const bool is_table = open.has_equals || SkipWhite(text, opening.position + 1U, position) == position;
     opening.kind = is_table ? kOpenTable : kOpenArray;
     block.close = Count();
+    block.next = blocks_.Count();
     return Add(position, kCloseBlock);
-}
-
-std::uint32_t Delimiters::CloseOf(std::uint32_t open) const {
-    const auto before = [](const Block& block, std::uint32_t wanted) { return block.open < wanted; };
-    return std::lower_bound(blocks_.begin(), blocks_.end(), open, before)->close;
 }
 
 bool Delimiters::SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const {

@@ -42,16 +42,24 @@ public:
         return range.first;
     }
 
-    /// The number of the brace that closes a block.
-    [[nodiscard]] std::uint32_t CloseOf(std::uint32_t open) const;
+    /// A block's braces, by the numbers of their delimiters, and the number of the next block that opens after it.
+    struct Block {
+        std::uint32_t open, close, next;
+    };
+
+    /// All blocks are numbered in the order in which they open.
+    [[nodiscard]] const Block& BlockAt(std::uint32_t number) const { return blocks_[number]; }
+
+    /// The number of the block that opens at a delimiter. REQUIRES: it is `first` or a later one
+    [[nodiscard]] std::uint32_t FindBlock(std::uint32_t open, std::uint32_t first) const {
+        while (blocks_[first].open != open) ++first;
+        return first;
+    }
 
     /// Whether a quote closes at a position. If so, `position` becomes the position where it opens.
     [[nodiscard]] bool SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const;
 
 private:
-    struct Block {
-        std::uint32_t open, close; // delimiters
-    };
     struct OpenBlock {
         std::uint32_t block;
         bool has_equals;

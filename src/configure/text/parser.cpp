@@ -33,6 +33,7 @@ private:
     struct Rest {
         Span bytes;
         DelimiterRange delimiters;
+        std::uint32_t next_block = 0; // the first block that opens in it or later, by the delimiters' number
     };
 
     bool WalkBlock(std::uint32_t number);
@@ -59,7 +60,7 @@ private:
     ParsedText& parsed_;
     const char* text_;
     Delimiters delimiters_;
-    Tessarin::List<std::uint32_t> opens_;       // the delimiter at which each block opens; the root has none
+    Tessarin::List<std::uint32_t> walked_;      // for each block of the list its number among the delimiters' blocks
     TextFault fault_ = TextFault::kOutOfMemory; // the reason if a step returns false without giving one
 };
 
@@ -128,7 +129,7 @@ std::uint32_t ParsedText::BlockOf(std::uint32_t node) const {
 TextFault TextWalk::Run() {
     if (!delimiters_.Find(text_, parsed_.size_)) return TextFault::kOutOfMemory;
     Tessarin::List<TextBlock>& blocks = parsed_.blocks_;
-    if (!blocks.Push({TextBlock::kNoNode, NodeKind::kTable, 0, 0}) || !opens_.Push(0)) return TextFault::kOutOfMemory;
+    if (!blocks.Push({TextBlock::kNoNode, NodeKind::kTable, 0, 0}) || !walked_.Push(0)) return TextFault::kOutOfMemory;
     for (std::uint32_t number = 0; number < blocks.Count(); ++number) {
         blocks[number].first_child = parsed_.nodes_.Count();
         if (!WalkBlock(number)) return fault_;
@@ -139,9 +140,9 @@ TextFault TextWalk::Run() {
 
 bool TextWalk::WalkBlock(std::uint32_t number) {
     if (number == 0) return WalkTable({{0, parsed_.size_}, {0, delimiters_.Count()}});
-    const std::uint32_t open = opens_[number];
-    const std::uint32_t close = delimiters_.CloseOf(open);
-    const Rest rest = {{delimiters_[open].position + 1U, delimiters_[close].position}, {open + 1, close}};
+    const Delimiters::Block block = delimiters_.BlockAt(walked_[number]);
+    const Span bytes = {delimiters_[block.open].position + 1U, delimiters_[block.close].position};
+    const Rest rest = {bytes, {block.open + 1, block.close}, walked_[number] + 1};
     return parsed_.blocks_[number].kind == NodeKind::kTable ? WalkTable(rest) : WalkArray(rest);
 }
 
@@ -213,13 +214,13 @@ bool TextWalk::AddElement(Rest& rest) {
 
 /// Makes the last node a block. `rest` becomes what follows the block. REQUIRES: the rest begins with the block
 bool TextWalk::AddBlock(Rest& rest) {
-    const std::uint32_t open = rest.delimiters.first;
-    const std::uint32_t close = delimiters_.CloseOf(open);
-    const NodeKind kind = delimiters_[open].kind == kOpenTable ? NodeKind::kTable : NodeKind::kArray;
-    LastNode().SetValue(kind, delimiters_[close].position);
-    rest.bytes.first = delimiters_[close].position + 1U;
-    rest.delimiters.first = close + 1;
-    return parsed_.blocks_.Push({parsed_.nodes_.Count() - 1, kind, 0, 0}) && opens_.Push(open);
+    const std::uint32_t number = delimiters_.FindBlock(rest.delimiters.first, rest.next_block);
+    const Delimiters::Block block = delimiters_.BlockAt(number);
+    const NodeKind kind = delimiters_[block.open].kind == kOpenTable ? NodeKind::kTable : NodeKind::kArray;
+    const std::uint32_t close = delimiters_[block.close].position;
+    LastNode().SetValue(kind, close);
+    rest = {{close + 1, rest.bytes.last}, {block.close + 1, rest.delimiters.last}, block.next};
+    return parsed_.blocks_.Push({parsed_.nodes_.Count() - 1, kind, 0, 0}) && walked_.Push(number);
 }
 
 /// The kind of the delimiter with which the rest of an array begins. If it doesn't begin with one, kEquals, which no
