@@ -22,7 +22,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-using TestSupport::FailingHeap;
 using TestSupport::ReadWhole;
 using TestSupport::TemporaryFolder;
 
@@ -37,10 +36,7 @@ std::ptrdiff_t OpenFiles() {
     return none ? 0 : std::distance(begin(files), end(files));
 }
 
-bool ReadsWhole(const char* path) {
-    Tessarin::WholeFile whole;
-    return whole.Read(path, 2);
-}
+bool ReadsWhole(const std::string& path) { return Tessarin::WholeFile().Read(path.c_str(), 2); }
 
 class FileAccess : public testing::Test {
 protected:
@@ -51,78 +47,107 @@ protected:
     Tessarin::FileIO service;
 };
 
-TEST_F(FileAccess, ReadsAndRewindsAFile) {
-    Tessarin::IRead* file = CreateReadFile(folder.File("a", std::string("ab\0", 3)).c_str());
-    ASSERT_NE(file, nullptr);
-    char buffer[4] = {'x', 'x', 'x', 'x'};
-    EXPECT_EQ(file->Read(buffer, 3, 4), 0U);
-    EXPECT_EQ(file->Read(nullptr, 4, 4), 0U);
-    EXPECT_EQ(std::memcmp(buffer, "xxxx", 4), 0);
-    EXPECT_EQ(file->Read(buffer, 2, 2), 2U);
-    EXPECT_EQ(file->GetSize(), 3);
-    EXPECT_EQ(file->Read(buffer, 4, 4), 3U);
+/// A handle of the service, with the operations of a file object.
+struct Handle {
+    Tessarin::FileIO& service;
+    void* handle;
+
+    Handle(Tessarin::FileIO& of, const std::string& path, std::int32_t mode)
+        : service(of), handle(service.Open(path.c_str(), mode)) {}
+
+    [[nodiscard]] std::int32_t GetSize() const { return service.GetSize(handle); }
+    std::uint32_t Read(void* buffer, std::uint32_t size, std::uint32_t count) const {
+        return service.Read(handle, buffer, size, count);
+    }
+    std::uint32_t Write(const void* buffer, std::uint32_t size) const { return service.Write(handle, buffer, size); }
+};
+
+/// Reads a file of "ab" and a NUL.
+void ExpectReadsAndRewinds(auto& file) {
+    char buffer[] = "xxxx";
+    EXPECT_EQ(file.Read(buffer, 3, 4), 0U);
+    EXPECT_EQ(file.Read(nullptr, 4, 4), 0U);
+    EXPECT_STREQ(buffer, "xxxx");
+    EXPECT_EQ(file.Read(buffer, 2, 2), 2U);
+    EXPECT_EQ(file.GetSize(), 3);
+    EXPECT_EQ(file.Read(buffer, 5, 5), 3U);
     EXPECT_EQ(std::memcmp(buffer, "ab\0x", 4), 0);
-    EXPECT_EQ(file->Read(buffer, 4, 4), 0U);
-    EXPECT_EQ(file->GetSize(), 3);
-    EXPECT_EQ(file->Read(buffer, 4, 0), 0U);
-    EXPECT_EQ(file->Read(buffer, 1, 1), 1U);
+    EXPECT_EQ(file.Read(buffer, 4, 4), 0U);
+    EXPECT_EQ(file.GetSize(), 3);
+    EXPECT_EQ(file.Read(buffer, 4, 0), 0U);
+    EXPECT_EQ(file.Read(buffer, 1, 1), 1U);
+}
+
+TEST_F(FileAccess, ReadsAndRewindsAFile) {
+    const std::string path = folder.File("a", std::string("ab\0", 3));
+    Tessarin::IRead* file = CreateReadFile(path.c_str());
+    ASSERT_NE(file, nullptr);
+    ExpectReadsAndRewinds(*file);
     EXPECT_EQ(file->Release(), 1U);
+    const Handle opened(service, path, 0);
+    ExpectReadsAndRewinds(opened);
+    service.Close(opened.handle);
+}
+
+/// Replaces what the file at `path`, which is open, holds.
+void ExpectWrites(auto& file, const std::string& path) {
+    EXPECT_EQ(ReadWhole(path), "");
+    EXPECT_EQ(file.Write("a\r\n", 3), 3U);
+    EXPECT_EQ(file.Write(nullptr, 3), 0U);
+    EXPECT_EQ(file.Write("", 0), 0U);
+    EXPECT_EQ(file.Write("\0b", 2), 2U);
 }
 
 TEST_F(FileAccess, WritesAFile) {
-    const std::string path = folder.File("a", "longer than before");
+    const std::string path = folder.File("a", "longer than before"), written("a\r\n\0b", 5);
     Tessarin::IWrite* file = CreateWriteFile(path.c_str());
     ASSERT_NE(file, nullptr);
-    EXPECT_EQ(ReadWhole(path), "");
-    EXPECT_EQ(file->Write("a\r\n", 3), 3U);
-    EXPECT_EQ(file->Write(nullptr, 3), 0U);
-    EXPECT_EQ(file->Write("", 0), 0U);
-    EXPECT_EQ(file->Write("\0b", 2), 2U);
+    ExpectWrites(*file, path);
     EXPECT_EQ(file->Release(), 1U);
-    EXPECT_EQ(ReadWhole(path), std::string("a\r\n\0b", 5));
+    EXPECT_EQ(ReadWhole(path), written);
+    const Handle opened(service, path, 1);
+    ExpectWrites(opened, path);
+    EXPECT_EQ(opened.GetSize(), 5); // and what the service has opened to write, it reads too
+    char buffer[5];
+    EXPECT_EQ(opened.Read(buffer, 5, 5), 5U);
+    EXPECT_EQ(std::string(buffer, 5), written);
+    service.Close(opened.handle);
 }
 
-TEST_F(FileAccess, HasNoObjectForWhatCantBeOpened) {
-    static_cast<void>(folder.File("a.txt", ""));
-    for (const std::string& path : {folder.Path("missing"), folder.Path("missing/a"), std::string()}) {
-        EXPECT_EQ(CreateReadFile(path.c_str()), nullptr) << path;
+TEST_F(FileAccess, OpensNothingElse) {
+    const std::string kept = folder.File("a.txt", "kept"), inside = folder.Path("missing/a"), none;
+    for (const char* path : {static_cast<const char*>(nullptr), none.c_str(), inside.c_str()}) {
+        EXPECT_EQ(CreateReadFile(path), nullptr);
+        EXPECT_EQ(CreateWriteFile(path), nullptr);
+        for (const std::int32_t mode : {0, 1}) EXPECT_EQ(service.Open(path, mode), nullptr);
+        EXPECT_FALSE(service.Exists(path));
+        EXPECT_FALSE(Tessarin::WholeFile().Read(path, 2));
     }
-    for (const std::string& path : {folder.Path("missing/a"), folder.Path(""), std::string()}) {
-        EXPECT_EQ(CreateWriteFile(path.c_str()), nullptr) << path;
+    EXPECT_EQ(CreateWriteFile(folder.Path("").c_str()), nullptr);
+    EXPECT_FALSE(ReadsWhole(folder.Path("")));
+    for (const std::int32_t mode : {-1, 2, 3}) EXPECT_EQ(service.Open(kept.c_str(), mode), nullptr) << mode;
+    {
+        const TestSupport::FailingHeap heap(0);
+        EXPECT_EQ(CreateWriteFile(kept.c_str()), nullptr);
     }
-    EXPECT_EQ(CreateReadFile(nullptr), nullptr);
-    EXPECT_EQ(CreateWriteFile(nullptr), nullptr);
+    EXPECT_EQ(ReadWhole(kept), "kept");
+    EXPECT_TRUE(service.Exists(kept.c_str()));
     // The objects take a path as it is; only the service tries other spellings.
     if (IsPosix()) {
         EXPECT_EQ(CreateReadFile(folder.Path("\\A.TXT").c_str()), nullptr);
     }
+    char buffer[4];
+    EXPECT_EQ(service.GetSize(nullptr), 0);
+    EXPECT_EQ(service.Read(nullptr, buffer, 4, 4), 0U);
+    EXPECT_EQ(service.Write(nullptr, buffer, 4), 0U);
+    service.Close(nullptr);
 }
 
-TEST_F(FileAccess, TruncatesNothingWithoutMemory) {
-    const std::string path = folder.File("a", "kept");
-    {
-        const FailingHeap heap(0);
-        EXPECT_EQ(CreateReadFile(path.c_str()), nullptr);
-        EXPECT_TRUE(heap.Failed());
-    }
-    {
-        const FailingHeap heap(0);
-        EXPECT_EQ(CreateWriteFile(path.c_str()), nullptr);
-        EXPECT_TRUE(heap.Failed());
-    }
-    EXPECT_EQ(ReadWhole(path), "kept");
-}
-
-/// The size as the file object and as the service measure it, which must agree; -2 if there is no such file.
+/// The size as the file object measures it; -2 if there is no such file.
 std::int32_t SizeOf(const std::string& path) {
-    Tessarin::FileIO service;
-    void* handle = service.Open(path.c_str(), 0);
-    const std::int32_t size = service.GetSize(handle);
-    service.Close(handle);
     Tessarin::IRead* file = CreateReadFile(path.c_str());
-    if (file == nullptr || handle == nullptr) return -2;
-    EXPECT_EQ(file->GetSize(), size);
-    file->Release();
+    const std::int32_t size = file == nullptr ? -2 : file->GetSize();
+    if (file != nullptr) file->Release();
     return size;
 }
 
@@ -135,52 +160,8 @@ TEST_F(FileAccess, MeasuresWhat31BitsHold) {
     for (const std::uintmax_t size : {kMost + 1, 2 * kMost + 2, 2 * kMost + 3}) {
         fs::resize_file(path, size);
         EXPECT_EQ(SizeOf(path), -1) << size;
-        EXPECT_FALSE(ReadsWhole(path.c_str()));
+        EXPECT_FALSE(ReadsWhole(path));
     }
-    EXPECT_FALSE(ReadsWhole(folder.Path("").c_str()));
-}
-
-TEST_F(FileAccess, ServiceReadsWhatItWrote) {
-    const std::string path = folder.File("a", "longer than before");
-    void* handle = service.Open(path.c_str(), 1);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(service.Write(handle, "1\r\n2", 4), 4U);
-    EXPECT_EQ(service.Write(handle, nullptr, 4), 0U);
-    EXPECT_EQ(service.GetSize(handle), 4);
-    char buffer[5] = "xxxx";
-    EXPECT_EQ(service.Read(handle, buffer, 4, 4), 4U);
-    EXPECT_STREQ(buffer, "1\r\n2");
-    service.Close(handle);
-
-    handle = service.Open(path.c_str(), 0);
-    ASSERT_NE(handle, nullptr);
-    EXPECT_EQ(service.Read(handle, buffer, 3, 4), 0U);
-    EXPECT_EQ(service.Read(handle, nullptr, 4, 4), 0U);
-    EXPECT_EQ(service.Read(handle, buffer, 4, 3), 3U);
-    EXPECT_EQ(service.GetSize(handle), 4);
-    EXPECT_EQ(service.Read(handle, buffer, 5, 5), 4U);
-    service.Close(handle);
-}
-
-TEST_F(FileAccess, ServiceRefusesWhatIsNoFile) {
-    const std::string path = folder.File("a", "kept");
-    for (const std::int32_t mode : {-1, 2, 3}) EXPECT_EQ(service.Open(path.c_str(), mode), nullptr) << mode;
-    for (const std::int32_t mode : {0, 1}) {
-        EXPECT_EQ(service.Open(nullptr, mode), nullptr);
-        EXPECT_EQ(service.Open("", mode), nullptr);
-        EXPECT_EQ(service.Open(folder.Path("missing/a").c_str(), mode), nullptr);
-    }
-    EXPECT_EQ(ReadWhole(path), "kept");
-    EXPECT_FALSE(service.Exists(nullptr));
-    EXPECT_FALSE(service.Exists(""));
-    EXPECT_FALSE(service.Exists(folder.Path("missing").c_str()));
-    EXPECT_TRUE(service.Exists(path.c_str()));
-
-    char buffer[4];
-    EXPECT_EQ(service.GetSize(nullptr), 0);
-    EXPECT_EQ(service.Read(nullptr, buffer, 4, 4), 0U);
-    EXPECT_EQ(service.Write(nullptr, buffer, 4), 0U);
-    service.Close(nullptr);
 }
 
 TEST_F(FileAccess, NamesAreUtf8AndReadInPathForm) {
@@ -210,7 +191,6 @@ TEST_F(FileAccess, ReadsAWholeFileWithZerosBehindIt) {
             EXPECT_EQ(std::string(whole.bytes.get(), whole.size + spare), text + std::string(spare, '\0'));
         }
     }
-    for (const char* path : {static_cast<const char*>(nullptr), "", "/missing/file"}) EXPECT_FALSE(ReadsWhole(path));
 }
 
 /// Records its calls.
@@ -261,15 +241,6 @@ TEST(HostsFileService, SeesTheseCallsOfALoad) {
         EXPECT_EQ(files.calls, each.tab_file);
         tab_file->Release();
     }
-}
-
-TEST_F(FileAccess, ReadsNoWholeFileWithoutMemory) {
-    const std::string path = folder.File("whole", "text");
-    const std::size_t failures = TestSupport::FailEachAllocation([&](const FailingHeap& heap) {
-        const bool read = ReadsWhole(path.c_str());
-        EXPECT_EQ(read, !heap.Failed());
-    });
-    EXPECT_GE(failures, 2U); // the object, the bytes, and on some hosts the name
 }
 
 } // namespace
