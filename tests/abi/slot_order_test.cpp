@@ -191,40 +191,20 @@ const void* const kOperations[] = {reinterpret_cast<const void*>(Open),    reint
                                    reinterpret_cast<const void*>(Write),   reinterpret_cast<const void*>(Exists)};
 
 TEST(SlotOrder, FileServicesAreCalledByNumber) {
-    PlainFiles cells{kOperations, "lamp\t12\nrope\t7\n"};
-    void* tab = CreateTabFile(reinterpret_cast<IFileIO*>(&cells));
-    EXPECT_TRUE(Call<bool>(tab, 1, Text("prices"), U32{0}));
-    EXPECT_EQ(cells.calls, "0231");
-    EXPECT_EQ(Call<U32>(tab, 3), 2U);
-    EXPECT_EQ(Call<I32>(tab, 7, U32{1}, U32{1}, I32{0}), 7);
-    EXPECT_STREQ(Call<Text>(tab, 5, U32{0}, U32{0}), "lamp");
-    Call<void>(tab, 0);
-
     PlainFiles tree{kOperations, "lamp = { oil = 12 }"};
     void* file = CreateRLFile(reinterpret_cast<IFileIO*>(&tree));
     void* root = Call<void*>(file, 1, Text("items"), U32{Configure::ACCESS_EDIT}, U32{Configure::FORMAT_TEXT});
     void* lamp = Call<void*>(root, 18, Text("lamp"));
+    EXPECT_EQ(tree.calls, "0231");
+    tree.calls.clear();
     EXPECT_EQ(Call<I32>(lamp, 8, Text("oil"), I32{0}), 12);
     EXPECT_TRUE(Call<bool>(Call<void*>(lamp, 5, Text("oil")), 17, I32{11}));
-    tree.calls.clear();
     EXPECT_TRUE(Call<bool>(file, 4));
     EXPECT_EQ(tree.calls, "041");
     EXPECT_NE(tree.bytes.find("\"11\""), std::string::npos) << tree.bytes;
     EXPECT_TRUE(Call<bool>(file, 6, Text("items")));
     EXPECT_EQ(tree.calls.back(), '5');
     Call<void>(file, 0);
-}
-
-TEST(SlotOrder, EventsPassByNumber) {
-    void* exchange = CreateExchangeEvent();
-    const U32 event[] = {8, 42};
-    EXPECT_EQ(Call<U32>(exchange, 1, static_cast<const void*>(event)), 1U);
-    void* list = Call<void*>(exchange, 2);
-    EXPECT_EQ(Call<U32>(list, 0), 1U);
-    EXPECT_EQ(static_cast<const U32*>(Call<void*>(list, 5))[1], 42U);
-    Call<void>(list, 6);
-    EXPECT_TRUE(Call<bool>(list, 2));
-    EXPECT_EQ(Call<U32>(exchange, 0), 1U);
 }
 
 } // namespace
