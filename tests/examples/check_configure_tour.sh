@@ -1,35 +1,15 @@
 #!/bin/sh
 # configure_tour loses nothing of the samples, and it notices losses: it reports files that one of the forms can't
-# express.  check_configure_tour.sh PROGRAM SAMPLES FOLDER
-set -eu
-program=$1
-samples=$2
-folder=$3
-rm -rf "$folder"
-mkdir -p "$folder/made"
-output=$folder/output.txt
+# express.
+. "$(dirname "$0")/tour.sh"
 
-# Runs the program over files and compares its exit status.
-tour() {
-    expected=$1
-    shift
-    status=0
-    "$program" "$folder/made" "$@" >"$output" 2>&1 || status=$?
-    [ $status -eq "$expected" ] || { cat "$output"; echo "$*: exit status $status, not $expected"; exit 1; }
-}
-
-# Runs the program over a file with a text, which is written as a format of printf.
+# Runs the program over a file with a text, which is written as a format of printf: text_tour STATUS TEXT
 text_tour() {
     printf "$2" >"$folder/text.txt"
-    tour "$1" "$folder/text.txt"
+    tour "$1" "$folder/made" "$folder/text.txt"
 }
 
-# Fails unless a line is in the output. Several blanks count as one.
-has_line() {
-    sed -E 's/ +/ /g; s/^ //' "$output" | grep -qxF -- "$1" || { cat "$output"; echo "missing: $1"; exit 1; }
-}
-
-tour 0 "$samples"/config/*
+tour 0 "$folder/made" "$samples"/config/*
 has_line "Nothing was lost."
 
 # Every entry is counted once for each kind of key that can name it.
@@ -57,4 +37,4 @@ has_line "Not all of it came back."
 
 text_tour 2 '= 1'
 text_tour 2 'tour = { } z = 1'
-tour 2 "$folder/missing.txt"
+tour 2 "$folder/made" "$folder/missing.txt"

@@ -1,28 +1,8 @@
 #!/bin/sh
 # table_tour loses nothing of the samples, and it notices losses: it reports a document that JSON can't express.
-# check_table_tour.sh PROGRAM SAMPLES FOLDER
-set -eu
-program=$1
-samples=$2
-folder=$3
-rm -rf "$folder"
-mkdir -p "$folder"
-output=$folder/output.txt
+. "$(dirname "$0")/tour.sh"
 
-# Runs the program over a game document and compares its exit status.
-tour() {
-    expected=$1
-    status=0
-    "$program" "$2" "$samples/settings.json" "$folder" >"$output" 2>&1 || status=$?
-    [ $status -eq "$expected" ] || { cat "$output"; echo "$2: exit status $status, not $expected"; exit 1; }
-}
-
-# Fails unless a line is in the output. Several blanks count as one.
-has_line() {
-    sed -E 's/ +/ /g; s/^ //' "$output" | grep -qxF -- "$1" || { cat "$output"; echo "missing: $1"; exit 1; }
-}
-
-tour 0 "$samples/saltmarch.table"
+tour 0 "$samples/saltmarch.table" "$samples/settings.json" "$folder"
 has_line "Nothing was lost."
 has_line "origin float3 [-2048, -64, -2048]"           # no blanks after the commas
 has_line "build real 2024.3"                           # a comment after the value
@@ -35,9 +15,9 @@ grep -q '"greeting":"Ahoj — γειά σου — 海へようこそ ⚓"' "$fol
 
 # A save doubles backslashes, and a load leaves them as they are.
 printf 'path = data\\ships\n' >"$folder/backslash.table"
-tour 1 "$folder/backslash.table"
+tour 1 "$folder/backslash.table" "$samples/settings.json" "$folder"
 has_line 'path: was "data\ships", came back as "data\\ships"'
 has_line "Not all of it came back."
 
 printf 'key_alone\n' >"$folder/broken.table"
-tour 2 "$folder/broken.table"
+tour 2 "$folder/broken.table" "$samples/settings.json" "$folder"
