@@ -37,37 +37,33 @@ TEST(Json, RegistryKnowsLoadedTables) {
     EXPECT_EQ(ValidateTable(child), 0U);
 }
 
-TEST(Json, SavesEveryKind) {
+TEST(Json, SavesWhatNoTextLoadsAs) {
     ITable* table = CreateTable();
     ITable* other = CreateTable();
     EXPECT_EQ(SavedJson(table), R"({"__internal_type":"qv game schema"})");
-    EXPECT_EQ(SavedJson(table).size(), 36U);
     const Handle handle = 7;
-    Float4x4 matrix{};
-    matrix.m[15] = 0.5F;
-    other->SetInteger("x", 1, 0);
+    const Float2 vector{std::numeric_limits<float>::infinity(), 2};
+    other->SetReal("nan", std::nanf(""), 0);
     table->SetString("s", "\" \\ \b\t\n\f\r \x01\x1F / \x7F \xE2\x82\xAC", 0);
     table->SetString("null", nullptr, 0);
-    table->SetReal("r", 0.1F, 0);
-    table->SetReal("whole", -1.0F, 0);
     table->SetPtr("p", table, 0);
     table->SetHandle("h", &handle, 0);
-    table->SetFloat4x4("m", &matrix, 0);
-    EXPECT_EQ(TestSupport::Entries(table),
-              "{\"s\":\"\\\" \\\\ \\b\\t\\n\\f\\r \\u0001\\u001F / \x7F \xE2\x82\xAC\",\"null\":\"\","
-              "\"r\":0.10000000149011612,\"whole\":-1.0,"
-              "\"m\":[0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.0,0.5]}");
-    table->Clear(0);
     table->SetExternalTable("e", other, 0);
     table->SetReferenceTable("f", other, 0);
     table->SetExternalTable("n", nullptr, 0);
-    table->SetReal("nan", std::nanf(""), 0);
-    const Float2 vector{std::numeric_limits<float>::infinity(), 2};
     table->SetFloat2("v", &vector, 0);
-    EXPECT_EQ(TestSupport::Entries(table), R"({"e":{"x":1},"f":{"x":1},"n":null,"nan":null,"v":[null,2.0]})");
-    EXPECT_EQ(table->SaveFile(nullptr), 0U);
-    EXPECT_EQ(table->SaveFile(""), 0U);
-    EXPECT_EQ(table->SaveFile("/nowhere at all/x"), 0U);
+    EXPECT_EQ(TestSupport::Entries(table),
+              "{\"s\":\"\\\" \\\\ \\b\\t\\n\\f\\r \\u0001\\u001F / \x7F \xE2\x82\xAC\",\"null\":\"\","
+              R"("e":{"nan":null},"f":{"nan":null},"n":null,"v":[null,2.0]})");
+    CloseTable(table);
+    CloseTable(other);
+}
+
+TEST(Json, SavesNothingWithoutAPlace) {
+    ITable* table = CreateTable();
+    for (const char* path : {static_cast<const char*>(nullptr), "", "/nowhere at all/x"}) {
+        EXPECT_EQ(table->SaveFile(path), 0U);
+    }
     if (std::filesystem::exists("/dev/full")) {
         EXPECT_EQ(table->SaveFile("/dev/full"), 0U);
     }
@@ -76,7 +72,6 @@ TEST(Json, SavesEveryKind) {
     void* unsized = nullptr;
     EXPECT_EQ(table->SaveBuffer(&unsized, nullptr), 0U);
     CloseTable(table);
-    CloseTable(other);
 }
 
 TEST(Json, ATableThatContainsItselfIsNotSaved) {
