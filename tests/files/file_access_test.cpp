@@ -219,10 +219,11 @@ TEST(HostsFileService, SeesTheseCallsOfALoad) {
     const struct {
         const char *text, *configuration, *tab_file;
     } cases[] = {{"a = 1\n", "open 0, size, read 7 6, close", "open 0, size, read 6 6, close"},
-                 {"", "open 0, size, read 1 0, close", "open 0, size, close"}};
+                 {"", "open 0, size, read 1 0, close", "open 0, size, close"},
+                 {nullptr, "open 0", "open 0"}}; // no such file
     for (const auto& each : cases) {
         RecordingFiles files;
-        files["f"] = each.text;
+        if (each.text != nullptr) files["f"] = each.text;
         Configure::IFile* configuration = CreateRLFile(&files);
         static_cast<void>(configuration->Load("f", Configure::ACCESS_READ, Configure::FORMAT_TEXT));
         EXPECT_EQ(std::exchange(files.calls, {}), each.configuration);
