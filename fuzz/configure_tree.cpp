@@ -1,9 +1,10 @@
 // How a configuration tree is read through the interfaces, with every way to ask for a value compared with the others,
-// and which trees each form keeps as they are.
+// and how loads and saves are compared with the model.
 
 #include "fuzz/configure_tree.h"
 
 #include "fuzz/check.h"
+#include "fuzz/configure_model.h"
 
 #include <algorithm>
 #include <map>
@@ -29,40 +30,37 @@ void CheckUnit(IIterator& unit) {
     if (!is_text) Require(!unit.GetBool() && unit.GetInteger() == 0, "what has no text has a value");
 }
 
-Node NodeOf(IIterator& unit, bool in_file_order);
+Node NodeOf(IIterator& unit);
 
 template <class Container>
-std::vector<Node> UnitsOf(Container& container, bool in_file_order) {
+std::vector<Node> UnitsOf(Container& container) {
     std::vector<Node> units;
     for (IIterator* unit = container.Begin(); unit != container.End(); unit = container.Next(unit)) {
-        units.push_back(NodeOf(*unit, in_file_order));
+        units.push_back(NodeOf(*unit));
     }
     Require(units.size() == container.GetCount(), "the walk has another number of Units than the count");
     return units;
 }
 
-Node NodeOf(IIterator& unit, bool in_file_order) {
+Node NodeOf(IIterator& unit) {
     CheckUnit(unit);
     Node node{unit.GetType(), std::nullopt, std::nullopt, {}};
     if (unit.GetKey() != nullptr) node.key = unit.GetKey();
-    switch (unit.GetType()) {
-    case KIND_STRING:
-        if (unit.GetString() != nullptr) node.text = unit.GetString();
-        break;
-    case KIND_ARRAY:
-        Require(unit.GetArray()->GetName() == unit.GetKey(), "an array has another name");
-        node.units = UnitsOf(*unit.GetArray(), in_file_order);
-        break;
-    default:
-        Require(unit.IsTable(), "a Unit has no kind");
-        Require(unit.GetTable()->GetName() == unit.GetKey(), "a table has another name");
-        node.units = TreeOf(*unit.GetTable(), in_file_order).units;
+    if (unit.GetString() != nullptr) node.text = unit.GetString();
+    if (IArray* array = unit.GetArray()) {
+        Require(array->GetName() == unit.GetKey(), "an array has another name");
+        node.units = UnitsOf(*array);
+    } else if (ITable* table = unit.GetTable()) {
+        Require(table->GetName() == unit.GetKey(), "a table has another name");
+        node.units = TreeOf(*table).units;
+    } else {
+        Require(unit.IsString(), "a Unit has no kind");
     }
     return node;
 }
 
 /// Find and the getters find a key in upper and in lower case.
-void CheckSearch(ITable& table, bool in_file_order) {
+void CheckSearch(ITable& table) {
     std::map<std::string, IIterator*> firsts;
     for (IIterator* unit = table.Begin(); unit != table.End(); unit = table.Next(unit)) {
         const cstr key = unit->GetKey();
@@ -72,18 +70,16 @@ void CheckSearch(ITable& table, bool in_file_order) {
         for (char& byte : upper) byte = byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
         IIterator* found = table.Find(upper.c_str());
         // The empty text finds nothing, even if there is such a key.
-        if (upper.empty()) {
-            Require(found == nullptr, "the empty text finds something");
-            continue;
-        }
-        Require(found != nullptr && found->GetKey() == key, "a key isn't found");
-        IIterator* first = firsts.try_emplace(key, unit).first->second;
-        Require(!in_file_order || found == first, "what is found isn't the first of its key");
-        if (found->IsString()) Require(table.GetString(key) == found->GetString(), "a getter reads something else");
-        if (found->IsTable()) Require(table.GetTable(key) == found->GetTable(), "a getter has another table");
-        if (found->IsArray()) Require(table.GetArray(key) == found->GetArray(), "a getter has another array");
+        IIterator* first = upper.empty() ? nullptr : firsts.try_emplace(key, unit).first->second;
+        Require(found == first, "what is found isn't the first of its key");
+        if (found == nullptr) continue;
+        Require(table.GetString(key) == found->GetString(), "a getter reads something else");
+        Require(table.GetTable(key) == found->GetTable(), "a getter has another table");
+        Require(table.GetArray(key) == found->GetArray(), "a getter has another array");
     }
 }
+
+void CheckDefaults(ITable& table, ITable* fallback);
 
 IIterator* Begin(ITable* table) { return table == nullptr ? nullptr : table->Begin(); }
 IIterator* End(ITable* table) { return table == nullptr ? nullptr : table->End(); }
@@ -97,75 +93,8 @@ void CheckChildren(Container& container, ITable* their_default) {
     }
 }
 
-/// Without the one number of a binary form that also counts entries which the form doesn't keep.
-std::optional<std::string> WithoutUnitCount(std::optional<std::string> binary) {
-    if (binary) binary->replace(16, 4, 4, '\0');
-    return binary;
-}
-
-bool Holds(std::string_view text, std::string_view bytes) { return text.find_first_of(bytes) != text.npos; }
-
-bool IsSayableText(std::string_view text) { return !Holds(text, "\"\xFF") && text.find("--") == text.npos; }
-
-/// A key with a separator is read in path form, which has no repeated separators and at most 255 bytes; a key that
-/// begins with a `:` is joined to what precedes it.
-bool IsSayableKey(std::string_view key) {
-    const bool is_path = key.find('\\') != key.npos;
-    if (is_path && (key.size() > 255 || key.find("\\\\") != key.npos)) return false;
-    return !key.empty() && key.front() != ':' && IsSayableText(key) && !Holds(key, " \t\r\n=,/{}");
-}
-
-} // namespace
-
-Node TreeOf(ITable& table, bool in_file_order) {
-    CheckSearch(table, in_file_order);
-    return {KIND_TABLE, std::nullopt, std::nullopt, UnitsOf(table, in_file_order)};
-}
-
-std::string Spelled(const Node& tree, Kept kept) {
-    const bool is_table = tree.kind == KIND_TABLE;
-    std::map<std::string_view, const Node*> last_scalars;
-    for (const Node& unit : tree.units) {
-        if (is_table && unit.kind == KIND_STRING) last_scalars[*unit.key] = &unit;
-    }
-    std::vector<std::string> units;
-    for (const Node& unit : tree.units) {
-        const bool is_scalar = is_table && unit.kind == KIND_STRING;
-        const bool is_dropped = kept == Kept::kCompiled && is_scalar && last_scalars[*unit.key] != &unit;
-        if (!is_dropped) units.push_back(Spelled(unit, kept));
-    }
-    if (is_table) std::sort(units.begin(), units.end());
-    const bool has_text = tree.text || (kept != Kept::kAll && tree.kind == KIND_STRING);
-    std::string text = tree.key.value_or("(none)") + '\0' + std::to_string(tree.kind) + (has_text ? "text" : "null");
-    text += tree.text.value_or("") + '\0';
-    for (const std::string& unit : units) text += unit;
-    return text + ')';
-}
-
-bool SharesKeyOfContainer(const Node& tree) {
-    std::map<std::optional<std::string>, std::pair<int, int>> scalars_and_others;
-    for (const Node& unit : tree.units) {
-        if (SharesKeyOfContainer(unit)) return true;
-        auto& counts = scalars_and_others[unit.key];
-        ++(unit.kind == KIND_STRING ? counts.first : counts.second);
-        if (tree.kind == KIND_TABLE && counts.second > 0 && counts.first + counts.second > 1) return true;
-    }
-    return false;
-}
-
-bool IsSayable(const Node& tree) {
-    if (tree.key && !IsSayableKey(*tree.key)) return false;
-    if (tree.text && !IsSayableText(*tree.text)) return false;
-    if (tree.kind == KIND_ARRAY && tree.units.empty()) return false;
-    return std::all_of(tree.units.begin(), tree.units.end(), IsSayable);
-}
-
-std::size_t LongestLine(const Node& tree) {
-    std::size_t longest = 0;
-    for (const Node& unit : tree.units) longest = std::max(longest, LongestLine(unit));
-    return longest + tree.key.value_or("").size() + tree.text.value_or("").size() + 16;
-}
-
+/// Getters find in a table's default table what the table itself doesn't have; a default table is one named `_default`.
+/// fallback  the default of `table`; null for a root
 void CheckDefaults(ITable& table, ITable* fallback) {
     for (IIterator* unit = Begin(fallback); unit != End(fallback); unit = fallback->Next(unit)) {
         const cstr key = unit->GetKey();
@@ -181,6 +110,67 @@ void CheckDefaults(ITable& table, ITable* fallback) {
     CheckChildren(table, inherited == nullptr ? nullptr : inherited->GetTable());
 }
 
+/// Without the one number of a binary form that also counts entries which the form doesn't keep.
+std::optional<std::string> WithoutUnitCount(std::optional<std::string> binary) {
+    if (binary) binary->replace(16, 4, 4, '\0');
+    return binary;
+}
+
+/// The tree with the Units of each table by their keys; those of one key stay in order.
+Node ByKey(Node tree) {
+    for (Node& unit : tree.units) unit = ByKey(std::move(unit));
+    if (tree.kind == KIND_TABLE) {
+        std::stable_sort(tree.units.begin(), tree.units.end(),
+                         [](const Node& one, const Node& other) { return one.key < other.key; });
+    }
+    return tree;
+}
+
+void CheckCompiled(LoadedFile& file) {
+    const std::optional<Node> expected = Compiled(TreeOf(*file.Root()));
+    const std::optional<std::string> binary = file.Saved(FORMAT_BINARY);
+    Require(binary.has_value() == expected.has_value(), "the binary form is wrongly refused, or wrongly written");
+    if (!binary) return;
+    LoadedFile compiled;
+    ITable* root = compiled.Load(*binary, ACCESS_READ, FORMAT_AUTO);
+    Require(root != nullptr, "a binary save doesn't load");
+    CheckDefaults(*root, nullptr);
+    Require(TreeOf(*root) == *expected, "a binary save reads back as something else");
+    Require(WithoutUnitCount(compiled.Saved(FORMAT_BINARY)) == WithoutUnitCount(binary),
+            "a binary form, saved again, isn't the same");
+}
+
+void CheckWritten(LoadedFile& file) {
+    std::string expected;
+    const bool fits = AppendText(TreeOf(*file.Root()), 0, expected);
+    const std::optional<std::string> text = file.Saved(FORMAT_TEXT);
+    Require(text == (fits ? std::optional(expected) : std::nullopt), "the text form is written in another way");
+    LoadedFile reading, editing;
+    if (text) CheckText(*text, reading, editing);
+}
+
+} // namespace
+
+Node TreeOf(ITable& table) {
+    CheckSearch(table);
+    return {KIND_TABLE, std::nullopt, std::nullopt, UnitsOf(table)};
+}
+
+std::string LowerCase(std::string text) {
+    for (char& byte : text) byte = byte >= 'A' && byte <= 'Z' ? static_cast<char>(byte - 'A' + 'a') : byte;
+    return text;
+}
+
+std::string PathForm(const std::string& text) {
+    std::string path;
+    for (const char byte : LowerCase(text)) {
+        const bool separates = byte == '/' || byte == '\\';
+        if (path.size() == 255) break;
+        if (!separates || path.empty() || path.back() != '\\') path += separates ? '\\' : byte;
+    }
+    return path;
+}
+
 LoadedFile::~LoadedFile() { Require(files_.handles == 0, "a file stays open"); }
 
 ITable* LoadedFile::Load(std::string_view bytes, std::uint32_t access, std::uint32_t format) {
@@ -193,35 +183,22 @@ std::optional<std::string> LoadedFile::Saved(std::uint32_t format) {
     return files_["saved"];
 }
 
-void CheckCompiled(LoadedFile& file, const Node& tree) {
-    const std::optional<std::string> binary = file.Saved(FORMAT_BINARY);
-    Require(binary.has_value() != SharesKeyOfContainer(tree), "the binary form is wrongly refused, or wrongly written");
-    if (!binary) return;
-    LoadedFile compiled;
-    ITable* root = compiled.Load(*binary, ACCESS_READ, FORMAT_AUTO);
-    Require(root != nullptr, "a binary save doesn't load");
-    CheckDefaults(*root, nullptr);
-    Require(Spelled(TreeOf(*root, false), Kept::kAll) == Spelled(tree, Kept::kCompiled),
-            "a binary save reads back as something else");
-    Require(WithoutUnitCount(compiled.Saved(FORMAT_BINARY)) == WithoutUnitCount(binary),
-            "a binary form, saved again, isn't the same");
+void CheckText(std::string_view text, LoadedFile& reading, LoadedFile& editing) {
+    const std::optional<Node> expected = TextModel(text).Tree();
+    ITable* edited = editing.Load(text, ACCESS_EDIT, FORMAT_TEXT);
+    ITable* read = reading.Load(text, ACCESS_READ, FORMAT_TEXT);
+    Require((edited != nullptr) == expected.has_value(), "a text is wrongly refused, or wrongly loaded for editing");
+    Require((read != nullptr) == expected.has_value(), "a text is wrongly refused, or wrongly loaded for reading");
+    if (!expected) return;
+    Require(TreeOf(*edited) == *expected, "a text is loaded for editing as another tree");
+    Require(ByKey(TreeOf(*read)) == ByKey(*expected), "a text is loaded for reading as another tree");
+    CheckDefaults(*read, nullptr);
+    CheckDefaults(*edited, nullptr);
 }
 
-void CheckWritten(LoadedFile& file, const Node& tree) {
-    const std::optional<std::string> text = file.Saved(FORMAT_TEXT);
-    Require(text || LongestLine(tree) >= 1024, "the text form is wrongly refused");
-    if (!text) return;
-    const bool is_sayable = IsSayable(tree);
-    const std::string expected = is_sayable ? Spelled(tree, Kept::kWritten) : "";
-    for (const std::uint32_t access : {ACCESS_EDIT, ACCESS_READ}) {
-        LoadedFile written;
-        ITable* root = written.Load(*text, access, FORMAT_TEXT);
-        if (!is_sayable) continue;
-        Require(root != nullptr, "a text save doesn't load");
-        CheckDefaults(*root, nullptr);
-        Require(Spelled(TreeOf(*root, access == ACCESS_EDIT), Kept::kAll) == expected,
-                "a text save reads back as something else");
-    }
+void CheckSaves(LoadedFile& file) {
+    CheckCompiled(file);
+    CheckWritten(file);
 }
 
 } // namespace Fuzz
