@@ -1,5 +1,6 @@
 // Any bytes as a text with an interval in it, and as fields that a host has written. Load must read the same bounds as
-// a plain reader with the C library's numbers; everything else follows from the fields alone.
+// a plain reader with the C library's numbers; everything else follows from the fields alone, and is checked at the
+// bounds and beside them, too.
 
 #include "tessarin/interval.h"
 #include "fuzz/byte_source.h"
@@ -18,6 +19,8 @@ namespace {
 
 using namespace Fuzz;
 using Configure::Interval;
+
+constexpr float kTolerance = 1.1920929e-7F;
 
 struct Bound {
     float real = 0;
@@ -66,19 +69,14 @@ std::optional<Bounds> Read(std::string_view text) {
     Bounds bounds{ReadBound(inside.substr(0, comma)), ReadBound(inside.substr(comma + 1))};
     bounds.lower.is_open = text[open] == '(';
     bounds.upper.is_open = text[close] == ')';
-    const volatile float below = bounds.lower.real - 1.1920929e-7F;
+    const volatile float below = bounds.lower.real - kTolerance;
     if (below > bounds.upper.real) std::swap(bounds.lower, bounds.upper);
     return bounds;
 }
 
 bool Same(float one, float other) { return one == other || (std::isnan(one) && std::isnan(other)); }
 
-bool Same(const Interval& one, const Interval& other) {
-    return Same(one.lower, other.lower) && Same(one.upper, other.upper) && one.lower_int == other.lower_int &&
-           one.upper_int == other.upper_int && one.flags == other.flags;
-}
-
-void CheckFields(const Interval& interval, const Bounds& bounds) {
+void CheckLoaded(const Interval& interval, const Bounds& bounds) {
     const auto& [lower, upper] = bounds;
     Require(Same(interval.lower, lower.real) && Same(interval.upper, upper.real), "another real bound");
     Require(interval.lower_int == lower.integer && interval.upper_int == upper.integer, "another integer bound");
@@ -88,32 +86,88 @@ void CheckFields(const Interval& interval, const Bounds& bounds) {
     Require(interval.flags == flags, "another mark");
 }
 
-void CheckIntegers(const Interval& interval, std::int32_t value) {
-    const std::int32_t clamped = interval.Clamp(value);
-    Require(interval.Clamp(clamped) == clamped, "clamped twice isn't clamped once");
-    const bool by_integers = (interval.flags & 3U) == 0;
-    if (by_integers && interval.Hit(value) != 0) Require(clamped == value, "a number inside is moved");
-    if (by_integers && clamped == value && interval.flags == 0 && interval.lower_int <= interval.upper_int) {
-        Require(interval.Hit(value) == 1, "a number that isn't moved is outside");
+/// In single precision, also where registers are wider.
+float Rounded(std::int32_t number) {
+    const volatile float rounded = static_cast<float>(number);
+    return rounded;
+}
+
+template <class Number>
+Number Clamped(Number value, Number lower, Number upper) {
+    const Number raised = value > lower ? value : lower;
+    return upper > raised ? raised : upper;
+}
+
+template <class Number>
+bool InOrder(Number one, Number other, bool strictly) {
+    return strictly ? one < other : one <= other;
+}
+
+/// The fields of an interval, as each operation uses them.
+class Model {
+public:
+    explicit Model(Interval& interval) : it_(interval) {}
+
+    void Check(std::int32_t value) const {
+        const float real = Rounded(value);
+        const bool over = Has(1) ? InOrder(it_.lower, real, Has(4)) : InOrder(it_.lower_int, value, Has(4));
+        const bool under = Has(2) ? InOrder(real, it_.upper, Has(8)) : InOrder(value, it_.upper_int, Has(8));
+        Require(it_.Hit(value) == (it_.flags < 16 && over && under ? 1 : 0), "another integer is inside");
+        Require(it_.Clamp(value) == Clamped(value, it_.lower_int, it_.upper_int), "an integer is moved elsewhere");
+    }
+
+    void Check(float value) const {
+        const volatile float above = value + kTolerance, below = value - kTolerance;
+        const bool inside = (Has(4) ? below : above) > Lower() && Upper() > (Has(8) ? above : below);
+        Require(it_.Hit(value) == (it_.flags < 16 && inside ? 1 : 0), "another real is inside");
+        Require(Same(it_.Clamp(value), Clamped(value, it_.lower, it_.upper)), "a real is moved elsewhere");
+    }
+
+    void CheckBounds() const {
+        float lower = 0, upper = 0;
+        Require(it_.To(lower, upper) == 1 && Same(lower, Lower()) && Same(upper, Upper()), "other real bounds");
+        std::int32_t lower_int = 0, upper_int = 0;
+        Require(it_.To(lower_int, upper_int) == 1, "no bounds");
+        Require(lower_int == Truncated(lower) && upper_int == Truncated(upper), "other integer bounds");
+        const volatile float width = it_.upper - it_.lower;
+        const float drawn = it_.Random();
+        if (width >= 0 && std::isfinite(width)) {
+            Require(it_.lower <= drawn && drawn <= it_.upper, "drawn from outside");
+        }
+    }
+
+private:
+    [[nodiscard]] bool Has(std::uint32_t flag) const { return (it_.flags & flag) != 0; }
+    [[nodiscard]] float Lower() const { return Has(1) ? it_.lower : Rounded(it_.lower_int); }
+    [[nodiscard]] float Upper() const { return Has(2) ? it_.upper : Rounded(it_.upper_int); }
+
+    Interval& it_;
+};
+
+void Check(Interval& interval, std::int32_t integer, float real) {
+    const Model model(interval);
+    model.CheckBounds();
+    for (const std::int32_t value : {integer, interval.lower_int, interval.upper_int}) {
+        for (const std::uint32_t step : {0U, 1U, UINT32_MAX}) {
+            model.Check(static_cast<std::int32_t>(static_cast<std::uint32_t>(value) + step));
+        }
+    }
+    for (const float value : {real, interval.lower, interval.upper}) {
+        for (const float step : {0.0F, kTolerance / 2, -kTolerance / 2, 0.5F, -0.5F}) model.Check(value + step);
     }
 }
 
-void CheckReals(Interval& interval, float value) {
-    const float clamped = interval.Clamp(value);
-    if (interval.lower <= interval.upper) {
-        Require(interval.lower <= clamped && clamped <= interval.upper, "clamped to what is outside");
-        const bool within = interval.lower <= value && value <= interval.upper;
-        if (within) Require(clamped == value, "a number inside is moved");
-        const float width = interval.upper - interval.lower;
-        const float drawn = interval.Random();
-        if (std::isfinite(width)) Require(interval.lower <= drawn && drawn <= interval.upper, "drawn from outside");
-    }
-    float lower = 0, upper = 0;
-    Require(interval.To(lower, upper) == 1, "no bounds");
-    std::int32_t lower_int = 0, upper_int = 0;
-    Require(interval.To(lower_int, upper_int) == 1, "no bounds");
-    Require(lower_int == Truncated(lower) && upper_int == Truncated(upper), "the integers aren't those of the reals");
-    if (interval.flags > 15) Require(interval.Hit(value) == 0 && interval.Hit(0) == 0, "a mark of another's");
+/// Loads a text and requires what a plain reader makes of it.
+void CheckText(Interval& interval, std::string_view text, bool with_length) {
+    const std::optional<Bounds> bounds = Read(text);
+    const auto length = static_cast<std::uint32_t>(text.size());
+    const unsigned char expected = bounds ? 1 : 0;
+    Require((with_length ? interval.Load(text.data(), length) : interval.Load(text.data())) == expected,
+            "wrongly refused, or wrongly accepted");
+    Require((with_length ? Interval::CanToInterval(text.data(), length) : Interval::CanToInterval(text.data())) ==
+                expected,
+            "the test returns something else");
+    CheckLoaded(interval, bounds.value_or(Bounds{}));
 }
 
 } // namespace
@@ -128,25 +182,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     written.upper = source.Plain<float>();
     written.lower_int = source.Plain<std::int32_t>();
     written.upper_int = source.Plain<std::int32_t>();
-    CheckIntegers(written, integer);
-    CheckReals(written, real);
+    Check(written, integer, real);
 
     const std::string text(source.Rest());
-    const auto length = static_cast<std::uint32_t>(text.size());
-    const std::optional<Bounds> bounds = Read(text);
-    Interval interval = written;
-    Require((interval.Load(text.data(), length) == 1) == bounds.has_value(), "wrongly refused, or wrongly accepted");
-    Require((Interval::CanToInterval(text.data(), length) == 1) == bounds.has_value(),
-            "the test returns something else");
-    CheckFields(interval, bounds.value_or(Bounds{}));
-    CheckIntegers(interval, integer);
-    CheckReals(interval, real);
-
-    Interval up_to_nul;
-    const std::optional<Bounds> shorter = Read(text.substr(0, text.find('\0')));
-    Require((up_to_nul.Load(text.c_str()) == 1) == shorter.has_value(),
-            "a text without a length isn't read to its NUL");
-    CheckFields(up_to_nul, shorter.value_or(Bounds{}));
-    if (text.find('\0') == text.npos) Require(Same(up_to_nul, interval), "the length makes a difference");
+    CheckText(written, text.c_str(), false); // up to its NUL
+    CheckText(written, text, true);
+    Check(written, integer, real);
     return 0;
 }
