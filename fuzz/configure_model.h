@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace Fuzz {
@@ -245,15 +246,15 @@ inline std::optional<Node> Compiled(const Node& tree) {
     Node compiled{tree.kind, tree.key, {}, {}};
     if (tree.kind == Configure::KIND_STRING) compiled.text = tree.text.value_or("");
     for (const Node& unit : tree.units) {
-        const std::optional<Node> kept = Compiled(unit);
+        std::optional<Node> kept = Compiled(unit);
         if (!kept) return std::nullopt;
         auto& units = compiled.units;
         const auto same = std::find_if(units.begin(), units.end(),
                                        [&unit](const Node& other) { return unit.key && other.key == unit.key; });
         if (same == units.end()) {
-            units.push_back(*kept);
+            units.push_back(std::move(*kept));
         } else if (kept->kind == Configure::KIND_STRING && same->kind == Configure::KIND_STRING) {
-            *same = *kept;
+            *same = std::move(*kept);
         } else {
             return std::nullopt;
         }

@@ -7,6 +7,7 @@
 #include "fuzz/configure_model.h"
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <utility>
 
@@ -24,10 +25,9 @@ void CheckUnit(IIterator& unit) {
     Require(unit.IsArray() == (unit.GetArray() != nullptr), "an array isn't handed out");
     Require(unit.IsTable() == (unit.GetTable() != nullptr), "a table isn't handed out");
     Require(unit.IsInterval() == (is_text && Interval::CanToInterval(unit.GetString()) != 0), "a test of an interval");
-    static_cast<void>(unit.GetInteger());
-    static_cast<void>(unit.GetFloat());
-    static_cast<void>(unit.GetInterval());
-    if (!is_text) Require(!unit.GetBool() && unit.GetInteger() == 0, "what has no text has a value");
+    const bool is_zero = unit.GetInteger() == 0 && unit.GetFloat() == 0 && !unit.GetBool();
+    Require(unit.GetInterval().flags < 16, "an interval has other marks");
+    if (!is_text) Require(is_zero, "what has no text has a value");
 }
 
 Node NodeOf(IIterator& unit);
@@ -116,6 +116,15 @@ std::optional<std::string> WithoutUnitCount(std::optional<std::string> binary) {
     return binary;
 }
 
+/// The addresses of keys order the Units of a table that is loaded for reading.
+void CheckOrder(ITable& table) {
+    for (IIterator *unit = table.Begin(), *next; unit != table.End(); unit = next) {
+        next = table.Next(unit);
+        const bool in_order = next == table.End() || !std::less<>()(next->GetKey(), unit->GetKey());
+        Require(in_order, "a text's Units aren't in the order of their keys' addresses");
+    }
+}
+
 /// The tree with the Units of each table by their keys; those of one key stay in order.
 Node ByKey(Node tree) {
     for (Node& unit : tree.units) unit = ByKey(std::move(unit));
@@ -192,6 +201,7 @@ void CheckText(std::string_view text, LoadedFile& reading, LoadedFile& editing) 
     if (!expected) return;
     Require(TreeOf(*edited) == *expected, "a text is loaded for editing as another tree");
     Require(ByKey(TreeOf(*read)) == ByKey(*expected), "a text is loaded for reading as another tree");
+    CheckOrder(*read);
     CheckDefaults(*read, nullptr);
     CheckDefaults(*edited, nullptr);
 }
