@@ -156,7 +156,7 @@ TEST_F(File, WhatALoadMakesIsFreed) {
         const FailingHeap heap;
         EXPECT_NE(file->Load(path, access, FORMAT_AUTO), nullptr);
         EXPECT_GT(heap.Outstanding(), 0);
-        if (access == ACCESS_EDIT) file->GetRoot()->AddTable("added");
+        if (access == ACCESS_EDIT) file->GetRoot()->AddTable("t");
         file->Reset();
         EXPECT_EQ(heap.Outstanding(), 0) << path << access;
     }
