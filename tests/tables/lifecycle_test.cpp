@@ -1,4 +1,4 @@
-// How tables are made and destroyed: the registry, deep trees, and what allocation failures leave undone.
+// How tables are made, filled in bulk and destroyed: the registry, deep trees, and the reuse of blocks.
 
 #include "tables/table.h"
 #include "tables/table_factory.h"
@@ -8,61 +8,71 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <string>
+#include <vector>
 
 namespace {
 
 using namespace Tessarin;
 using namespace TestSupport;
 
-TEST(TableRegistry, SaysHowEachTableWasMade) {
+TEST(TableRegistry, KnowsATableFromItsMakingToItsEnd) {
     int never_a_table = 0;
-    EXPECT_EQ(ValidateTable(nullptr), 0U);
-    EXPECT_EQ(ValidateTable(reinterpret_cast<ITable*>(&never_a_table)), 0U);
+    EXPECT_EQ(ValidateTable(nullptr) + ValidateTable(reinterpret_cast<ITable*>(&never_a_table)), 0U);
     EXPECT_EQ(CloseTable(nullptr), 1U);
-
-    ITable* root = CreateTable();
-    EXPECT_EQ(ValidateTable(root), 1U);
-    EXPECT_EQ(root->GetCount(), 0U);
+    TableHolder outside = NewTable();
+    TableHolder root = NewTable();
     ITable* child = root->Set("child", 1);
     ITable* grandchild = child->Set("child", 0);
-    ITable* removed = root->Set("removed", 0);
-    EXPECT_EQ(root->Set("child", 1), nullptr);
     ITable* taken = CreateTable();
-    EXPECT_EQ(root->SetInteger("number", 1, 0), 1U);
-    EXPECT_EQ(root->SetTable("number", taken, 1), 0U);
-    EXPECT_EQ(root->SetTable("taken", taken, 1), 1U);
-    ITable* outside = CreateTable();
-    root->SetExternalTable("external", outside, 1);
-    root->SetReferenceTable("reference", outside, 1);
+    EXPECT_EQ(grandchild->SetTable("taken", taken, 1), 1U);
     EXPECT_EQ(root->SetTable("null", nullptr, 1), 1U);
-    for (ITable* table : {child, grandchild, removed}) EXPECT_EQ(ValidateTable(table), 2U);
-    EXPECT_EQ(ValidateTable(taken), 1U);
-    root->Remove("removed", 1);
-    EXPECT_EQ(ValidateTable(removed), 0U);
-    EXPECT_EQ(CloseTable(root), 1U);
-    for (ITable* table : {root, child, grandchild, taken}) EXPECT_EQ(ValidateTable(table), 0U);
-    EXPECT_EQ(ValidateTable(outside), 1U);
-    CloseTable(outside);
-    ITable* next = CreateTable();
+    root->SetExternalTable("external", outside.get(), 1);
+    root->SetReferenceTable("reference", outside.get(), 1);
+    EXPECT_EQ(ValidateTable(grandchild), 2U);
+    root.reset();
+    for (ITable* table : {child, grandchild, taken}) EXPECT_EQ(ValidateTable(table), 0U);
+    EXPECT_EQ(ValidateTable(outside.get()), 1U);
+    const TableHolder next = NewTable();
     EXPECT_EQ(next->GetElementCount() + next->GetArrayCount(), 0U) << "nothing of an earlier table at that address";
-    CloseTable(next);
 }
 
-TEST(TableLifecycle, TablesBeginWithRoomForFourOrNone) {
-    TableHolder root = NewTable();
-    auto capacity = [](ITable* table) { return static_cast<Table*>(table)->Entries().Capacity(); };
-    EXPECT_EQ(capacity(root.get()), 4U);
-    EXPECT_EQ(capacity(root->Set("child", 0)), 4U);
+TEST(TableLifecycle, ATableWithoutAnArrayOfEntriesIsUsable) {
     Table* bare = MakeTable();
-    EXPECT_EQ(capacity(bare), 0U);
+    EXPECT_EQ(bare->Entries().Capacity(), 0U);
     EXPECT_EQ(bare->GetInteger("k", 3), 3);
     EXPECT_EQ(bare->Remove("k", 1) + bare->Rename("k", "l", 1), 0U);
     EXPECT_EQ(bare->Clear(1), 1U);
     EXPECT_EQ(bare->SetInteger("k", 1, 1), 1U);
-    EXPECT_EQ(capacity(bare), 4U);
+    EXPECT_EQ(bare->Entries().Capacity(), 4U);
     DestroyTable(bare);
     DestroyTable(MakeTable());
+}
+
+TEST(EntryStore, ABulkLoadEndsInTheOrderOfATable) {
+    std::vector<cstr> keys;
+    for (int n = 0; n < 600; ++n) keys.push_back(cstr_string(("key" + std::to_string(n)).c_str()));
+    std::sort(keys.begin(), keys.end(), std::greater<>());
+    for (const std::size_t size : {0U, 8U, 9U, 70U, 600U}) {
+        EntryStore store;
+        std::vector<cstr> expected(keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(size)), walk;
+        for (cstr key : expected) {
+            bool existed = true;
+            Pair* pair = store.FindOrAppend(key, existed);
+            EXPECT_FALSE(existed);
+            EXPECT_EQ(store.FindOrAppend(key, existed), pair);
+            EXPECT_TRUE(existed);
+        }
+        store.FinishBulkLoad();
+        if (size > 8) std::reverse(expected.begin(), expected.end());
+        for (Pair* pair = store.First(); pair != nullptr; pair = pair->next) walk.push_back(pair->key);
+        EXPECT_EQ(walk, expected);
+        EXPECT_TRUE(store.IsValid());
+        DestroyEntries(store.TakeAll(nullptr));
+        store.ReleaseArray();
+    }
 }
 
 /// A chain of tables, with entries beside the children. Returns the innermost.
@@ -107,45 +117,6 @@ TEST(TableLifecycle, BlocksOfOneTableAreReusedByTheNext) {
         round(2 + n % 60);
         ASSERT_EQ(heap.Outstanding(), 0) << n;
     }
-}
-
-TEST(OutOfMemory, RequestsThatCanNotBeQueuedAreDropped) {
-    std::string log;
-    TableHolder table = NewTable();
-    Listener listener{"", &log};
-    listener.act = [&](std::uint32_t, ITable* t, cstr) {
-        const Delegate self = listener.Record();
-        const FailingHeap heap(0);
-        EXPECT_EQ(t->AddRecordListener(), nullptr); // the set of requests
-        const FailingHeap queue(1);
-        t->RemoveRecordListener(&self); // their queue
-    };
-    *table->AddRecordListener() = listener.Record();
-    EXPECT_EQ(table->CreateArray(4) + table->Clear(1), 2U);
-    EXPECT_EQ(log, "12:- 3:- ");
-}
-
-TEST(OutOfMemory, AKeyThatCanNotBeInternedChangesNothing) {
-    TableHolder table = NewTable();
-    table->SetString("k", "v", 0);
-    table->AddRecordListener();
-    cstr_string(std::string(0x100000 - 9, 'f').c_str()); // fills an arena: the next text needs another
-    auto without = [](auto call) {
-        const FailingHeap heap(0);
-        return call() || !heap.Failed();
-    };
-    EXPECT_FALSE(without([&] { return cstr_string("unseen") != nullptr; }));
-    EXPECT_FALSE(without([&] { return table->SetInteger("unseen", 1, 1) != 0; }));
-    EXPECT_FALSE(without([&] { return table->GetInteger("unseen", 7) != 7; }));
-    EXPECT_FALSE(without([&] { return table->Set("unseen", 1) != nullptr; }));
-    EXPECT_FALSE(without([&] { return table->SetString("k", "unseen", 1) != 0; }));
-    EXPECT_FALSE(without([&] { return table->SetPath("k", "unseen", 1) != 0; }));
-    EXPECT_FALSE(without([&] { return table->Rename("k", "unseen", 1) != 0; }));
-    EXPECT_FALSE(without([&] { return table->AddRecordListener("unseen") != nullptr; }));
-    EXPECT_STREQ(table->GetString("k"), "v");
-    EXPECT_EQ(table->GetElementCount(), 1U);
-    EXPECT_EQ(cstr_find("unseen"), nullptr);
-    EXPECT_EQ(table->SetInteger("unseen", 1, 1), 1U);
 }
 
 } // namespace
