@@ -2,11 +2,14 @@
 
 #include "tests/faults/heap_rows.h"
 
+#include "strings/string_table.h"
+#include "tables/table_registry.h"
 #include "tests/configure/tree_text.h"
 #include "tests/support/records.h"
 #include "tests/support/temporary_folder.h"
 
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -248,41 +251,90 @@ TEST(HeapFaults, Containers) {
            {"cmd_adapt", [](Fixture& f) { return cmd_adapt(f.queue.get()) == 1; }}});
 }
 
-/// Makes an object and destroys it at once.
-template <auto Create, auto... Arguments>
-bool Make(Fixture&) {
-    auto* made = Create(Arguments...);
+/// Destroys what a factory has made at once.
+template <class Object>
+bool Made(Object* made) {
     if (made != nullptr) End()(made);
     return made != nullptr;
+}
+template <auto Create, auto... Arguments>
+bool Make(Fixture&) {
+    return Made(Create(Arguments...));
+}
+
+template <auto Intern>
+bool Interned(Fixture& fixture) {
+    return Intern(fixture.Fresh()) != nullptr;
+}
+
+/// One of each object that lives until the library is unloaded.
+struct Library {
+    Tessarin::StringTable strings;
+    Tessarin::TablePools pools;
+    Tessarin::TableRegistry registry;
+    Tessarin::ObjectPool blocks{16, 4};
+};
+
+TEST(HeapFaults, TheLibraryStartsWithoutMemoryAndWorksLater) {
+    alignas(Library) static unsigned char room[sizeof(Library)]; // static, so that only the library allocates
+    static const std::string big(0x100000 - 9, 'b');             // fills an arena
+    std::size_t attempts = 0;
+    const std::size_t failures = FailEachAllocation([&attempts](FailingHeap& heap) {
+        const bool has_buckets = attempts++ != 0; // the first allocation; without it no text is ever interned
+        auto* library = new (room) Library;
+        for (int n = 0; n < 6; ++n) { // one of each class, down to the heap
+            std::uint32_t capacity = 0;
+            Tessarin::Pair** entries = library->pools.keys.Acquire(4U << n, capacity);
+            EXPECT_TRUE(entries != nullptr || heap.Failed());
+            library->pools.keys.Release(entries, capacity);
+        }
+        void* blocks[32];
+        for (void*& block : blocks) {
+            block = library->blocks.Alloc();
+            if (block == nullptr) block = library->blocks.Alloc();
+            EXPECT_TRUE(Filled(block, 16));
+        }
+        for (void* block : blocks) library->blocks.Free(block);
+        // The two short texts have one hash, so their bucket needs a block.
+        for (const char* text : {big.c_str(), "ab", "b\xDF"}) {
+            cstr interned = library->strings.Intern(text);
+            EXPECT_TRUE(interned != nullptr || heap.Failed());
+            EXPECT_EQ(library->strings.Find(text), interned);
+            if (interned == nullptr) interned = library->strings.Intern(text);
+            EXPECT_EQ(interned != nullptr, has_buckets);
+            EXPECT_TRUE(interned == nullptr || std::strcmp(interned, text) == 0);
+        }
+        library->registry.Set(room, 1);
+        EXPECT_LE(library->registry.Get(room), 1U);
+        library->~Library();
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+    EXPECT_GT(failures, 40U);
 }
 
 TEST(HeapFaults, Factories) {
     static const TemporaryFolder folder;
     static const std::string path = folder.File("a", "");
-    const Group nothing = {[](Fixture&) {}, [](Fixture&) { return std::string(); }};
-    Check(nothing, {{"CreateTable", Make<CreateTable>},
-                    {"CreateRLFile", Make<CreateRLFile, nullptr>},
-                    {"CreateExchangeEvent", Make<CreateExchangeEvent>},
-                    {"CreateReadFile",
-                     [](Fixture&) {
-                         Tessarin::IRead* file = CreateReadFile(path.c_str());
-                         return file != nullptr && file->Release() == 1;
-                     }},
-                    {"CreateWriteFile",
-                     [](Fixture&) {
-                         Tessarin::IWrite* file = CreateWriteFile(path.c_str());
-                         return file != nullptr && file->Release() == 1;
-                     }},
-                    {"CreateTabFile", // without its own file service there is an object, which opens nothing
-                     [](Fixture&) {
-                         const Owned<ITabFile> tab(CreateTabFile(nullptr));
-                         return tab != nullptr && tab->Open(path.c_str(), 0);
-                     }},
-                    {"farr_create", Make<farr_create, 8U>},
-                    {"cmd_create", Make<cmd_create, 8U>},
-                    {"i32hm_create", Make<i32hm_create, 8U, 8U>},
-                    {"omem_create", Make<omem_create, 8U, 8U>},
-                    {"imem_create", Make<imem_create, 8U>}});
+    const auto interned = [](Fixture& f) { return std::string(cstr_find(f.Fresh()) == nullptr ? "" : "interned"); };
+    Check({[](Fixture&) {}, interned},
+          {{"cstr_string", Interned<cstr_string>},
+           {"cstr_tolower", Interned<cstr_tolower>},
+           {"cstr_path", Interned<cstr_path>},
+           {"CreateTable", Make<CreateTable>},
+           {"CreateRLFile", Make<CreateRLFile, nullptr>},
+           {"CreateExchangeEvent", Make<CreateExchangeEvent>},
+           {"CreateReadFile", [](Fixture&) { return Made(CreateReadFile(path.c_str())); }},
+           {"CreateWriteFile", [](Fixture&) { return Made(CreateWriteFile(path.c_str())); }},
+           {"CreateTabFile", // without its own file service there is an object, which opens nothing
+            [](Fixture&) {
+                const Owned<ITabFile> tab(CreateTabFile(nullptr));
+                return tab != nullptr && tab->Open(path.c_str(), 0);
+            }},
+           {"farr_create", Make<farr_create, 8U>},
+           {"cmd_create", Make<cmd_create, 8U>},
+           {"i32hm_create", Make<i32hm_create, 8U, 8U>},
+           {"omem_create", Make<omem_create, 8U, 8U>},
+           {"imem_create", Make<imem_create, 8U>}});
 }
 
 } // namespace

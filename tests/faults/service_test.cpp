@@ -2,13 +2,10 @@
 // in turn, in every way in which it can fail. Whatever the service does, each handle is closed once, the object is
 // empty after a failed load and unchanged after a save, and the next try works.
 
-#include "tessarin/configure.h"
-#include "tessarin/tab_files.h"
 #include "tests/configure/tree_text.h"
-#include "tests/support/memory_files.h"
+#include "tests/faults/heap_rows.h"
 
 #include <cstdint>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -69,16 +66,12 @@ private:
 };
 
 /// The files and what works on them, made anew for each fault.
-struct Fixture {
-    struct EndTab {
-        void operator()(ITabFile* ended) const { ended->Release(); }
-    };
-
+struct Objects {
     FaultyFiles files;
-    FilePointer file = NewFile(files);
-    std::unique_ptr<ITabFile, EndTab> tab{CreateTabFile(&files)};
+    Owned<IFile> file{CreateRLFile(&files)};
+    Owned<ITabFile> tab{CreateTabFile(&files)};
 
-    Fixture() {
+    Objects() {
         files["text"] = "a = 1 t = { x = { 1 2 { } } _default = { y = { z = 3 } } } s = \"some text\"";
         files["tab"] = "h\ti\nx\ty\n\t2\n";
         for (auto [path, format] : {std::pair("binary", FORMAT_BINARY), std::pair("written", FORMAT_TEXT)}) {
@@ -101,54 +94,53 @@ struct Operation {
     Kind kind;
     std::uint32_t access;
     const char* loaded;            // what is loaded beforehand, with that access; a save leaves it, a load drops it
-    bool (*run)(Fixture& fixture); // returns whether it succeeded
-    const char* target;            // of a save
+    bool (*run)(Objects& objects); // returns whether it succeeded
 };
 
 template <FileAccess Access, FileFormat Format>
-bool LoadIt(Fixture& fixture) {
-    return fixture.file->Load(Format == FORMAT_BINARY ? "binary" : "text", Access, Format) != nullptr;
+bool LoadIt(Objects& objects) {
+    return objects.file->Load(Format == FORMAT_BINARY ? "binary" : "text", Access, Format) != nullptr;
 }
-bool SaveText(Fixture& fixture) { return fixture.file->SaveAs("target", FORMAT_TEXT); }
-bool SaveBinary(Fixture& fixture) { return fixture.file->SaveAs("target", FORMAT_BINARY); }
+bool SaveText(Objects& objects) { return objects.file->SaveAs("target", FORMAT_TEXT); }
+bool SaveBinary(Objects& objects) { return objects.file->SaveAs("target", FORMAT_BINARY); }
 
 const Operation kOperations[] = {
-    {"text to read", Kind::kLoad, ACCESS_EDIT, "text", LoadIt<ACCESS_READ, FORMAT_TEXT>, ""},
-    {"text to edit", Kind::kLoad, ACCESS_READ, "binary", LoadIt<ACCESS_EDIT, FORMAT_TEXT>, ""},
-    {"binary", Kind::kLoad, ACCESS_READ, "text", LoadIt<ACCESS_READ, FORMAT_BINARY>, ""},
-    {"either", Kind::kLoad, ACCESS_READ, "text", LoadIt<ACCESS_READ, FORMAT_AUTO>, ""},
-    {"tab file", Kind::kLoad, ACCESS_READ, "", [](Fixture& f) { return f.tab->Open("tab", TABFILE_DEFAULT_ROW); }, ""},
-    {"text from reading", Kind::kSaveText, ACCESS_READ, "text", SaveText, "target"},
-    {"text from the binary form", Kind::kSaveText, ACCESS_READ, "binary", SaveText, "target"},
-    {"binary from editing", Kind::kSaveBinary, ACCESS_EDIT, "text", SaveBinary, "target"},
-    {"binary from itself", Kind::kSaveBinary, ACCESS_READ, "binary", SaveBinary, "target"},
-    {"save", Kind::kSaveText, ACCESS_EDIT, "written", [](Fixture& f) { return f.file->Save(); }, "written"},
+    {"text to read", Kind::kLoad, ACCESS_EDIT, "text", LoadIt<ACCESS_READ, FORMAT_TEXT>},
+    {"text to edit", Kind::kLoad, ACCESS_READ, "binary", LoadIt<ACCESS_EDIT, FORMAT_TEXT>},
+    {"binary", Kind::kLoad, ACCESS_READ, "text", LoadIt<ACCESS_READ, FORMAT_BINARY>},
+    {"either", Kind::kLoad, ACCESS_READ, "text", LoadIt<ACCESS_READ, FORMAT_AUTO>},
+    {"tab file", Kind::kLoad, ACCESS_READ, "", [](Objects& f) { return f.tab->Open("tab", TABFILE_DEFAULT_ROW); }},
+    {"text from reading", Kind::kSaveText, ACCESS_READ, "text", SaveText},
+    {"text from the binary form", Kind::kSaveText, ACCESS_READ, "binary", SaveText},
+    {"binary from editing", Kind::kSaveBinary, ACCESS_EDIT, "text", SaveBinary},
+    {"binary from itself", Kind::kSaveBinary, ACCESS_READ, "binary", SaveBinary},
+    {"save", Kind::kSaveText, ACCESS_EDIT, "written", [](Objects& f) { return f.file->Save(); }},
 };
 
 /// Makes one call fail in one way. Returns whether the call can fail in that way.
 bool Strike(const Operation& operation, int call, Fault fault, int& calls) {
-    Fixture fixture;
-    FaultyFiles& files = fixture.files;
-    const std::string empty = fixture.State();
+    Objects objects;
+    FaultyFiles& files = objects.files;
+    const std::string empty = objects.State();
     if (*operation.loaded == '\0') {
-        EXPECT_TRUE(fixture.tab->Open("tab", 0));
+        EXPECT_TRUE(objects.tab->Open("tab", 0));
     } else {
-        EXPECT_NE(fixture.file->Load(operation.loaded, operation.access, FORMAT_AUTO), nullptr);
+        EXPECT_NE(objects.file->Load(operation.loaded, operation.access, FORMAT_AUTO), nullptr);
     }
-    const std::string loaded = fixture.State();
+    const std::string loaded = objects.State();
     files["target"] = "old";
     files.FailAt(call, fault);
-    const bool done = operation.run(fixture);
+    const bool done = operation.run(objects);
     const bool struck = files.struck;
     // The results of the text form's writes are ignored.
     EXPECT_EQ(done, !struck || (operation.kind == Kind::kSaveText && call > 0));
     EXPECT_EQ(files.handles, 0);
     if (!done) {
-        EXPECT_EQ(fixture.State(), operation.kind == Kind::kLoad ? empty : loaded);
+        EXPECT_EQ(objects.State(), operation.kind == Kind::kLoad ? empty : loaded);
     }
-    const std::string partial = files[operation.target];
+    const std::string partial = files["target"];
     files.Work();
-    EXPECT_TRUE(operation.run(fixture)) << "with a service that works";
+    EXPECT_TRUE(operation.run(objects)) << "with a service that works";
     EXPECT_EQ(files.handles, 0);
     if (operation.kind == Kind::kSaveBinary) {
         EXPECT_TRUE(files["target"] == files["binary"]);
