@@ -7,6 +7,7 @@
 #include "fuzz/table_tree.h"
 
 #include <array>
+#include <iterator>
 #include <string>
 
 namespace {
@@ -53,6 +54,7 @@ private:
 
     void Step();
     void Set(ITable& table, const char* key);
+    void Replace(ITable*& slot);
     void Listen(ITable& table, const char* key);
     void Unlisten(ITable& table, const char* key);
     void HandOver(ITable& table, const char* key);
@@ -74,71 +76,50 @@ private:
 };
 
 void Program::Step() {
+    using Action = void (*)(Program & self, ITable * &slot, const char* key);
+    constexpr Action set = [](Program& self, ITable*& slot, const char* key) { self.Set(*slot, key); };
+    constexpr Action listen = [](Program& self, ITable*& slot, const char* key) { self.Listen(*slot, key); };
+    constexpr Action rename = [](Program& self, ITable*& slot, const char* key) { slot->Rename(key, self.Key(), 1); };
+    static constexpr Action kActions[] = {
+        listen,
+        listen,
+        listen,
+        [](Program& self, ITable*& slot, const char* key) { self.Unlisten(*slot, key); },
+        [](Program& self, ITable*& slot, const char* key) { slot->Remove(key, self.source_.Below(4)); },
+        [](Program& self, ITable*& slot, const char*) { slot->Clear(self.source_.Below(4)); },
+        rename,
+        rename,
+        [](Program& self, ITable*& slot, const char* key) { self.HandOver(*slot, key); },
+        [](Program& self, ITable*& slot, const char*) { slot->CreateArray(1 + self.source_.Below(9)); },
+        [](Program&, ITable*& slot, const char*) { slot->DestroyArray(); },
+        [](Program& self, ITable*& slot, const char*) {
+            slot->SetArrayItem(self.source_.Below(20), "an item of bytes", 1);
+        },
+        [](Program& self, ITable*& slot, const char*) { self.Replace(slot); },
+        set,
+        set,
+        set};
     ITable*& slot = tables_[source_.Below(4) == 0 ? 1 : 0];
-    ITable& table = *slot;
     const char* key = Key();
-    switch (source_.Below(16)) {
-    case 0:
-    case 1:
-    case 2:
-        Listen(table, key);
-        break;
-    case 3:
-        Unlisten(table, key);
-        break;
-    case 4:
-        table.Remove(key, source_.Below(4));
-        break;
-    case 5:
-        table.Clear(source_.Below(4));
-        break;
-    case 6:
-    case 7:
-        table.Rename(key, Key(), 1);
-        break;
-    case 8:
-        HandOver(table, key);
-        break;
-    case 9:
-        table.CreateArray(1 + source_.Below(9));
-        break;
-    case 10:
-        table.DestroyArray();
-        break;
-    case 11:
-        table.SetArrayItem(source_.Below(20), "an item of bytes", 1);
-        break;
-    case 12: {
-        // The slot gets another table before this one ends, for the listeners that run in between.
-        ITable* old = slot;
-        if (source_.Below(3) != 0) break;
-        slot = CreateTable();
-        CloseTable(old);
-        break;
-    }
-    default:
-        Set(table, key);
-    }
+    kActions[source_.Below(std::size(kActions))](*this, slot, key);
+}
+
+/// The slot gets another table before the old one ends, for the listeners that run in between.
+void Program::Replace(ITable*& slot) {
+    ITable* old = slot;
+    if (source_.Below(3) != 0) return;
+    slot = CreateTable();
+    CloseTable(old);
 }
 
 void Program::Set(ITable& table, const char* key) {
     const Float4x4 matrix{};
-    switch (source_.Below(6)) {
-    case 0:
-        table.SetString(key, Key(), 1);
-        break;
-    case 1:
-        table.Set(key, 1);
-        break;
-    case 2:
-        table.SetFloat4x4(key, &matrix, 1);
-        break;
-    case 3:
-        table.SetReal(key, static_cast<float>(source_.Byte()), 1);
-        break;
-    default:
-        table.SetInteger(key, source_.Byte(), 1);
-    }
+    const std::uint32_t kind = source_.Below(6);
+    if (kind == 0) table.SetString(key, Key(), 1);
+    if (kind == 1) table.Set(key, 1);
+    if (kind == 2) table.SetFloat4x4(key, &matrix, 1);
+    if (kind == 3) table.SetReal(key, static_cast<float>(source_.Byte()), 1);
+    if (kind > 3) table.SetInteger(key, source_.Byte(), 1);
 }
 
 void Program::Listen(ITable& table, const char* key) {

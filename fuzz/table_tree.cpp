@@ -4,11 +4,11 @@
 #include "fuzz/table_tree.h"
 
 #include "fuzz/check.h"
+#include "tables/table.h"
 
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace Fuzz {
@@ -21,13 +21,16 @@ bool SameReal(float one, float other) {
     return std::bit_cast<std::uint32_t>(one) == std::bit_cast<std::uint32_t>(other);
 }
 
-template <class Vector>
-Value VectorOf(IIterator& entry, std::uint32_t (IIterator::*get)(Vector*)) {
-    Vector vector;
-    Require((entry.*get)(&vector) == 1, "a getter returns no vector");
-    std::vector<float> reals(sizeof vector / sizeof(float));
-    std::memcpy(reals.data(), &vector, sizeof vector);
-    return VectorValue(std::move(reals));
+/// The components of a vector or a matrix.
+std::vector<float> RealsOf(IIterator& entry) {
+    std::vector<float> reals(16);
+    if (entry.GetType() == VALUE_FLOAT4X4) {
+        Require(entry.GetFloat4x4(reinterpret_cast<Float4x4*>(reals.data())) == 1, "a getter returns no matrix");
+        return reals;
+    }
+    Require(entry.GetFloat4(reinterpret_cast<Float4*>(reals.data())) == 1, "a getter returns no vector");
+    reals.resize(entry.GetType() - VALUE_FLOAT2 + 2);
+    return reals;
 }
 
 Value TableOf(ITable* table) { return table == nullptr ? Value{VALUE_EXTERNAL_TABLE, 0, {}, {}, {}} : TreeOf(*table); }
@@ -56,36 +59,17 @@ Value RealValue(float real) { return {VALUE_REAL, std::bit_cast<std::int32_t>(re
 Value StringValue(std::string text) { return {VALUE_STRING, 0, std::move(text), {}, {}}; }
 
 Value VectorValue(std::vector<float> reals) {
-    const std::uint32_t kind = reals.size() == 2   ? VALUE_FLOAT2
-                               : reals.size() == 3 ? VALUE_FLOAT3
-                               : reals.size() == 4 ? VALUE_FLOAT4
-                                                   : VALUE_FLOAT4X4;
-    return {kind, 0, {}, std::move(reals), {}};
+    const auto count = static_cast<std::uint32_t>(reals.size());
+    return {count == 16 ? VALUE_FLOAT4X4 : VALUE_FLOAT2 + count - 2, 0, {}, std::move(reals), {}};
 }
 
 Value ValueOf(IIterator& entry) {
-    switch (entry.GetType()) {
-    case VALUE_STRING:
-        return StringValue(entry.GetString() == nullptr ? "" : entry.GetString());
-    case VALUE_TABLE:
-    case VALUE_EXTERNAL_TABLE:
-    case VALUE_REFERENCE_TABLE:
-        return TableOf(entry.GetTable());
-    case VALUE_INTEGER:
-        return IntegerValue(entry.GetInteger());
-    case VALUE_REAL:
-        return RealValue(entry.GetReal());
-    case VALUE_FLOAT2:
-        return VectorOf<Float2>(entry, &IIterator::GetFloat2);
-    case VALUE_FLOAT3:
-        return VectorOf<Float3>(entry, &IIterator::GetFloat3);
-    case VALUE_FLOAT4:
-        return VectorOf<Float4>(entry, &IIterator::GetFloat4);
-    case VALUE_FLOAT4X4:
-        return VectorOf<Float4x4>(entry, &IIterator::GetFloat4x4);
-    default:
-        return {entry.GetType(), entry.GetInteger(), {}, {}, {}};
-    }
+    const std::uint32_t kind = entry.GetType();
+    if (kind == VALUE_STRING) return StringValue(entry.GetString() == nullptr ? "" : entry.GetString());
+    if (kind == VALUE_REAL) return RealValue(entry.GetReal());
+    if (kind >= VALUE_TABLE && kind <= VALUE_REFERENCE_TABLE) return TableOf(entry.GetTable());
+    if (kind >= VALUE_FLOAT2 && kind <= VALUE_FLOAT4X4) return VectorValue(RealsOf(entry));
+    return {kind, entry.GetInteger(), {}, {}, {}};
 }
 
 Value TreeOf(ITable& table) {
@@ -96,6 +80,7 @@ Value TreeOf(ITable& table) {
         Require(table.Find(key) == entry, "an entry isn't found by its key");
         tree.entries.push_back({key, ValueOf(*entry)});
     }
+    Require(static_cast<Table&>(table).Entries().IsValid(), "the order or the index is another");
     Require(tree.entries.size() == table.GetElementCount(), "the walk has another number of entries than the table");
     std::sort(tree.entries.begin(), tree.entries.end(), [](const Entry& a, const Entry& b) { return a.key < b.key; });
     return tree;

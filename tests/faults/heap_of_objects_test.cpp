@@ -143,6 +143,12 @@ TEST(HeapFaults, TabFiles) {
 constexpr std::uintptr_t kMapEntries = 16; // as many as the first chunk of nodes has
 const Record kSmall = MakeRecord(24, 1), kLarge = MakeRecord(5000, 2);
 
+/// Whether there is room for a record, which is then written.
+bool Written(void* room, const Record& record) {
+    if (room != nullptr) std::memcpy(room, record.data(), record.size());
+    return room != nullptr;
+}
+
 /// The list to read. Two exchanges, so the list to write remains the same.
 Tessarin::EventList& ListToRead(Fixture& fixture) {
     fixture.exchange->Exchange();
@@ -173,9 +179,7 @@ TEST(HeapFaults, Events) {
               {{"push", [](Fixture& f) { return ListToRead(f).Push(kLarge.data()) != nullptr; }},
                {"reserve",
                 [](Fixture& f) {
-                    void* room = ListToRead(f).Reserve(static_cast<std::uint32_t>(kLarge.size()));
-                    if (room != nullptr) std::memcpy(room, kLarge.data(), kLarge.size());
-                    return room != nullptr;
+                    return Written(ListToRead(f).Reserve(static_cast<std::uint32_t>(kLarge.size())), kLarge);
                 }},
                {"post", [](Fixture& f) {
                     EXPECT_EQ(f.exchange->Post(kLarge.data()), 1U) << "also for an event that is lost";
@@ -232,9 +236,7 @@ TEST(HeapFaults, Containers) {
             [](Fixture& f) { return farr_push_element(f.arr.get(), farr_at(f.arr.get(), 2)) != nullptr; }},
            {"cmd_push",
             [](Fixture& f) {
-                void* room = cmd_push(f.queue.get(), static_cast<std::uint32_t>(kLarge.size()));
-                if (room != nullptr) std::memcpy(room, kLarge.data(), kLarge.size());
-                return room != nullptr;
+                return Written(cmd_push(f.queue.get(), static_cast<std::uint32_t>(kLarge.size())), kLarge);
             }},
            {"cmd_push_element",
             [](Fixture& f) {

@@ -1,8 +1,7 @@
-// How tables are made, filled in bulk and destroyed: the registry, deep trees, and the reuse of blocks.
+// How tables are made, filled in bulk and destroyed: the registry and deep trees.
 
 #include "tables/table.h"
 #include "tables/table_factory.h"
-#include "tests/support/failing_heap.h"
 #include "tests/support/small_stack.h"
 #include "tests/tables/recorder.h"
 
@@ -92,30 +91,6 @@ TEST(TableLifecycle, ATableAMillionDeepEndsOnASmallStack) {
         ASSERT_EQ(ValidateTable(innermost), 2U);
         RunOnSmallStack([&] { by_closing ? root.reset() : static_cast<void>(root->Remove("inner", 1)); });
         EXPECT_EQ(ValidateTable(innermost), 0U);
-    }
-}
-
-TEST(TableLifecycle, BlocksOfOneTableAreReusedByTheNext) {
-    std::string log;
-    Listener listener{"", &log};
-    listener.act = [&](std::uint32_t, ITable* table, cstr) { table->AddArrayListener(); };
-    auto round = [&](int entries) {
-        TableHolder table = NewTable();
-        const Float4x4 matrix{};
-        for (int n = 0; n < entries; ++n) table->SetInteger(("key" + std::to_string(n)).c_str(), n, 0);
-        table->Set("child", 0)->SetFloat4x4("matrix", &matrix, 0);
-        for (int n = 0; n < 20; ++n) *table->AddRecordListener() = listener.Record();
-        for (int n = 0; n < 70; ++n) *table->AddArgumentListener("key0") = listener.Argument();
-        table->CreateArray(400);
-        table->SetInteger("key0", 5, 1); // and queued requests
-        if (entries % 2 == 0) table->Clear(0);
-        log.clear();
-    };
-    for (int entries = 2; entries < 200; entries += 60) round(entries);
-    for (int n = 0; n < 300; ++n) { // more rounds than a chunk has blocks: a block lost in each would show
-        const FailingHeap heap;
-        round(2 + n % 60);
-        ASSERT_EQ(heap.Outstanding(), 0) << n;
     }
 }
 
