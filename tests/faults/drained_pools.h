@@ -74,11 +74,11 @@ inline std::string FreshText() {
 inline void FillArena() {
     static int number = 0;
     for (std::size_t size = 0x80000; size >= 32; size /= 2) {
-        for (bool took = true; took;) {
+        for (int failures = 0; failures < 3;) { // in a row, as a text may also lack a place in the table's index
             std::string text = std::to_string(++number);
             text.resize(size, '-');
             const FailingHeap heap(0);
-            took = cstr_string(text.c_str()) != nullptr;
+            failures = cstr_string(text.c_str()) != nullptr ? 0 : failures + 1;
         }
     }
 }

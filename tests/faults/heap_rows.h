@@ -1,6 +1,7 @@
-// Runs operations with each of their allocations failing in turn. A row runs one operation and returns whether it
-// succeeded. The same must hold for all of them: an operation that fails has changed nothing that can be seen, it works
-// when it is tried again, and the state is then the same as without any failure.
+// Runs operations with each of their allocations failing in turn, and with each call of the host's file service failing
+// in each way. A row runs one operation and returns whether it succeeded. The same must hold for all of them: an
+// operation that fails has changed nothing that can be seen, it works when it is tried again, and the state is then the
+// same as without any failure.
 //
 // A first round drains the pools before each run and fills the string table's arena, so that no block is free by
 // chance. It then tries again what has failed. A second round leaves pools and arena as they are, and ends everything
@@ -10,9 +11,9 @@
 #define TESSARIN_TESTS_FAULTS_HEAP_ROWS_H
 
 #include "tests/faults/drained_pools.h"
+#include "tests/faults/faulty_files.h"
 
 #include "tessarin/tessarin.h"
-#include "tests/support/memory_files.h"
 
 #include <algorithm>
 #include <functional>
@@ -66,7 +67,7 @@ struct Fixture {
     std::string fresh = FreshText(), text;
     CountingListener listener;
     Owned<Tessarin::ITable> table, other;
-    MemoryFiles files;
+    FaultyFiles files;
     Owned<Configure::IFile> file;
     Owned<ITabFile> tab;
     Owned<Tessarin::IExchangeEvent> exchange;
@@ -84,12 +85,14 @@ using Run = bool (*)(Fixture&);
 struct Row {
     const char* name;
     Run run;
+    bool ignores_writes = false; // it succeeds even if its file can't be written
 };
 
 struct Group {
     std::function<void(Fixture&)> prepare;
     std::string (*state)(Fixture&); // what can be seen of it
     bool may_lack = false;          // an operation may succeed with some lines of the state missing
+    Run fill = nullptr;             // adds what is gone after the operation, whether it succeeds or fails
 };
 
 /// A text with each `what` in it replaced by `by`.
@@ -111,30 +114,48 @@ inline State StateOf(const Group& group, Fixture& fixture) {
     return state;
 }
 
-/// One operation with its n-th allocation failing.
+/// What fails in a run.
+struct Trouble {
+    std::size_t allocation = FailingHeap::kNever;
+    int call = -1; // of the file service
+    int way = 0;
+};
+
+/// One run of an operation.
 struct Attempt {
-    bool failed = false; // there was an n-th one
+    bool failed = false; // the allocation or the call was reached
+    int calls = 0;       // of the file service
     long outstanding = 0;
 
-    /// whole  the state after a run that has all its memory; taken from the first run, for which n is kNever
+    /// whole  the state after a run without trouble, which takes it
     /// pools  are drained; null in the second round
-    Attempt(const Group& group, const Row& row, std::size_t n, State& whole, DrainedPools* pools) {
+    Attempt(const Group& group, const Row& row, const Trouble& trouble, State& whole, DrainedPools* pools) {
         std::optional<Fixture> fixture;
         With(FailingHeap::kNever, [&] { group.prepare(fixture.emplace()); });
+        FaultyFiles& files = fixture->files;
         const State before = StateOf(group, *fixture);
+        if (group.fill != nullptr) {
+            With(FailingHeap::kNever, [&] { EXPECT_TRUE(group.fill(*fixture)); });
+        }
         if (pools != nullptr) FillArena(), pools->Drain();
+        files.FailAt(trouble.call, trouble.way);
         bool done = false;
-        failed = With(n, [&] { done = row.run(*fixture); });
+        failed = With(trouble.allocation, [&] { done = row.run(*fixture); });
+        const bool struck = files.struck;
+        failed = failed || struck;
+        calls = files.calls;
+        files.FailAt(-1, 0);
         const State after = StateOf(group, *fixture);
-        if (n == FailingHeap::kNever) whole = after;
+        if (trouble.allocation == FailingHeap::kNever && trouble.call < 0) whole = after;
         if (done) {
             const bool is_part = std::includes(whole.begin(), whole.end(), after.begin(), after.end());
             EXPECT_TRUE(failed && group.may_lack ? is_part : after == whole) << "the operation reported success";
+            EXPECT_TRUE(!struck || (row.ignores_writes && trouble.call > 0)) << "and the file service a failure";
         } else {
-            EXPECT_TRUE(failed) << "failed with all the memory that it asked for";
+            EXPECT_TRUE(failed) << "failed without a reason";
             EXPECT_EQ(after, before);
-            if (pools != nullptr) {
-                EXPECT_TRUE(row.run(*fixture)) << "failed again, with memory";
+            if (pools != nullptr || struck) {
+                EXPECT_TRUE(row.run(*fixture)) << "failed again";
                 EXPECT_EQ(StateOf(group, *fixture), whole);
             }
         }
@@ -156,22 +177,28 @@ inline void Check(const Group& group, const std::vector<Row>& rows) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
         State whole;
-        Attempt(group, row, FailingHeap::kNever, whole, &pools);
+        const int calls = Attempt(group, row, {}, whole, &pools).calls;
+        for (int call = 0; call < calls; ++call) {
+            SCOPED_TRACE(call);
+            int way = 0;
+            while (Attempt(group, row, {FailingHeap::kNever, call, way}, whole, nullptr).failed) ++way;
+            EXPECT_GT(way, 0);
+        }
         std::size_t n = 0;
-        for (; Attempt(group, row, n, whole, &pools).failed; ++n) {
+        for (; Attempt(group, row, {n}, whole, &pools).failed; ++n) {
             EXPECT_TRUE(pools.Drain()) << "a block lost, failure " << n;
         }
         EXPECT_TRUE(pools.Drain());
         EXPECT_GT(n, 0U) << "no allocation to fail";
         // What the pools and the arena need, they get once and keep.
-        for (int more = 0; Attempt(group, row, FailingHeap::kNever, whole, nullptr).outstanding != 0; ++more) {
+        for (int more = 0; Attempt(group, row, {}, whole, nullptr).outstanding != 0; ++more) {
             ASSERT_LT(more, 20) << "memory lost";
         }
         bool failed = true;
         for (n = 0; failed; ++n) {
-            const Attempt attempt(group, row, n, whole, nullptr);
+            const Attempt attempt(group, row, {n}, whole, nullptr);
             failed = attempt.failed;
-            EXPECT_TRUE(attempt.outstanding == 0 || Attempt(group, row, n, whole, nullptr).outstanding == 0)
+            EXPECT_TRUE(attempt.outstanding == 0 || Attempt(group, row, {n}, whole, nullptr).outstanding == 0)
                 << "memory lost, failure " << n;
         }
     }
