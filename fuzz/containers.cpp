@@ -1,24 +1,37 @@
 // A random program for one of the containers, compared with a plain model of it at each step. The first byte selects
 // the container, the next ones its sizes; then each byte selects an operation, followed by the bytes that it needs.
+// The operations are those of the interface; what they leave in a record's fields is compared, too.
 
-#include "tessarin/containers.h"
+#include "containers/command_queue.h"
+#include "containers/hash_map.h"
+#include "containers/incremental_pool.h"
 #include "fuzz/byte_source.h"
 #include "fuzz/check.h"
-#include "tessarin/events.h"
+#include "services/event_list.h"
 
 #include <algorithm>
 #include <cstring>
 #include <deque>
 #include <map>
-#include <optional>
-#include <string>
+#include <memory>
 #include <utility>
 #include <vector>
 
 namespace {
 
 using namespace Fuzz;
+using Tessarin::RecordRing;
 using Bytes = std::vector<unsigned char>;
+
+template <auto Destroy>
+struct Ending {
+    template <class Record>
+    void operator()(Record* record) const {
+        Destroy(record);
+    }
+};
+template <class Record, auto Destroy>
+using Owned = std::unique_ptr<Record, Ending<Destroy>>;
 
 Bytes Pattern(std::size_t size, std::uint8_t seed) {
     Bytes bytes(size);
@@ -42,113 +55,102 @@ class FlatArray {
 public:
     FlatArray(ByteSource& source, std::uint32_t element_size, std::uint32_t room)
         : source_(source), size_(element_size), capacity_(element_size * room),
-          array_(farr_create_capacity(element_size, room)) {
-        Require(array_ != nullptr, "no array");
-    }
-    ~FlatArray() { farr_destroy(array_); }
-    FlatArray(const FlatArray&) = delete;
-    FlatArray& operator=(const FlatArray&) = delete;
+          owned_(farr_create_capacity(element_size, room)) {}
 
     void Step() {
+        farr* array = owned_.get();
         switch (source_.Below(15)) {
         case 0:
-            return Fill(farr_push(array_), Grown());
-        case 1:
-            return PushCopy(Pattern(size_, source_.Byte()));
+            return Push(nullptr, Pattern(size_, source_.Byte()));
         case 2:
             return model_.empty() ? void() : PushOwn(source_.Below(Count()));
         case 3:
-            return Resize(source_.Byte() * 3U, source_.Byte() & 1U);
+            return Resize(source_.Byte(), source_.Byte() & 1U);
         case 4:
             return Erase(source_.Byte());
         case 5:
             return FastErase(source_.Byte());
         case 6:
-            farr_popback(array_);
+            farr_popback(array);
             return model_.empty() ? void() : model_.pop_back();
         case 7:
-            farr_clear(array_);
+            farr_clear(array);
             return model_.clear();
         case 8:
-            farr_adapt(array_);
+            farr_adapt(array);
             capacity_ = Count() * size_;
             return;
         case 9:
             size_ = 1 + source_.Below(64);
-            farr_reset(array_, size_);
+            farr_reset(array, size_);
             return model_.clear();
         case 10:
-            threshold_ = std::max<std::uint32_t>(source_.Byte() * 16U, size_);
-            return farr_reset_threshold(array_, threshold_);
+            threshold_ = source_.Byte() * 16U;
+            farr_reset_threshold(array, threshold_);
+            threshold_ = std::max(threshold_, size_);
+            return;
         case 11:
             return Sort(source_.Byte(), source_.Byte());
         case 12:
-            return SwapWithCopy();
+            return owned_.reset(farr_copy(array));
         default:
-            return PushCopy(Pattern(size_, source_.Byte()));
+            const Bytes bytes = Pattern(size_, source_.Byte());
+            return Push(bytes.data(), bytes);
         }
     }
 
     void Check() const {
-        Require(farr_count(array_) == Count() && (farr_empty(array_) != 0) == model_.empty(), "another count");
-        Require(farr_capacity(array_) == capacity_ && farr_threshold(array_) == threshold_, "another capacity");
-        void* element = farr_begin(array_);
-        for (std::uint32_t i = 0; i < Count(); ++i, element = farr_next(array_, element)) {
-            Require(element == farr_at(array_, i) && Holds(element, model_[i]), "an element is another");
+        farr* array = owned_.get();
+        Require(array != nullptr, "no array");
+        Require(farr_count(array) == Count() && (farr_empty(array) != 0) == model_.empty(), "another count");
+        Require(farr_capacity(array) == capacity_ && farr_threshold(array) == threshold_, "another capacity");
+        void* element = farr_begin(array);
+        for (std::uint32_t i = 0; i < Count(); ++i, element = farr_next(array, element)) {
+            Require(element == farr_at(array, i) && Holds(element, model_[i]), "an element is another");
         }
-        Require(element == farr_end(array_) && farr_at(array_, Count()) == nullptr, "an element too many");
+        Require(element == farr_end(array) && farr_at(array, Count()) == nullptr, "an element too many");
     }
 
 private:
     [[nodiscard]] std::uint32_t Count() const { return static_cast<std::uint32_t>(model_.size()); }
 
-    /// Lets the model's capacity grow for one more element. Returns the bytes of a new element.
-    Bytes Grown() {
+    /// Without a source the element is filled afterwards.
+    void Push(const void* from, const Bytes& bytes) {
         const std::uint32_t need = (Count() + 1) * size_;
         if (need > capacity_) {
             capacity_ = need > threshold_ ? need + threshold_ : need < 65535 ? need * 2 : need + need / 2;
         }
-        return Pattern(size_, source_.Byte());
-    }
-
-    void Fill(void* element, const Bytes& bytes) {
-        Require(element != nullptr, "no element");
-        std::memcpy(element, bytes.data(), bytes.size());
-        model_.push_back(bytes);
-    }
-
-    void PushCopy(const Bytes& bytes) {
-        Grown();
-        Require(Holds(farr_push_element(array_, bytes.data()), bytes), "a copy is another");
+        void* element = from == nullptr ? farr_push(owned_.get()) : farr_push_element(owned_.get(), from);
+        if (from == nullptr && element != nullptr) std::memcpy(element, bytes.data(), bytes.size());
+        Require(Holds(element, bytes), "a copy is another");
         model_.push_back(bytes);
     }
 
     void PushOwn(std::uint32_t index) {
-        Grown();
         const Bytes bytes = model_[index];
-        Require(Holds(farr_push_element(array_, farr_at(array_, index)), bytes), "a copy of its own is another");
-        model_.push_back(bytes);
+        Push(farr_at(owned_.get(), index), bytes);
     }
 
-    void Resize(std::uint32_t count, std::uint32_t zero_fill) {
-        const std::uint32_t before = Count();
-        farr_resize(array_, count, zero_fill);
+    /// Sometimes beyond the size from which a buffer grows by realloc.
+    void Resize(std::uint32_t number, std::uint32_t zero_fill) {
+        const std::uint32_t before = Count(), count = number < 240 ? number * 3 : number * 9;
+        farr_resize(owned_.get(), count, zero_fill);
         if (count == 0) return;
         capacity_ = std::max(capacity_, count * size_);
         model_.resize(count, Bytes(size_));
         for (std::uint32_t i = before; zero_fill == 0 && i < count; ++i) {
             model_[i] = Pattern(size_, static_cast<std::uint8_t>(i));
-            std::memcpy(farr_at(array_, i), model_[i].data(), size_);
+            std::memcpy(farr_at(owned_.get(), i), model_[i].data(), size_);
         }
     }
 
     void Erase(std::uint32_t index) {
-        farr_erase(array_, index);
+        farr_erase(owned_.get(), index);
         if (index < Count()) model_.erase(Place(index));
     }
 
     void FastErase(std::uint32_t index) {
-        farr_fast_erase(array_, index);
+        farr_fast_erase(owned_.get(), index);
         if (index >= Count()) return;
         std::swap(model_[index], model_.back());
         model_.pop_back();
@@ -157,19 +159,12 @@ private:
     void Sort(std::uint32_t first, std::uint32_t last) {
         compared_size = size_;
         if (first == last) {
-            farr_sort(array_, CompareBytes);
+            farr_sort(owned_.get(), CompareBytes);
             std::sort(model_.begin(), model_.end(), IsLess);
             return;
         }
-        farr_sort_particular(array_, first, last, CompareBytes);
+        farr_sort_particular(owned_.get(), first, last, CompareBytes);
         if (first < last && last <= Count()) std::sort(Place(first), Place(last), IsLess);
-    }
-
-    void SwapWithCopy() {
-        farr* copy = farr_copy(array_);
-        Require(copy != nullptr, "no copy");
-        farr_destroy(array_);
-        array_ = copy;
     }
 
     std::vector<Bytes>::iterator Place(std::uint32_t index) {
@@ -180,7 +175,7 @@ private:
     std::uint32_t size_;
     std::uint32_t capacity_;
     std::uint32_t threshold_ = 8U << 20;
-    farr* array_;
+    Owned<farr, farr_destroy> owned_;
     std::vector<Bytes> model_;
 };
 
@@ -198,192 +193,208 @@ Bytes Record(std::uint32_t size, std::uint8_t seed) {
     return record;
 }
 
-/// The command queue with the interface of the event list.
-class Commands {
+/// A command queue with the interface of an event list.
+class Commands final : public Tessarin::EventList {
 public:
-    static constexpr std::uint32_t kLeast = 4;
+    explicit Commands(cmd* queue) : queue_(queue) {}
 
-    explicit Commands(ByteSource& source) : queue_(cmd_create(1U + source.Byte())) {}
-    ~Commands() { cmd_destroy(queue_); }
-    Commands(const Commands&) = delete;
-    Commands& operator=(const Commands&) = delete;
-
-    std::uint32_t GetCount() { return cmd_count(queue_); }
-    std::uint32_t GetCapacity() { return cmd_capacity(queue_); }
-    bool IsEmpty() { return cmd_empty(queue_) != 0; }
-    void* Reserve(std::uint32_t size) { return cmd_push(queue_, size); }
-    void Push(const void* record) { cmd_push_element(queue_, record); }
-    void* Front() { return cmd_front(queue_); }
-    void Pop() { cmd_pop(queue_); }
-    void Clear() { cmd_clear(queue_); }
-
-    void Adapt(std::size_t used) {
-        Require(cmd_adapt(queue_) == (used == 0 ? 0U : 1U), "an adapt returns something else");
-        if (used != 0) Require(GetCapacity() == used, "adapted to another size");
+    std::uint32_t GetCount() override { return cmd_count(queue_); }
+    std::uint32_t GetCapacity() override { return cmd_capacity(queue_); }
+    bool IsEmpty() override { return cmd_empty(queue_) != 0; }
+    void* Reserve(std::uint32_t size) override { return cmd_push(queue_, size); }
+    void* Front() override { return cmd_front(queue_); }
+    void Pop() override { cmd_pop(queue_); }
+    void Clear() override { cmd_clear(queue_); }
+    void* Push(const void* record) override {
+        cmd_push_element(queue_, record);
+        return nullptr;
     }
 
 private:
     cmd* queue_;
 };
 
-/// The list that an exchange's consumer holds; the consumer itself pushes to it.
-class Events {
-public:
-    static constexpr std::uint32_t kLeast = 8;
-
-    explicit Events(ByteSource&) : exchange_(CreateExchangeEvent()), list_(exchange_->Exchange()) {}
-    ~Events() { exchange_->Release(); }
-    Events(const Events&) = delete;
-    Events& operator=(const Events&) = delete;
-
-    std::uint32_t GetCount() { return list_->GetCount(); }
-    std::uint32_t GetCapacity() { return list_->GetCapacity(); }
-    bool IsEmpty() { return list_->IsEmpty(); }
-    void* Reserve(std::uint32_t size) { return list_->Reserve(size); }
-    void Push(const void* record) { list_->Push(record); }
-    void* Front() { return list_->Front(); }
-    void Pop() { list_->Pop(); }
-    void Clear() { list_->Clear(); }
-    void Adapt(std::size_t) {} // an event list never shrinks
-
-private:
-    Tessarin::IExchangeEvent* exchange_;
-    Tessarin::EventList* list_;
-};
-
-template <class Queue>
+/// A queue and its model: the records with their offsets in the ring, whose words follow from these.
 class QueueDriver {
 public:
-    explicit QueueDriver(ByteSource& source) : source_(source), queue_(source) {}
+    /// `adaptable` is null for an event list, which never shrinks.
+    QueueDriver(ByteSource& source, Tessarin::EventList& queue, const RecordRing& ring, cmd* adaptable)
+        : source_(source), queue_(queue), ring_(ring), adaptable_(adaptable), capacity_(ring.capacity) {}
 
     void Run() {
-        while (!source_.AtEnd()) {
-            const std::uint32_t capacity = queue_.GetCapacity();
-            const bool may_shrink = Step();
-            Require(may_shrink || queue_.GetCapacity() >= capacity, "a queue shrinks by itself");
-            Require(queue_.GetCount() == model_.size() && queue_.IsEmpty() == model_.empty(), "another count");
-            Require(model_.empty() ? queue_.Front() == nullptr : Holds(queue_.Front(), model_.front()),
-                    "another front");
-        }
-        for (; !model_.empty(); Pop()) Require(Holds(queue_.Front(), model_.front()), "a record is another");
+        for (Check(); !source_.AtEnd(); Check()) Step();
+        for (; !model_.empty(); Check()) Pop();
     }
 
 private:
-    bool Step() {
-        switch (source_.Below(10)) {
-        case 0:
-            Reserve(Record(Size(), source_.Byte()));
-            break;
-        case 1:
+    struct Placed {
+        Bytes bytes;
+        std::uint32_t at;
+
+        [[nodiscard]] std::uint32_t End() const { return at + static_cast<std::uint32_t>(bytes.size()); }
+    };
+
+    void Step() {
+        const std::uint32_t operation = source_.Below(64);
+        if (operation >= 34) {
+            const Bytes record = Record(Size(), source_.Byte());
+            operation < 44 ? Reserve(record) : Push(record.data(), record);
+        } else if (operation >= 5) {
+            Pop();
+        } else if (operation >= 3) {
             PushOwn();
-            break;
-        case 2:
-        case 3:
-        case 4:
-            if (!model_.empty()) Pop();
-            break;
-        case 5:
+        } else if (operation == 2) {
+            Adapt();
+        } else if (operation == 1) {
+            Damage();
+        } else {
             queue_.Clear();
             model_.clear();
-            break;
-        case 6:
-            queue_.Adapt(Used());
-            return true;
-        case 7:
-            Damage();
-            break;
-        default:
-            Push(Record(Size(), source_.Byte()));
         }
-        return false;
     }
+
+    void Check() {
+        const bool wrapped = IsWrapped();
+        std::uint32_t last = 0; // the end of the records from the head on
+        for (const Placed& record : model_) last = std::max(last, record.End());
+        const RecordRing words = {capacity_, static_cast<std::uint32_t>(model_.size()), Head(), Tail(),
+                                  wrapped ? capacity_ - last : 0};
+        Require(std::memcmp(&words, &ring_, sizeof words) == 0, "another word of the ring");
+        Require(queue_.GetCount() == words.count && queue_.IsEmpty() == model_.empty(), "another count");
+        Require(model_.empty() ? queue_.Front() == nullptr : Holds(queue_.Front(), model_.front().bytes),
+                "another front");
+    }
+
+    [[nodiscard]] std::uint32_t Head() const { return model_.empty() ? 0 : model_.front().at; }
+    [[nodiscard]] std::uint32_t Tail() const { return model_.empty() ? 0 : model_.back().End(); }
+    [[nodiscard]] bool IsWrapped() const { return !model_.empty() && Tail() <= Head(); }
 
     /// Mostly small, rarely more than a page.
     std::uint32_t Size() {
         const std::uint32_t size = source_.Byte();
-        return Queue::kLeast + (size < 250 ? size : size * 40);
+        return (adaptable_ == nullptr ? 8 : 4) + (size < 250 ? size : size * 40);
     }
 
-    [[nodiscard]] std::size_t Used() const {
-        std::size_t used = 0;
-        for (const Bytes& record : model_) used += record.size();
-        return used;
+    /// Adds a record where it belongs: at the tail, else at the start, else at the end of the next larger buffer.
+    void Add(const Bytes& bytes) {
+        const auto size = static_cast<std::uint32_t>(bytes.size());
+        std::uint32_t at = Tail();
+        if ((IsWrapped() ? Head() : capacity_) - at < size) {
+            if (!IsWrapped() && Head() >= size) {
+                at = 0;
+            } else {
+                const std::uint32_t need = size + (capacity_ == 0 ? 4096 : capacity_);
+                capacity_ = capacity_ == 0 ? need : need < 65536 ? need * 2 : need + need / 2;
+                at = Straighten();
+            }
+        }
+        model_.push_back({bytes, at});
     }
 
-    void Push(const Bytes& record) {
-        queue_.Push(record.data());
-        model_.push_back(record);
+    /// Returns the end of the records, which then lie at the buffer's start.
+    std::uint32_t Straighten() {
+        std::uint32_t end = 0;
+        for (Placed& record : model_) record.at = std::exchange(end, end + record.End() - record.at);
+        return end;
+    }
+
+    void Push(const void* from, const Bytes& record) {
+        const void* copy = queue_.Push(from);
+        Require(adaptable_ != nullptr || Holds(copy, record), "a copy is another"); // commands don't return it
+        Add(record);
     }
 
     void Reserve(const Bytes& record) {
         void* room = queue_.Reserve(static_cast<std::uint32_t>(record.size()));
         Require(room != nullptr, "no room");
         std::memcpy(room, record.data(), record.size());
-        model_.push_back(record);
+        Add(record);
     }
 
     /// Pushes a copy of the front, sometimes of a front that has just been popped.
     void PushOwn() {
         if (model_.empty()) return;
         const void* front = queue_.Front();
-        const Bytes record = model_.front();
+        const Bytes record = model_.front().bytes;
         if ((source_.Byte() & 1U) != 0) Pop();
-        queue_.Push(front);
-        model_.push_back(record);
+        Push(front, record);
     }
 
     void Pop() {
         queue_.Pop();
-        model_.pop_front();
+        if (!model_.empty()) model_.pop_front();
+    }
+
+    void Adapt() {
+        if (adaptable_ == nullptr) return;
+        Require(cmd_adapt(adaptable_) == (model_.empty() ? 0U : 1U), "an adapt returns something else");
+        std::uint32_t used = 0;
+        for (const Placed& record : model_) used += record.End() - record.at;
+        if (used == 0 || used == capacity_) return;
+        capacity_ = used;
+        Straighten();
     }
 
     /// A wrong first word may lose the records after it and has no other effect.
     void Damage() {
         if (model_.empty()) return;
-        const auto word = source_.Plain<std::uint32_t>();
+        const auto word = source_.Below(2) == 0 ? source_.Byte() : source_.Plain<std::uint32_t>();
         std::memcpy(queue_.Front(), &word, sizeof word);
         for (std::uint32_t i = source_.Below(8); i != 0; --i) {
-            const Bytes record = Record(Size(), source_.Byte());
-            queue_.Push(record.data());
+            queue_.Push(Record(Size(), source_.Byte()).data());
             queue_.Pop();
         }
-        while (!queue_.IsEmpty()) queue_.Pop();
-        Require(queue_.Front() == nullptr, "an empty queue has a front");
+        for (std::uint32_t left = queue_.GetCount(); left != 0; left = queue_.GetCount()) {
+            Require(ring_.head < queue_.GetCapacity(), "a head beyond the buffer");
+            queue_.Pop();
+            Require(queue_.GetCount() < left, "a pop that removes nothing");
+        }
+        Require(queue_.GetCapacity() >= capacity_, "a queue shrinks by itself");
+        capacity_ = queue_.GetCapacity();
         model_.clear();
     }
 
     ByteSource& source_;
-    Queue queue_;
-    std::deque<Bytes> model_;
+    Tessarin::EventList& queue_;
+    const RecordRing& ring_;
+    cmd* adaptable_;
+    std::uint32_t capacity_;
+    std::deque<Placed> model_;
 };
+
+void DriveCommands(ByteSource& source) {
+    const Owned<cmd, cmd_destroy> queue(cmd_create(1U + source.Byte()));
+    Commands commands(queue.get());
+    QueueDriver(source, commands, queue->ring, queue.get()).Run();
+}
+
+void DriveEvents(ByteSource& source) {
+    Tessarin::CEventList events;
+    QueueDriver(source, events, events.Ring(), nullptr).Run();
+}
 
 /// Two lists that are swapped: what the consumer leaves in one is there again when the list is handed out next.
 void DriveExchange(ByteSource& source) {
     Tessarin::IExchangeEvent* exchange = CreateExchangeEvent();
     std::deque<Bytes> written, read;
-    Tessarin::EventList* list = nullptr;
-    while (!source.AtEnd()) {
-        switch (source.Below(4)) {
-        case 0:
+    for (Tessarin::EventList* list = exchange->Exchange(); !source.AtEnd();) {
+        const std::uint32_t operation = source.Below(4);
+        if (operation == 0) {
             list = exchange->Exchange();
             std::swap(written, read);
-            break;
-        case 1:
-            if (list == nullptr || read.empty()) break;
+        } else if (operation == 1) {
             list->Pop();
-            read.pop_front();
-            break;
-        default:
+            if (!read.empty()) read.pop_front();
+        } else {
             const std::uint32_t size = source.Byte();
             const Bytes event = Record(std::max(size, 4U), source.Byte());
-            exchange->Post(size < 4 ? nullptr : event.data());
+            Require(exchange->Post(size < 4 ? nullptr : event.data()) == 1, "a post that isn't 1");
             if (size >= 8) written.push_back(event); // a smaller one is refused
         }
-        if (list == nullptr) continue;
         Require(list->GetCount() == read.size(), "another count");
-        if (!read.empty()) Require(Holds(list->Front(), read.front()), "another event");
+        Require(read.empty() ? list->Front() == nullptr : Holds(list->Front(), read.front()), "another event");
     }
-    exchange->Release();
+    Require(exchange->Release() == 1, "a release that isn't 1");
 }
 
 // ------------------------------------------------------------------------------------------------------ hash maps
@@ -392,41 +403,44 @@ void DriveExchange(ByteSource& source) {
 class HashMap {
 public:
     HashMap(ByteSource& source, std::uint32_t buckets, std::uint32_t value_size)
-        : source_(source), value_size_(value_size), chains_(buckets), map_(i32hm_create(buckets, value_size)) {}
-    ~HashMap() { ptrhm_destroy(map_); }
-    HashMap(const HashMap&) = delete;
-    HashMap& operator=(const HashMap&) = delete;
+        : source_(source), value_size_(value_size), chains_(buckets), owned_(i32hm_create(buckets, value_size)) {}
 
     void Step() {
         const std::uint32_t operation = source_.Below(16);
         const std::uintptr_t key = Key();
         if (operation < 2) {
-            i32hm_erase_key(map_, key);
+            i32hm_erase_key(owned_.get(), key);
             Forget(key);
         } else if (operation == 2) {
-            ptrhm_erase_ptr(map_, i32hm_find(map_, key));
+            hm_node node = {key, nullptr, nullptr}; // the entry is found by the key, not by the address
+            ptrhm_erase_ptr(owned_.get(), &node);
             Forget(key);
         } else if (operation == 3) {
-            i32hm_clear(map_);
+            i32hm_clear(owned_.get());
             entries_.clear();
             for (auto& chain : chains_) chain.clear();
         } else {
             Set(key, Pattern(value_size_, source_.Byte()));
         }
-        Require((i32hm_get(map_, key) != nullptr) == (entries_.count(key) != 0), "an entry is there, or isn't");
+        Require((i32hm_get(owned_.get(), key) != nullptr) == (entries_.count(key) != 0), "an entry is there, or isn't");
     }
 
-    /// The walk visits bucket after bucket and, in each, the newest entry first.
+    /// The walk visits bucket after bucket and, in each, the newest entry first. A bucket without entries must have a
+    /// clear filter, or lookups in it would get slower with each key that has ever been there.
     void Check() {
-        Require((i32hm_empty(map_) != 0) == entries_.empty(), "empty, or not");
-        hm_node* node = i32hm_begin(map_);
-        for (const auto& chain : chains_) {
-            for (const std::uintptr_t key : chain) {
+        hm* map = owned_.get();
+        Require((i32hm_empty(map) != 0) == entries_.empty() && map->count == entries_.size(), "another count");
+        Require(map->bucket_count == chains_.size(), "another number of buckets");
+        hm_node* node = i32hm_begin(map);
+        for (std::size_t i = 0; i < chains_.size(); ++i) {
+            Require(!chains_[i].empty() || map->filters[i] == 0, "a filter is kept");
+            for (const std::uintptr_t key : chains_[i]) {
                 const auto& [expected, value] = entries_.at(key);
-                Require(node == expected && i32hm_find(map_, key) == node, "the walk reaches another node");
-                Require(Holds(i32hm_ptr2value(node), value) && ptrhm_get(map_, key) == i32hm_ptr2value(node),
-                        "a value");
-                node = i32hm_next(map_, node);
+                Require(node == expected && i32hm_find(map, key) == node, "the walk reaches another node");
+                Require(reinterpret_cast<std::uintptr_t>(node) % alignof(hm_node) == 0, "a node isn't aligned");
+                Require(i32hm_ptr2value(node) == node + 1 && ptrhm_get(map, key) == node + 1, "another place");
+                Require(Holds(node + 1, value), "another value");
+                node = i32hm_next(map, node);
             }
         }
         Require(node == nullptr, "the walk goes on");
@@ -456,8 +470,8 @@ private:
 
     void Set(std::uintptr_t key, Bytes value) {
         if (entries_.size() > chains_.size()) Double();
-        Require(i32hm_set(map_, key, value.data()) == 1, "not set");
-        auto [entry, is_new] = entries_.try_emplace(key, i32hm_find(map_, key), Bytes());
+        Require(i32hm_set(owned_.get(), key, value.data()) == 1, "not set");
+        auto [entry, is_new] = entries_.try_emplace(key, i32hm_find(owned_.get(), key), Bytes());
         if (is_new) ChainOf(chains_, key).push_front(key);
         entry->second.second = std::move(value);
     }
@@ -472,7 +486,7 @@ private:
     std::uint32_t value_size_;
     Chains chains_;
     std::map<std::uintptr_t, std::pair<hm_node*, Bytes>> entries_;
-    hm* map_;
+    Owned<hm, ptrhm_destroy> owned_;
 };
 
 void DriveHashMap(ByteSource& source) {
@@ -494,34 +508,40 @@ struct Block {
     void Check() const { Require(Holds(place, bytes), "a block was written to"); }
 };
 
+/// Chunks are found by their first block, the highest. Free blocks are a stack, and so every block is predicted.
 void DriveObjectPool(ByteSource& source) {
-    const std::uint32_t block_size = 1 + source.Below(64);
-    omem* pool = omem_create(block_size, 1 + source.Below(20));
+    const std::uint32_t block_size = 1 + source.Below(64), per_chunk = 1 + source.Below(20);
+    omem* pool = omem_create(block_size, per_chunk);
     std::vector<Block> out;
-    std::vector<void*> given_back; // the last one is allocated first
+    std::vector<unsigned char*> chunks, free;
+    const auto free_all_of = [&](unsigned char* chunk) {
+        for (std::uint32_t i = 0; i < per_chunk; ++i) free.push_back(chunk + std::size_t{i} * block_size);
+    };
     while (!source.AtEnd()) {
         const std::uint32_t operation = source.Below(16);
         if (operation == 0) {
             omem_clear(pool);
             out.clear();
-            given_back.clear();
+            free.clear();
+            for (unsigned char* chunk : chunks) free_all_of(chunk);
         } else if (operation < 7 && !out.empty()) {
             std::swap(out[source.Byte() % out.size()], out.back());
             out.back().Check();
             omem_free(pool, out.back().place);
-            given_back.push_back(out.back().place);
+            free.push_back(out.back().place);
             out.pop_back();
         } else {
             out.emplace_back(omem_alloc(pool), Pattern(block_size, source.Byte()));
-            if (given_back.empty()) continue;
-            Require(out.back().place == given_back.back(), "not the block given back last");
-            given_back.pop_back();
+            if (free.empty()) free_all_of(chunks.emplace_back(out.back().place - (per_chunk - 1) * block_size));
+            Require(out.back().place == free.back(), "another block");
+            free.pop_back();
         }
     }
     for (const Block& block : out) block.Check();
     Require(omem_destroy(pool) == static_cast<std::int32_t>(out.size()), "another number of blocks is out");
 }
 
+/// Blocks lie back to back, from the newest chunk's first byte on.
 void DriveIncrementalPool(ByteSource& source) {
     const std::uint32_t chunk_size = 1U + source.Byte();
     imem* pool = imem_create(chunk_size);
@@ -534,9 +554,10 @@ void DriveIncrementalPool(ByteSource& source) {
             Require(place == nullptr, "a block of an impossible size");
             continue;
         }
-        const bool fits = size <= chunk_size - used;
-        if (fits && !out.empty()) Require(place == out.back().place + out.back().bytes.size(), "not back to back");
-        used = fits ? used + size : size;
+        if (size > chunk_size - used) used = 0;
+        Require(place == reinterpret_cast<unsigned char*>(pool->current + 1) + used, "not back to back");
+        used += size;
+        Require(pool->current->used == used, "a chunk that is used otherwise");
         out.emplace_back(place, Pattern(size, source.Byte()));
     }
     for (const Block& block : out) block.Check();
@@ -552,10 +573,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         DriveFlatArray(source);
         break;
     case 1:
-        QueueDriver<Commands>(source).Run();
+        DriveCommands(source);
         break;
     case 2:
-        QueueDriver<Events>(source).Run();
+        DriveEvents(source);
         break;
     case 3:
         DriveExchange(source);
