@@ -1,9 +1,8 @@
-// Fields of tab-separated text with their places: chosen texts, and random ones against a loop over the bytes.
+// Fields of tab-separated text with their places: chosen texts. The fuzzer of tab files reads random ones.
 
 #include "services/tab_splitter.h"
 
 #include <cstdint>
-#include <random>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -11,7 +10,6 @@
 namespace {
 
 using namespace std::string_literals;
-using Tessarin::FieldEnd;
 using Tessarin::TabField;
 
 /// "row,column@offset+length" and a letter for the end: tab, line feed, return and line feed, or end of the text.
@@ -43,36 +41,6 @@ TEST(TabSplitter, ReportsEachFieldWithItsPlace) {
         {"\0\xFF\n"s, "0,0@0+2l "},
     };
     for (const auto& [text, places] : cases) EXPECT_EQ(PlacesOf(text), places) << testing::PrintToString(text);
-}
-
-std::string PlacesByteByByte(const std::string& text) {
-    std::string places;
-    TabField field{};
-    for (std::uint32_t at = 0; at < text.size(); ++at) {
-        if (text[at] != '\t' && text[at] != '\n') continue;
-        const bool returns = text[at] == '\n' && at > field.offset && text[at - 1] == '\r';
-        field.length = at - field.offset - (returns ? 1 : 0);
-        field.end = text[at] == '\t' ? FieldEnd::kTab : returns ? FieldEnd::kReturnAndLineFeed : FieldEnd::kLineFeed;
-        places += PlaceText(field);
-        field = text[at] == '\t' ? TabField{at + 1, 0, field.row, field.column + 1, {}}
-                                 : TabField{at + 1, 0, field.row + 1, 0, {}};
-    }
-    field.length = static_cast<std::uint32_t>(text.size()) - field.offset;
-    field.end = FieldEnd::kTextEnd;
-    return field.length != 0 || field.column != 0 ? places + PlaceText(field) : places;
-}
-
-/// Lengths around multiples of the block that the splitter searches at a time.
-TEST(TabSplitter, AgreesWithALoopOverTheBytes) {
-    std::mt19937 random(20);
-    // The delimiters, and bytes that differ from them in one bit.
-    const std::string bytes = "\t\n\r\0\xFF\x89\x8A\x08\x0B"s;
-    for (int i = 0; i < 20000; ++i) {
-        std::string text(random() % 3 * 64 + random() % 6, 'c');
-        const std::size_t sparse = random() % 40 + 1; // one byte in this many is drawn
-        for (char& byte : text) byte = random() % sparse == 0 ? bytes[random() % bytes.size()] : byte;
-        ASSERT_EQ(PlacesOf(text), PlacesByteByByte(text)) << testing::PrintToString(text);
-    }
 }
 
 } // namespace
