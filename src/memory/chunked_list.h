@@ -6,6 +6,7 @@
 
 #include "memory/checked_allocation.h"
 #include "memory/list.h"
+#include "memory/sizes.h"
 
 #include <cstdint>
 #include <cstdlib>
@@ -39,7 +40,7 @@ public:
     const T& operator[](std::uint32_t index) const { return chunks_[index / kChunkItems][index % kChunkItems]; }
 
 private:
-    static constexpr std::uint32_t kChunkItems = 4096;
+    static constexpr std::uint32_t kChunkItems = OrSmall(4096U, 2U);
 
     [[gnu::noinline]] bool AddChunk() {
         auto* chunk = static_cast<T*>(AllocateArray(kChunkItems, sizeof(T)));

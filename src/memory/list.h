@@ -11,6 +11,7 @@
 #define TESSARIN_MEMORY_LIST_H
 
 #include "memory/checked_allocation.h"
+#include "memory/sizes.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -95,7 +96,7 @@ public:
 
 private:
     // A cache line of small items; a few of large ones.
-    static constexpr std::uint32_t kFirstCapacity = std::max<std::uint32_t>(4, 64 / sizeof(T));
+    static constexpr std::uint32_t kFirstCapacity = OrSmall(std::max<std::uint32_t>(4, 64 / sizeof(T)), 1U);
     static constexpr std::uint32_t kLargestCapacity =
         static_cast<std::uint32_t>(std::min<std::uint64_t>(UINT32_MAX, std::uint64_t{PTRDIFF_MAX} / sizeof(T)));
 

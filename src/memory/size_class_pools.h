@@ -15,6 +15,7 @@
 #define TESSARIN_MEMORY_SIZE_CLASS_POOLS_H
 
 #include "memory/block_pool.h"
+#include "memory/sizes.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -36,7 +37,7 @@ public:
     /// Each pool makes its first chunk now, or, if memory runs out, tries again at its first block.
     SizeClassPools() { // GCOVR_EXCL_LINE: the way out of an exception, which nothing throws
         for (std::size_t i = 0; i < std::size(kClasses); ++i) {
-            pools_[i].Init(kClasses[i].block_size, kClasses[i].blocks_per_chunk);
+            pools_[i].Init(kClasses[i].block_size, OrSmall(kClasses[i].blocks_per_chunk, 1U));
         }
     }
 

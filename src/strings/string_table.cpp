@@ -30,6 +30,7 @@
 #include "strings/normal_forms.h"
 #include "strings/string_hash.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <mutex>
 #include <new>
@@ -38,7 +39,7 @@ namespace Tessarin {
 namespace {
 
 constexpr unsigned kAddressBits = 48;
-constexpr std::size_t kBlockChunkBytes = std::size_t{64} * 1024;
+constexpr std::size_t kBlockChunkBytes = OrSmall<std::size_t>(64 * 1024, 256);
 
 cstr TextOf(std::uint64_t slot) {
     return reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((std::uint64_t{1} << kAddressBits) - 1)));
@@ -225,12 +226,13 @@ StringTable::SlotBlock* StringTable::NewBlock() {
 
 char* StringTable::AllocateNode(std::uint32_t size) {
     if (arenas_ == nullptr || arenas_->capacity - arenas_->used < size) {
-        auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + kArenaBytes));
+        const std::uint32_t capacity = std::max(kArenaBytes, size); // only a small arena is too small for a text
+        auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + capacity));
         if (arena == nullptr) return nullptr;
-        *arena = {arenas_, kArenaBytes, 0, reinterpret_cast<char*>(arena + 1)};
+        *arena = {arenas_, capacity, 0, reinterpret_cast<char*>(arena + 1)};
         // A slot has 48 bits for an address. No program gets higher addresses, except on a host whose heap sets their
         // top bits; there this memory would have to be allocated in another way.
-        if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + kArenaBytes)} >> kAddressBits != 0) {
+        if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + capacity)} >> kAddressBits != 0) {
             std::free(arena); // GCOVR_EXCL_LINE: no host that runs the tests is like that
             return nullptr;   // GCOVR_EXCL_LINE
         }

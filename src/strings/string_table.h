@@ -4,6 +4,7 @@
 #ifndef TESSARIN_STRINGS_STRING_TABLE_H
 #define TESSARIN_STRINGS_STRING_TABLE_H
 
+#include "memory/sizes.h"
 #include "memory/until_unload.h"
 #include "platform/spin_lock.h"
 #include "strings/normal_forms.h"
@@ -36,8 +37,8 @@ struct PendingText {
 class StringTable {
 public:
     static constexpr std::uint32_t kBucketCount = 99991;
-    static constexpr std::uint32_t kArenaBytes = 0x100000;
-    static constexpr std::size_t kMaxTextLength = kArenaBytes - 9;
+    static constexpr std::uint32_t kArenaBytes = OrSmall(0x100000U, 64U);
+    static constexpr std::size_t kMaxTextLength = 0x100000 - 9;
 
     StringTable();
     ~StringTable();
@@ -58,7 +59,7 @@ public:
     /// it into the processor's cache. False if one of them can't be interned; some results are then unset.
     /// REQUIRES: count <= kMaxBatch
     bool Intern(const PendingText* texts, std::uint32_t count);
-    static constexpr std::uint32_t kMaxBatch = 32;
+    static constexpr std::uint32_t kMaxBatch = OrSmall(32U, 2U);
 
     /// The text if it is interned already, else null.
     cstr Find(const char* text) const;

@@ -3,6 +3,7 @@
 
 #include "tables/table_pools.h"
 
+#include "memory/sizes.h"
 #include "tables/table.h"
 
 namespace Tessarin {
@@ -10,9 +11,11 @@ namespace Tessarin {
 // The sizes on hosts whose pointers have 32 bits.
 static_assert(sizeof(void*) != 4 || (sizeof(Table) == 32 && sizeof(Pair) == 40 && sizeof(ListenerSet) == 36));
 
-TablePools::TablePools() : tables(sizeof(Table), 64), pairs(sizeof(Pair), 256), matrices(sizeof(Float4x4), 64) {}
+TablePools::TablePools()
+    : tables(sizeof(Table), OrSmall(64U, 1U)), pairs(sizeof(Pair), OrSmall(256U, 1U)),
+      matrices(sizeof(Float4x4), OrSmall(64U, 1U)) {}
 
-ListenerPools::ListenerPools() : sets(sizeof(ListenerSet), 64) {}
+ListenerPools::ListenerPools() : sets(sizeof(ListenerSet), OrSmall(64U, 1U)) {}
 
 Pair** KeyPools::Acquire(std::uint32_t wanted, std::uint32_t& capacity) {
     if (wanted > EntryArray::kLargestCapacity) return nullptr;

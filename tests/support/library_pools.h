@@ -3,6 +3,7 @@
 #ifndef TESSARIN_TESTS_SUPPORT_LIBRARY_POOLS_H
 #define TESSARIN_TESTS_SUPPORT_LIBRARY_POOLS_H
 
+#include "memory/sizes.h"
 #include "tables/table_pools.h"
 
 #include <functional>
@@ -37,6 +38,7 @@ inline std::vector<AnyPool> AllPools(Tessarin::TablePools& state, Tessarin::List
             pools.push_back({"delegates", per_chunk, take});
         }
     }
+    for (AnyPool& pool : pools) pool.per_chunk = Tessarin::OrSmall<std::size_t>(pool.per_chunk, 1);
     return pools;
 }
 

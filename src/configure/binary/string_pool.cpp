@@ -9,6 +9,7 @@
 
 #include "configure/binary/string_pool.h"
 
+#include "memory/sizes.h"
 #include "strings/intern_batch.h"
 #include "strings/string_table.h"
 
@@ -17,7 +18,7 @@
 namespace Configure {
 namespace {
 
-constexpr std::uint32_t kFirstSlots = 64;
+constexpr std::uint32_t kFirstSlots = Tessarin::OrSmall(64U, 2U);
 
 /// The offset after the NUL of the text at `offset`; 0 if there is no NUL.
 std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::uint32_t size) {
