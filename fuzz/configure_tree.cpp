@@ -6,7 +6,6 @@
 #include "fuzz/check.h"
 #include "fuzz/configure_model.h"
 
-#include <algorithm>
 #include <functional>
 #include <map>
 #include <utility>
@@ -126,13 +125,12 @@ void CheckOrder(ITable& table) {
 }
 
 /// The tree with the Units of each table by their keys; those of one key stay in order.
-Node ByKey(Node tree) {
-    for (Node& unit : tree.units) unit = ByKey(std::move(unit));
-    if (tree.kind == KIND_TABLE) {
-        std::stable_sort(tree.units.begin(), tree.units.end(),
-                         [](const Node& one, const Node& other) { return one.key < other.key; });
-    }
-    return tree;
+Node ByKey(const Node& tree) {
+    Node sorted{tree.kind, tree.key, tree.text, {}};
+    std::multimap<std::string, Node> units;
+    for (const Node& unit : tree.units) units.emplace(unit.key.value_or(""), ByKey(unit));
+    for (auto& [key, unit] : units) sorted.units.push_back(std::move(unit));
+    return sorted;
 }
 
 void CheckCompiled(LoadedFile& file) {
