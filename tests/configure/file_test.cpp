@@ -144,24 +144,6 @@ TEST_F(File, ARefusedSaveOpensNothingUnlessItsTheContent) {
     }
 }
 
-TEST_F(File, WhatALoadMakesIsFreed) {
-    // All is interned beforehand, as texts stay.
-    files["text"] = "a = 1 l = { 1 { 2 } { b = 3 } } _default = { t = { } } s = \"t\"";
-    file->Load("text", ACCESS_READ, FORMAT_TEXT);
-    ASSERT_TRUE(file->SaveAs("binary", FORMAT_BINARY));
-    const std::pair<const char*, FileAccess> loads[] = {
-        {"text", ACCESS_READ}, {"text", ACCESS_EDIT}, {"binary", ACCESS_READ}};
-    for (const auto& [path, access] : loads) {
-        file->Reset();
-        const FailingHeap heap;
-        EXPECT_NE(file->Load(path, access, FORMAT_AUTO), nullptr);
-        EXPECT_GT(heap.Outstanding(), 0);
-        if (access == ACCESS_EDIT) file->GetRoot()->AddTable("t");
-        file->Reset();
-        EXPECT_EQ(heap.Outstanding(), 0) << path << access;
-    }
-}
-
 TEST_F(File, DepthIsNoMatter) {
     static constexpr int kDepth = 500000; // of a table and an array each
     std::string& text = files["deep"];
