@@ -281,7 +281,7 @@ struct Library {
     Tessarin::StringTable strings;
     Tessarin::TablePools pools;
     Tessarin::TableRegistry registry;
-    Tessarin::ObjectPool blocks{16, 4};
+    Tessarin::ObjectPool blocks;
 };
 
 TEST(HeapFaults, TheLibraryStartsWithoutMemoryAndWorksLater) {
@@ -297,6 +297,8 @@ TEST(HeapFaults, TheLibraryStartsWithoutMemoryAndWorksLater) {
             EXPECT_TRUE(entries != nullptr || heap.Failed());
             library->pools.keys.Release(entries, capacity);
         }
+        const bool had_failed = heap.Failed();
+        EXPECT_EQ(library->blocks.Init(16, 4), heap.Failed() == had_failed);
         void* blocks[32];
         for (void*& block : blocks) {
             block = library->blocks.Alloc();
