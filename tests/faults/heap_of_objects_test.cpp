@@ -298,7 +298,8 @@ TEST(HeapFaults, TheLibraryStartsWithoutMemoryAndWorksLater) {
             library->pools.keys.Release(entries, capacity);
         }
         const bool had_failed = heap.Failed();
-        EXPECT_EQ(library->blocks.Init(16, 4), heap.Failed() == had_failed);
+        const bool came_up = library->blocks.Init(16, 4);
+        EXPECT_EQ(came_up, heap.Failed() == had_failed);
         void* blocks[32];
         for (void*& block : blocks) {
             block = library->blocks.Alloc();
