@@ -475,7 +475,7 @@ void Program::Walk() {
 
 void Program::CheckTable() {
     ITable& table = *at_->table;
-    EntryStore& store = static_cast<Table&>(table).Entries();
+    const EntryStore& store = static_cast<Table&>(table).Entries();
     Require(ValidateTable(&table) == at_->validity, "a live table isn't known as one");
     Require(table.GetElementCount() == at_->entries.size() && table.GetArrayCount() == at_->items.size(),
             "another count");

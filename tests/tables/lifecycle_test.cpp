@@ -21,7 +21,7 @@ TEST(TableRegistry, KnowsATableFromItsMakingToItsEnd) {
     int never_a_table = 0;
     EXPECT_EQ(ValidateTable(nullptr) + ValidateTable(reinterpret_cast<ITable*>(&never_a_table)), 0U);
     EXPECT_EQ(CloseTable(nullptr), 1U);
-    TableHolder outside = NewTable();
+    const TableHolder outside = NewTable();
     TableHolder root = NewTable();
     ITable* child = root->Set("child", 1);
     ITable* grandchild = child->Set("child", 0);
