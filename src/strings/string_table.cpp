@@ -39,7 +39,7 @@ namespace Tessarin {
 namespace {
 
 constexpr unsigned kAddressBits = 48;
-constexpr std::size_t kBlockChunkBytes = OrSmall<std::size_t>(64 * 1024, 256);
+constexpr std::size_t kBlockChunkBytes = OrSmall<std::size_t>(0x10000, 256);
 
 cstr TextOf(std::uint64_t slot) {
     return reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((std::uint64_t{1} << kAddressBits) - 1)));
