@@ -1,15 +1,16 @@
-// The temporary file is in the target's folder, as a file can't be renamed to another file system. Its name begins with
-// a dot, so that a command that works on the whole folder skips it.
+// The draft is in the target's folder, as a file can't be renamed to another file system. Its name begins with a dot,
+// so that a command that works on the whole folder skips it, and carries the target's name, so that the next command on
+// that target finds it if it is dead.
 
 #include "tools/atomic_output_file.h"
 
 #include "tools/failure.h"
 #include "tools/file_stream.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <filesystem>
-#include <system_error>
 
 namespace Command {
 
@@ -17,15 +18,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// The file to which a chain of links leads. A link may point to a file that doesn't exist yet.
-std::string FollowLinks(const std::string& name) {
-    fs::path path = name;
-    for (int links = 0; links < 40 && fs::is_symlink(path); ++links) path = path.parent_path() / fs::read_symlink(path);
-    if (fs::is_symlink(path)) throw Failure(name, "is a link that leads through too many others");
-    return path.string();
-}
-
-// Whether the name is one that the system gives to a process's open files: not all of these links can be followed.
+// Whether the name is one that the system gives to a process's open files: what they lead to isn't replaced.
 bool IsOpenFile(const std::string& name) {
     return name.rfind("/dev/fd/", 0) == 0 || name.rfind("/dev/std", 0) == 0 || name.rfind("/proc/", 0) == 0;
 }
@@ -34,23 +27,35 @@ bool IsOpenFile(const std::string& name) {
 // redirected it.
 bool IsStandardOutput(const std::string& name) { return IsDash(name) || name == "/dev/stdout"; }
 
+Target FindTarget(const std::string& name) {
+    Target target;
+    if (IsStandardOutput(name)) return target;
+    if (!IsOpenFile(name)) return OpenTarget(name);
+    target.path = name;
+    return target;
+}
+
+// Targets whose long names begin alike share one draft: their commands work one after the other.
+std::string DraftOf(const std::string& target) {
+    constexpr std::size_t kLongest = 255 - sizeof ".tessarin." - sizeof ".4294967295"; // of what most systems allow
+    std::string name = fs::path(target).filename().string();
+    std::size_t end = std::min(name.size(), kLongest);
+    while (end < name.size() && (static_cast<unsigned char>(name[end]) & 0xC0U) == 0x80) --end; // whole characters
+    name.resize(end);
+    return (fs::path(target).parent_path() / (".tessarin." + name)).string();
+}
+
 } // namespace
 
-AtomicOutputFile::AtomicOutputFile(const std::string& target) : name_(IsDash(target) ? "standard output" : target) {
-    if (!IsStandardOutput(target)) target_ = IsOpenFile(target) ? target : FollowLinks(target);
-    std::error_code absent;
-    const bool exists = !target_.empty() && fs::exists(target_, absent);
-    if (exists && fs::is_directory(target_)) throw Failure(target, "is a folder");
-    is_renamed_ = !target_.empty() && !IsOpenFile(target) && (!exists || fs::is_regular_file(target_));
-    if (!is_renamed_) {
-        file_.CreatePrivate(name_);
-        return;
+AtomicOutputFile::AtomicOutputFile(const std::string& target)
+    : name_(IsDash(target) ? "standard output" : target), target_(FindTarget(target)) {
+    if (target_.kind == Target::Kind::Folder) throw Failure(target, "is a folder");
+    if (target_.is_made) made_.Manage({{}, target_.path});
+    if (target_.kind == Target::Kind::Other) {
+        draft_.CreatePrivate(name_);
+    } else {
+        draft_.Manage(CreateDraft(DraftOf(target_.path), name_));
     }
-    // The temporary file's name isn't made from the target's name, which may already have the maximum length.
-    file_.Create((fs::path(target_).parent_path() / ".tessarin").string(), name_);
-    if (!exists) return;
-    std::error_code ignored; // another owner's file is still replaced, as the folder allows it
-    fs::permissions(Path(), fs::status(target_).permissions(), ignored);
 }
 
 void AtomicOutputFile::Write(std::string_view text) const {
@@ -60,16 +65,14 @@ void AtomicOutputFile::Write(std::string_view text) const {
 }
 
 void AtomicOutputFile::Commit() {
-    if (!is_renamed_) {
+    if (target_.kind == Target::Kind::Other) {
         const Stream from = OpenStream(Path(), "rb", name_);
-        const Stream to = target_.empty() ? nullptr : OpenStream(target_, "wb", name_);
-        CopyStream(from.get(), Path(), to ? to.get() : stdout, name_);
-        return;
+        const Stream to = target_.path.empty() ? nullptr : OpenStream(target_.path, "wb", name_);
+        return CopyStream(from.get(), Path(), to ? to.get() : stdout, name_);
     }
-    std::error_code error;
-    fs::rename(Path(), target_, error);
-    if (error) throw Failure(name_, error.message());
-    file_.Release();
+    made_.Release(); // from now on a signal must not remove it, as its name becomes that of the content
+    PutInPlace(draft_.Created(), target_, name_);
+    draft_.Release();
 }
 
 } // namespace Command

@@ -10,19 +10,22 @@
 
 namespace Command {
 
-/// Collects the output in a temporary file; Commit puts it in the target's place. Without a Commit the target stays as
-/// it was, whatever fails. Links are followed, and permissions stay. What can't be replaced, a pipe for example, is
-/// written into by Commit.
+/// Collects the output in a draft that nobody else can open; Commit puts it in the target's place. Without a Commit the
+/// target stays as it was, whatever fails. Links are followed, and permissions stay. What can't be replaced, a pipe for
+/// example, is written into by Commit.
+///
+/// The target is locked as long as the object lives, so whoever changes a file makes its output before reading it.
 class AtomicOutputFile {
 public:
-    /// Throws Failure if no file can be created beside the target.
+    /// Waits while another command has the target. Throws Failure if the target can't be opened, if no file can be
+    /// created beside it, or if the other command takes too long.
     explicit AtomicOutputFile(const std::string& target);
     ~AtomicOutputFile() = default;
     AtomicOutputFile(const AtomicOutputFile&) = delete;
     AtomicOutputFile& operator=(const AtomicOutputFile&) = delete;
 
     /// Where to write until Commit.
-    [[nodiscard]] const std::string& Path() const { return file_.Path(); }
+    [[nodiscard]] const std::string& Path() const { return draft_.Path(); }
     /// The target as the user gave it, for messages.
     [[nodiscard]] const std::string& Name() const { return name_; }
 
@@ -33,9 +36,9 @@ public:
 
 private:
     std::string name_;
-    std::string target_; // where links lead; empty for standard output
-    TemporaryFile file_;
-    bool is_renamed_ = false; // by Commit; otherwise its content is copied
+    Target target_;      // with an empty path for standard output
+    TemporaryFile made_; // the empty file to which a link leads that led nowhere
+    TemporaryFile draft_;
 };
 
 } // namespace Command

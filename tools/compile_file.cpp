@@ -12,9 +12,9 @@ namespace Command {
 
 void CompileFile(const std::string& source, const std::string& target,
                  const std::function<void(const std::string&)>& warn) {
+    AtomicOutputFile output(target); // first, as it may be the source, too
     const InputFile input(source);
     const ConfigFile file = OpenConfig(input);
-    AtomicOutputFile output(target);
     const ConfigFile saved = SaveAndReload(output, file, Configure::FORMAT_BINARY);
     CompareTrees(RootOf(file), RootOf(saved), [&](const Difference& found) {
         if (found.after) return;

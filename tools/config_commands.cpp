@@ -109,10 +109,12 @@ template <class Change>
 int ChangeFile(const Arguments& arguments, Change change) {
     const KeyPath path = ParseKeyPath(arguments.path);
     if (path.empty()) throw CLI::ValidationError("KEY", "is empty");
+    // First, as this locks the file: what another command changes between the load and the save would be lost.
+    AtomicOutputFile output(arguments.output.empty() ? arguments.file : arguments.output);
     const InputFile input(arguments.file);
     const ConfigFile file = OpenConfigForEditing(input);
     change(EditTarget{file, input.Name(), arguments.path, path});
-    SaveAsText(file, arguments.output.empty() ? arguments.file : arguments.output, arguments.path);
+    SaveAsText(file, output, arguments.path);
     return kSucceeded;
 }
 
@@ -135,8 +137,9 @@ int RunRemove(const Arguments& arguments) { return ChangeFile(arguments, RemoveE
 // ---------------------------------------------------------------------------------------------------------- converting
 
 int RunText(const Arguments& arguments) {
+    AtomicOutputFile output(arguments.output); // first, as it may be the input, too
     const InputFile input(arguments.file);
-    SaveAsText(OpenConfig(input), arguments.output, "");
+    SaveAsText(OpenConfig(input), output, "");
     return kSucceeded;
 }
 

@@ -82,8 +82,7 @@ void AddEntry(const EditTarget& target, NewEntry kind, const std::string& text, 
     if (!AddTo(parent, key, kind, text)) throw Failure(target.file_name, "takes no such key or text");
 }
 
-void SaveAsText(const ConfigFile& file, const std::string& target, const std::string& changed) {
-    AtomicOutputFile output(target);
+void SaveAsText(const ConfigFile& file, AtomicOutputFile& output, const std::string& changed) {
     const ConfigFile saved = SaveAndReload(output, file, Configure::FORMAT_TEXT);
     CompareTrees(RootOf(file), RootOf(saved), [&](const Difference& lost) {
         // After a change, the message names the changed entry: a quote in it may swallow the entries that follow, and

@@ -30,10 +30,10 @@ void RemoveEntry(const EditTarget& target);
 /// creates_parents  whether missing tables of the path are added, too
 void AddEntry(const EditTarget& target, NewEntry kind, const std::string& text, bool creates_parents);
 
-/// Writes a tree as text to a file. If the text form would lose something, throws Failure and leaves the file as it
-/// was.
+/// Writes a tree as text to an output and commits it. If the text form would lose something, throws Failure and leaves
+/// the file as it was.
 /// changed  the path of the changed entry, for messages; empty if nothing was changed
-void SaveAsText(const ConfigFile& file, const std::string& target, const std::string& changed);
+void SaveAsText(const ConfigFile& file, AtomicOutputFile& output, const std::string& changed);
 
 } // namespace Command
 

@@ -40,9 +40,9 @@ int RunGet(const Arguments& arguments) {
 }
 
 int RunJson(const Arguments& arguments) {
+    AtomicOutputFile output(arguments.output); // first, as it may be the input, too
     const InputFile input(arguments.file);
     const Table table = OpenTable(input);
-    AtomicOutputFile output(arguments.output);
     void* data = nullptr;
     std::uint32_t size = 0;
     if (table->SaveBuffer(&data, &size) == 0) throw Failure(input.Name(), "has no JSON form, or memory ran out");

@@ -4,6 +4,7 @@
 #define TESSARIN_TOOLS_TEMPORARY_FILE_H
 
 #include "tools/signals.h"
+#include "tools/system_files.h"
 
 #include <string>
 
@@ -16,19 +17,23 @@ public:
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-    /// Creates an empty file whose path begins with `stem`. Throws Failure, whose message calls the file `name`.
-    /// REQUIRES: the object has no file yet
-    void Create(const std::string& stem, const std::string& name);
     /// Creates an empty file in the system's folder for temporary files, readable and writable by its owner only.
+    /// Throws Failure, whose message calls the file `name`.
+    /// REQUIRES: the object has no file yet
     void CreatePrivate(const std::string& name);
-    /// Stops managing the file: it stays, or already has another name.
+    /// Takes over a file that this process has created.
+    /// REQUIRES: the object has no file yet
+    void Manage(CreatedFile created);
+    /// Stops managing the file: it stays, or already has another name. It stays open and locked as long as the object
+    /// lives.
     void Release();
 
-    /// The file's path; empty if the object has no file.
-    [[nodiscard]] const std::string& Path() const { return path_; }
+    /// The file; its path is empty if the object has none.
+    [[nodiscard]] const CreatedFile& Created() const { return created_; }
+    [[nodiscard]] const std::string& Path() const { return created_.path; }
 
 private:
-    std::string path_;
+    CreatedFile created_;
     RemovalSlot* removal_ = nullptr;
 };
 

@@ -1,5 +1,5 @@
-// The only file of the command that calls the operating system: no standard function says whether a stream is a
-// terminal.
+// No standard function says whether a stream is a terminal. What else the command asks of the operating system is in
+// system_files_posix.cpp and system_files_windows.cpp.
 
 #include "tools/terminal.h"
 
