@@ -27,7 +27,8 @@ public:
     ~HeldFile();
     HeldFile(HeldFile&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
     HeldFile& operator=(HeldFile&& other) noexcept {
-        std::swap(handle_, other.handle_);
+        HeldFile given_up(std::move(*this));
+        handle_ = std::exchange(other.handle_, -1);
         return *this;
     }
     HeldFile(const HeldFile&) = delete;
@@ -71,9 +72,9 @@ CreatedFile CreateDraft(const std::string& path, const std::string& name);
 
 /// Puts a draft in its target's place, with the target's owner, mode and access list as far as the system allows;
 /// neither setuid nor setgid stays. A Missing target is created, never replaced. Both the content and the name are on
-/// the disk afterwards. Throws Failure, whose message calls the file `name`, if that can't be done, or if the target
-/// has been replaced by a program that doesn't lock.
-void PutInPlace(const CreatedFile& draft, const Target& target, const std::string& name);
+/// the disk afterwards. The draft may be closed by then. Throws Failure, whose message calls the file `name`, if that
+/// can't be done, or if the target has been replaced by a program that doesn't lock.
+void PutInPlace(CreatedFile& draft, const Target& target, const std::string& name);
 
 } // namespace Command
 

@@ -230,7 +230,7 @@ CreatedFile CreateDraft(const std::string& path, const std::string& name) {
     }
 }
 
-void PutInPlace(const CreatedFile& draft, const Target& target, const std::string& name) {
+void PutInPlace(CreatedFile& draft, const Target& target, const std::string& name) {
     const bool is_new = target.kind == Target::Kind::Missing;
     if (!is_new) {
         CopyAccess(draft.file, target.lock, name);

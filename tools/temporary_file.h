@@ -29,7 +29,7 @@ public:
     void Release();
 
     /// The file; its path is empty if the object has none.
-    [[nodiscard]] const CreatedFile& Created() const { return created_; }
+    [[nodiscard]] CreatedFile& Created() { return created_; }
     [[nodiscard]] const std::string& Path() const { return created_.path; }
 
 private:
