@@ -19,7 +19,7 @@
 
 namespace Command {
 
-/// Holds what keeps a file open or locked; the destructor gives it up.
+/// Holds what keeps a file open or locked; the destructor gives it up and keeps errno.
 class HeldFile {
 public:
     HeldFile() = default;
@@ -27,7 +27,7 @@ public:
     ~HeldFile();
     HeldFile(HeldFile&& other) noexcept : handle_(std::exchange(other.handle_, -1)) {}
     HeldFile& operator=(HeldFile&& other) noexcept {
-        HeldFile given_up(std::move(*this));
+        const HeldFile given_up(std::move(*this));
         handle_ = std::exchange(other.handle_, -1);
         return *this;
     }

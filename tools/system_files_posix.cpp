@@ -194,7 +194,10 @@ int Rename(const char* from, const char* to, bool is_new) {
 } // namespace
 
 HeldFile::~HeldFile() {
-    if (handle_ != -1) close(static_cast<int>(handle_));
+    if (handle_ == -1) return;
+    const int error = errno;
+    close(static_cast<int>(handle_));
+    errno = error;
 }
 
 Target OpenTarget(const std::string& name) {

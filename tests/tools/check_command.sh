@@ -161,11 +161,47 @@ printf 'k = "%02000d"\n' 0 >large; cp large kept
 cmp -s large kept || fail 'a failed write was kept'
 mkdir temporary
 mkfifo open; exec 3<>open
+umask 0 # nothing but the command's own mode protects its files
 TMPDIR=$PWD/temporary "$command" config show - <open & waiting=$!
 for _ in {1..300}; do [ -n "$(ls temporary)" ] && break; sleep 0.1; done
 [ "$(stat -c %a temporary/*)" = 600 ] || fail 'others can read a copy of standard input'
 kill $waiting; wait $waiting 2>/dev/null; exec 3>&-
 clean temporary 'a signal'
+
+# ---- several commands on one file, files of others, and commands that are killed
+# start TARGET: runs a command that has TARGET until what it reads from descriptor 3 ends.
+start() {
+    "$command" config set - k 2 -o "$1" <open 2>err 3>&- & waiting=$!
+    for _ in {1..300}; do [ -e ".tessarin.$1" ] && break; sleep 0.1; done
+}
+printf 'k = 1\n' >shared
+for i in {1..20}; do "$command" config add shared n$i x & done; wait
+[ "$(grep -c '"x"' shared)" = 20 ] || fail "of 20 additions at once only these are there: $(cat shared)"
+chmod 6754 shared
+[ $EUID -ne 0 ] || { chown nobody shared; chmod 6754 shared; }
+owner=$(stat -c %U shared)
+exec 3<>open
+start shared
+[ "$(stat -c %a .tessarin.shared)" = 600 ] || fail 'others can open a draft'
+timeout 1 "$command" config set shared k 3 && fail 'a file was changed while another command had it'
+[ -e .tessarin.shared ] || fail 'a draft was removed that a command still writes'
+kill -9 $waiting; wait $waiting 2>/dev/null
+is 0 '' config set shared k 3
+clean . 'a killed command'
+[ "$(stat -c '%a %U' shared)" = "754 $owner" ] || fail "not the owner or the mode: $(stat -c '%a %U' shared)"
+start unborn
+echo other >unborn; printf 'k = 1\n' >&3; exec 3>&-
+wait $waiting && fail 'a new file replaced that of another program'
+holds err 'tessarin: unborn: is not written: another program has created it'
+holds unborn other
+ln -s void empty
+is 1 'tessarin: absent: No such file or directory' config text absent empty
+[ ! -e void ] || fail 'a command that failed created a file'
+umask 22
+if [ $EUID -eq 0 ] && grep -qx 1 /proc/sys/fs/protected_symlinks; then
+    mkdir -m 1777 sticky; ln -s ../kept sticky/link; chown -h nobody sticky/link
+    is 1 'tessarin: sticky/link: Permission denied' config text text sticky/link
+fi
 is 2 $'tessarin: AFTER: only one of the two files can be standard input\nTry `tessarin --help`.' config diff - -
 printf 'a\e[2J = 1\n' >input
 is 0 $'standard input  table, 1 entry\n└─ a\\x1b[2j = "1"' config show -
