@@ -3,6 +3,8 @@
 
 #include "memory/block_pool.h"
 
+#include "memory/poison.h"
+
 #include <mutex>
 
 namespace Tessarin {
@@ -25,7 +27,9 @@ bool ObjectPool::Init(std::uint32_t block_size, std::uint32_t blocks_per_chunk) 
 void* ObjectPool::Alloc() {
     const std::lock_guard guard(lock_);
     if (free_blocks_.count == 0 && (!FillChunk() || free_blocks_.count == 0)) return nullptr;
-    return static_cast<void**>(free_blocks_.data)[--free_blocks_.count];
+    void* block = static_cast<void**>(free_blocks_.data)[--free_blocks_.count];
+    Unpoison(block, block_size_);
+    return block;
 }
 
 void ObjectPool::Free(void* block) {
@@ -52,7 +56,9 @@ bool ObjectPool::FillChunk() {
     return true;
 }
 
+/// Poisons the block even if it is lost.
 void ObjectPool::PushFree(void* block) {
+    Poison(block, block_size_);
     if (free_blocks_.count == free_blocks_.capacity && !free_blocks_.GrowForOne()) return;
     static_cast<void**>(free_blocks_.data)[free_blocks_.count++] = block;
 }

@@ -2,6 +2,7 @@
 // each failure of an allocation leaves undone: tests/faults.
 
 #include "memory/block_pool.h"
+#include "memory/poison.h"
 #include "tables/table_pools.h"
 #include "tests/support/failing_heap.h"
 #include "tests/support/library_pools.h"
@@ -39,6 +40,21 @@ TEST(RawVector, DoublesFromEightAndReservesTwiceTheNeed) {
     for (std::uint32_t n = 0; n < 33; ++n) EXPECT_EQ(*static_cast<std::uint32_t*>(vector.At(n)), n);
     vector.Release();
 }
+
+// So a table that is closed twice, or used after its end, is reported.
+#if !defined(__has_feature)
+#define __has_feature(feature) 0
+#endif
+#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+TEST(ObjectPool, FreeBlocksArePoisoned) {
+    ObjectPool pool(24, 4);
+    auto* block = static_cast<char*>(pool.Alloc());
+    EXPECT_EQ(__asan_region_is_poisoned(block, 24), nullptr);
+    EXPECT_EQ(__asan_region_is_poisoned(block - 24, 24), block - 24) << "the next one to be handed out";
+    pool.Free(block);
+    EXPECT_EQ(__asan_region_is_poisoned(block, 24), block);
+}
+#endif
 
 TEST(ObjectPool, HandsOutDownwardsAndTheLastOneBackFirst) {
     constexpr std::uint32_t kSize = 24;
