@@ -15,7 +15,8 @@ bool IsThere(const Notification& notification, Owner owner) {
     return owner == Owner::kTable ? !notification.table_ended : notification.entry != nullptr;
 }
 
-void Call(const Delegate& delegate, ListenerKind kind, const Notification& notification) {
+/// An exception must not pass: innermost_ would go on pointing to a notification on the stack frames that it unwinds.
+void Call(const Delegate& delegate, ListenerKind kind, const Notification& notification) noexcept {
     using RecordFunction = void (*)(void*, TableEvent*);
     using ArgumentFunction = void (*)(void*, std::uint32_t, ITable*, cstr);
     using ArrayFunction = void (*)(void*, std::uint32_t, ITable*, std::uint32_t);
