@@ -25,6 +25,8 @@ std::uint32_t FormatOf(const Tessarin::WholeFile& file) {
     return HasBinaryHead(file.bytes.get(), file.size) ? FORMAT_BINARY : FORMAT_TEXT;
 }
 
+bool FinishOwn(::IFileIO&, void* handle) { return Tessarin::FileIO::Finish(handle); }
+
 } // namespace
 
 File* File::Create(::IFileIO* io) {
@@ -97,7 +99,8 @@ bool File::Save() { return access_ == ACCESS_EDIT && WriteText(*fileio_, path_, 
 
 bool File::SaveAs(const char* path, std::uint32_t format) {
     if (Tessarin::IsEmpty(path)) return false;
-    if (format == FORMAT_BINARY) return WriteBinary(*fileio_, path, GetRoot());
+    if (format == FORMAT_BINARY)
+        return WriteBinary(*fileio_, path, GetRoot(), owns_fileio_ ? FinishOwn : CloseByService);
     return format == FORMAT_TEXT && WriteText(*fileio_, path, GetRoot());
 }
 

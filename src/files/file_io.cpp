@@ -40,6 +40,8 @@ void FileIO::Close(void* handle) {
     if (handle != nullptr) static_cast<void>(std::fclose(Stream(handle)));
 }
 
+bool FileIO::Finish(void* handle) { return std::fclose(Stream(handle)) == 0; }
+
 std::int32_t FileIO::GetSize(void* handle) { return StreamSize(Stream(handle)); }
 
 std::uint32_t FileIO::Read(void* handle, void* buffer, std::uint32_t buffer_size, std::uint32_t count) {

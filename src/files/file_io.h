@@ -17,6 +17,10 @@ public:
     std::uint32_t Read(void* handle, void* buffer, std::uint32_t buffer_size, std::uint32_t count) override;
     std::uint32_t Write(void* handle, const void* buffer, std::uint32_t size) override;
     bool Exists(const char* path) override;
+
+    /// Like Close, but returns whether everything that was written has reached the file: on a full disk, a small file
+    /// may fail only here.
+    [[nodiscard]] static bool Finish(void* handle);
 };
 
 } // namespace Tessarin

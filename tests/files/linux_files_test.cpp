@@ -2,6 +2,7 @@
 
 #include "files/file_io.h"
 #include "files/whole_file.h"
+#include "tessarin/configure.h"
 #include "tests/support/temporary_folder.h"
 
 #include <fcntl.h>
@@ -67,6 +68,18 @@ TEST(LinuxFiles, ReadsNoWholeFileThatGivesLessThanItsSize) {
     Tessarin::WholeFile whole;
     EXPECT_FALSE(whole.Read(path, 2));
     EXPECT_EQ(whole.bytes, nullptr);
+}
+
+// A small file stays in the stream's buffer until it is closed. The text form doesn't look at what its writes return.
+TEST(LinuxFiles, BinarySaveOnAFullDiskFails) {
+    const TemporaryFolder folder;
+    const std::string text = folder.File("text", "a = 1\r\n");
+    Configure::IFile* file = CreateRLFile(nullptr);
+    ASSERT_NE(file->Load(text.c_str(), Configure::ACCESS_READ, Configure::FORMAT_TEXT), nullptr);
+    EXPECT_FALSE(file->SaveAs("/dev/full", Configure::FORMAT_BINARY));
+    EXPECT_TRUE(file->SaveAs("/dev/full", Configure::FORMAT_TEXT));
+    EXPECT_TRUE(file->SaveAs(folder.Path("binary").c_str(), Configure::FORMAT_BINARY));
+    file->Release();
 }
 
 } // namespace

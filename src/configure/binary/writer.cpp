@@ -191,13 +191,12 @@ bool BinaryWriter::WriteTo(IFileIO& fileio, void* handle) {
 
 } // namespace
 
-bool WriteBinary(IFileIO& fileio, const char* path, ITable* root) {
+bool WriteBinary(IFileIO& fileio, const char* path, ITable* root, Closer close) {
     void* handle = fileio.Open(path, Tessarin::kOpenToWrite);
     if (handle == nullptr) return false;
     BinaryWriter writer;
     const bool written = root != nullptr && writer.Compile(*root) && writer.WriteTo(fileio, handle);
-    fileio.Close(handle);
-    return written;
+    return close(fileio, handle) && written;
 }
 
 } // namespace Configure
