@@ -119,7 +119,8 @@ TESSARIN_API Tessarin::ITable* OpenTableFile(const char* path);
 /// `null`, `false` and `true` become the integers 0, 0 and 1; integers up to 64 bits keep their low 32 bits; any other
 /// number is a real; arrays of 2, 3, 4 and 16 are vectors and matrices (an element that isn't a number reads as 0,
 /// `true` as 1), other arrays are dropped; objects become child tables. Comments are allowed. Strings have no escapes:
-/// a backslash is a byte like any other, and the first `"` ends the string. Members with an empty key are dropped. If
+/// a backslash is a byte like any other, and the first `"` ends the string, so a saved text with a quote doesn't load
+/// again: see ITable::SaveFile. Members with an empty key are dropped. If
 /// members share a key, then strings, `null`, `true` and `false` store their own value; a number stores the value of
 /// the key's first member, if that is a number or one of those three words; arrays and objects count only if they are
 /// first. A member whose kind differs from the entry's is dropped.

@@ -65,7 +65,7 @@ struct TableEvent {
 ///   array listener     void (*)(void* object, std::uint32_t code, Tessarin::ITable* table, std::uint32_t index)
 struct Delegate {
     void* object;       ///< the first argument of the call; never owned: remove the listener before the object dies
-    void (*function)(); ///< the function that is called; it must not throw
+    void (*function)(); ///< the function that is called; it must not throw: that ends the process
 };
 
 namespace Tessarin {
@@ -154,7 +154,8 @@ public:
 /// listener has removed the entry before the value was stored. A setter that fails for lack of memory, or on a text,
 /// may leave a new entry with VALUE_EMPTY, which every setter accepts.
 ///
-/// Listeners run inside the operation, on its thread, and must not throw. Each change notifies twice, before and after
+/// Listeners run inside the operation, on its thread. They must neither throw nor leave by longjmp: an exception out of
+/// a listener ends the process, and what a longjmp leaves is undefined. Each change notifies twice, before and after
 /// it: first the table's listeners, then the entry's; of each, record listeners before argument listeners. An entry's
 /// own listeners get EVENT_REMOVING and EVENT_RENAMING, but not EVENT_REMOVED, EVENT_RENAMED, EVENT_CLEARING and
 /// EVENT_CLEARED, which only the table's listeners get. Array listeners get only the events of the array part. A
@@ -274,6 +275,10 @@ struct ITable {
     /// Writes the entries as a JSON document, compact, in the order of the walk. Pointers, handles and empty entries
     /// are left out, so are the array part and the listeners; external and reference tables are written in full; a
     /// null table and a real that isn't finite are `null`; a null string is an empty one.
+    ///
+    /// A `"` in a string or a key loses data when the document is loaded again: the load ends the string there, and the
+    /// table is empty, or without later members if what follows happens to be valid. `x"}//` as a player's name drops
+    /// every later member. Refuse `"` in texts that others choose, or keep such texts elsewhere.
     /// returns  1; 0 for a null or empty path, a file that can't be written whole, a table that contains itself, a text
     ///          of 4 GiB or more, or when memory runs out
     virtual std::uint32_t SaveFile(const char* path) = 0;
