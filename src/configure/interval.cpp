@@ -11,7 +11,8 @@
 
 #include "tessarin/interval.h"
 
-#include "platform/nearest_rounding.h"
+#include "platform/float_comparison.h"
+#include "platform/float_environment.h"
 #include "platform/number_text.h"
 
 #include <atomic>
@@ -22,6 +23,11 @@
 
 namespace Configure {
 namespace {
+
+using Tessarin::IsEqual;
+using Tessarin::IsGreater;
+using Tessarin::IsNan;
+using Tessarin::NearestFloat;
 
 constexpr float kTolerance = 1.1920929e-7F;
 constexpr std::uint32_t kMostTokenBytes = 63;
@@ -41,18 +47,22 @@ std::uint32_t NextOf(char one, char other, const char* text, std::uint32_t lengt
     return position;
 }
 
-/// Converts in single precision, also on processors that would keep the number in a wider register.
-float FloatOf(std::int32_t number) {
-    const volatile float rounded = static_cast<float>(number);
-    return rounded;
-}
-
 /// Rounds towards zero, clamped to the range of an integer; 0 for a nan.
 std::int32_t Truncate(float value) {
     constexpr float kBeyond = 2147483648.0F;
-    if (value >= kBeyond) return std::numeric_limits<std::int32_t>::max();
-    if (value < -kBeyond) return std::numeric_limits<std::int32_t>::min();
-    return value != value ? 0 : static_cast<std::int32_t>(value);
+    if (!IsGreater(kBeyond, value)) return IsNan(value) ? 0 : std::numeric_limits<std::int32_t>::max();
+    if (IsGreater(-kBeyond, value)) return std::numeric_limits<std::int32_t>::min();
+    const Tessarin::DefaultFloatEnvironment environment; // a fraction sets a flag
+    const volatile float operand = value;
+    const volatile auto truncated = static_cast<std::int32_t>(operand);
+    return truncated;
+}
+
+float Sum(float one, float other) {
+    const Tessarin::DefaultFloatEnvironment environment;
+    const volatile float left = one, right = other;
+    const volatile float sum = left + right;
+    return sum;
 }
 
 std::uint32_t Exchanged(std::uint32_t flags, std::uint32_t lower, std::uint32_t upper) {
@@ -97,8 +107,7 @@ unsigned char Interval::Load(const char* text) { return text == nullptr ? 0 : Lo
 
 unsigned char Interval::Load(const char* text, std::uint32_t length) {
     if (text == nullptr || _Load(text, length) == 0) return 0;
-    const volatile float below_lower = lower - kTolerance;
-    if (below_lower > upper) {
+    if (IsGreater(Sum(lower, -kTolerance), upper)) {
         std::swap(lower, upper);
         std::swap(lower_int, upper_int);
         flags = Exchanged(flags, INTERVAL_LOWER_REAL, INTERVAL_UPPER_REAL);
@@ -109,23 +118,22 @@ unsigned char Interval::Load(const char* text, std::uint32_t length) {
 
 unsigned char Interval::Hit(float value) const {
     if ((flags & ~kAllFlags) != 0) return 0;
-    const float real_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
-    const float real_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
-    const volatile float above = value + kTolerance;
-    const volatile float below = value - kTolerance;
-    const bool over_lower = ((flags & INTERVAL_LOWER_OPEN) != 0 ? below : above) > real_lower;
-    const bool under_upper = real_upper > ((flags & INTERVAL_UPPER_OPEN) != 0 ? above : below);
+    const float real_lower = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : NearestFloat(lower_int);
+    const float real_upper = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : NearestFloat(upper_int);
+    const float above = Sum(value, kTolerance), below = Sum(value, -kTolerance);
+    const bool over_lower = IsGreater((flags & INTERVAL_LOWER_OPEN) != 0 ? below : above, real_lower);
+    const bool under_upper = IsGreater(real_upper, (flags & INTERVAL_UPPER_OPEN) != 0 ? above : below);
     return over_lower && under_upper ? 1 : 0;
 }
 
 unsigned char Interval::Hit(std::int32_t value) const {
     if ((flags & ~kAllFlags) != 0) return 0;
-    const float real = FloatOf(value);
+    const float real = NearestFloat(value);
     const bool lower_is_real = (flags & INTERVAL_LOWER_REAL) != 0, upper_is_real = (flags & INTERVAL_UPPER_REAL) != 0;
-    const bool at_lower = lower_is_real ? real == lower : value == lower_int;
-    const bool at_upper = upper_is_real ? real == upper : value == upper_int;
-    const bool over_lower = lower_is_real ? real > lower : value > lower_int;
-    const bool under_upper = upper_is_real ? real < upper : value < upper_int;
+    const bool at_lower = lower_is_real ? IsEqual(real, lower) : value == lower_int;
+    const bool at_upper = upper_is_real ? IsEqual(real, upper) : value == upper_int;
+    const bool over_lower = lower_is_real ? IsGreater(real, lower) : value > lower_int;
+    const bool under_upper = upper_is_real ? IsGreater(upper, real) : value < upper_int;
     const bool lower_holds = over_lower || (at_lower && (flags & INTERVAL_LOWER_OPEN) == 0);
     const bool upper_holds = under_upper || (at_upper && (flags & INTERVAL_UPPER_OPEN) == 0);
     return lower_holds && upper_holds ? 1 : 0;
@@ -137,8 +145,8 @@ std::int32_t Interval::Clamp(std::int32_t value) const {
 }
 
 float Interval::Clamp(float value) const {
-    const float raised = value > lower ? value : lower;
-    return upper > raised ? raised : upper;
+    const float raised = IsGreater(value, lower) ? value : lower;
+    return IsGreater(upper, raised) ? raised : upper;
 }
 
 unsigned char Interval::To(std::int32_t& lower_bound, std::int32_t& upper_bound) {
@@ -150,17 +158,20 @@ unsigned char Interval::To(std::int32_t& lower_bound, std::int32_t& upper_bound)
 }
 
 unsigned char Interval::To(float& lower_bound, float& upper_bound) {
-    lower_bound = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : FloatOf(lower_int);
-    upper_bound = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : FloatOf(upper_int);
+    lower_bound = (flags & INTERVAL_LOWER_REAL) != 0 ? lower : NearestFloat(lower_int);
+    upper_bound = (flags & INTERVAL_UPPER_REAL) != 0 ? upper : NearestFloat(upper_int);
     return 1;
 }
 
 float Interval::Random() const {
+    const volatile std::uint32_t percent = NextRandom() % 100;
+    const Tessarin::DefaultFloatEnvironment environment;
     // The order of the steps decides which hundred values there are.
-    const volatile float part = static_cast<float>(NextRandom() % 100) * 0.01F;
-    const volatile float width = upper - lower;
+    const volatile float from = lower, to = upper;
+    const volatile float part = static_cast<float>(percent) * 0.01F;
+    const volatile float width = to - from;
     const volatile float above = part * width;
-    const volatile float drawn = above + lower;
+    const volatile float drawn = above + from;
     return drawn;
 }
 
@@ -210,8 +221,7 @@ void Interval::_GetValue(const char* text, std::uint32_t length, float& float_va
         int_value = Truncate(float_value);
     } else {
         int_value = _GetInteger(text, start, end);
-        const Tessarin::NearestRounding rounding;
-        float_value = FloatOf(int_value);
+        float_value = NearestFloat(int_value);
     }
 }
 

@@ -21,7 +21,7 @@
 #define TESSARIN_DOCUMENTS_JSON_PARSER_H
 
 #include "documents/throwing_allocator.h"
-#include "platform/nearest_rounding.h"
+#include "platform/float_environment.h"
 
 #include <cstdint>
 #include <string_view>
@@ -163,7 +163,7 @@ template <class Handler>
 JsonFailure ParseJson(const char* text, Handler& handler) {
     constexpr unsigned kFlags =
         rapidjson::kParseInsituFlag | rapidjson::kParseCommentsFlag | rapidjson::kParseIterativeFlag;
-    const NearestRounding rounding;
+    const DefaultFloatEnvironment environment;
     try {
         ThrowingAllocator heap;
         rapidjson::GenericReader<rapidjson::UTF8<>, rapidjson::UTF8<>, ThrowingAllocator> reader(&heap);

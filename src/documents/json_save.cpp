@@ -7,10 +7,11 @@
 #include "documents/throwing_allocator.h"
 #include "files/file_objects.h"
 #include "memory/list.h"
+#include "platform/float_comparison.h"
+#include "platform/float_environment.h"
 #include "tables/table.h"
 
 #include <bit>
-#include <cmath>
 #include <cstring>
 
 #include <rapidjson/stringbuffer.h>
@@ -115,11 +116,13 @@ private:
 
     /// The form has no text for a real that isn't finite: `null` is written.
     void WriteReal(float real) {
-        if (std::isfinite(real)) {
-            writer_.Double(static_cast<double>(real));
-        } else {
+        if (!IsFinite(real)) {
             writer_.Null();
+            return;
         }
+        const DefaultFloatEnvironment environment;
+        const volatile float operand = real; // the widening of a float can depend on the environment, too
+        writer_.Double(static_cast<double>(operand));
     }
 
     template <class Vector>

@@ -5,7 +5,7 @@
 #include "documents/readable_parser.h"
 #include "files/whole_file.h"
 #include "memory/list.h"
-#include "platform/nearest_rounding.h"
+#include "platform/float_environment.h"
 #include "platform/number_text.h"
 #include "strings/string_table.h"
 #include "tables/table.h"
@@ -140,7 +140,7 @@ void ReadableLoader::StoreString(cstr key, std::string_view text) {
 }
 
 bool Load(Table& root, char* text, std::uint32_t size) {
-    const NearestRounding rounding;
+    const DefaultFloatEnvironment environment;
     ReadableParser parser(text, size);
     return ReadableLoader(parser).Load(root);
 }

@@ -18,7 +18,7 @@
 #include "platform/number_text.h"
 
 #include "platform/ascii.h"
-#include "platform/nearest_rounding.h"
+#include "platform/float_environment.h"
 
 #include <algorithm>
 #include <charconv>
@@ -133,7 +133,7 @@ double Round(const Numeral& numeral, std::int64_t exponent, const Notation& nota
     end = std::to_chars(end, text + sizeof text, exponent).ptr;
 
     double value = out_of_range;
-    const NearestRounding rounding;
+    const DefaultFloatEnvironment environment;
     const std::from_chars_result result = std::from_chars(text, end, value, notation.format);
     return result.ec == std::errc() ? value : out_of_range;
 }
@@ -199,7 +199,7 @@ double TextToReal(const char* first, const char* last) {
 }
 
 float TextToFloat(const char* first, const char* last) {
-    const NearestRounding rounding;
+    const DefaultFloatEnvironment environment;
     // Volatile, because otherwise compilers postpone the narrowing until the host's rounding is restored.
     const volatile float nearest = static_cast<float>(TextToReal(first, last));
     return nearest;
@@ -212,9 +212,11 @@ IntegerText IntegerToText(std::uint32_t number) { return DecimalText(number); }
 RealText RealToText(float number) {
     constexpr int kDecimals = 6;
     RealText text;
+    const DefaultFloatEnvironment environment;
+    const volatile float operand = number; // the widening of a float can depend on the environment, too
     // The largest float has 39 digits before the point, so every number fits.
     char* end =
-        std::to_chars(text.text, text.text + sizeof text.text - 1, double{number}, std::chars_format::fixed, kDecimals)
+        std::to_chars(text.text, text.text + sizeof text.text - 1, double{operand}, std::chars_format::fixed, kDecimals)
             .ptr;
     *end = '\0';
     text.length = static_cast<std::uint32_t>(end - text.text);

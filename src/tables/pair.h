@@ -3,6 +3,8 @@
 #ifndef TESSARIN_TABLES_PAIR_H
 #define TESSARIN_TABLES_PAIR_H
 
+#include "platform/float_comparison.h"
+#include "platform/float_environment.h"
 #include "tables/value.h"
 #include "tessarin/table_interface.h"
 
@@ -96,10 +98,13 @@ bool Pair::SameVector(const Vector& vector) const {
     float wanted[kCount];
     std::memcpy(stored, &value, sizeof stored);
     std::memcpy(wanted, &vector, sizeof wanted);
+    const DefaultFloatEnvironment environment;
     for (std::size_t i = 0; i < kCount; ++i) {
-        const float difference = stored[i] - wanted[i];
-        const bool is_same = difference > -kTolerance && difference < kTolerance; // a NaN counts as a change
-        if (!is_same) return false;
+        const volatile float from = stored[i], to = wanted[i];
+        const volatile float volatile_difference = from - to;
+        const float difference = volatile_difference;
+        // A NaN counts as a change.
+        if (!IsGreater(difference, -kTolerance) || !IsGreater(kTolerance, difference)) return false;
     }
     return true;
 }

@@ -55,7 +55,7 @@ std::int32_t Table::GetInteger(const char* key) { return GetInteger(key, 0); }
 float Table::GetReal(const char* key) {
     Pair* pair = FindEntry(key);
     if (pair == nullptr) return 0.0F;
-    return pair->kind == VALUE_INTEGER ? static_cast<float>(pair->GetInteger()) : pair->GetReal();
+    return pair->kind == VALUE_INTEGER ? NearestFloat(pair->GetInteger()) : pair->GetReal();
 }
 
 cstr Table::GetString(const char* key) { return GetString(key, nullptr); }
@@ -162,7 +162,7 @@ std::uint32_t Table::SetHandle(const char* key, const Handle* value, std::uint32
 
 std::uint32_t Table::SetReal(const char* key, float value, std::uint32_t notify) {
     return Assign(
-        key, VALUE_REAL, notify, [value](Pair& pair) { return pair.GetReal() == value; },
+        key, VALUE_REAL, notify, [value](Pair& pair) { return IsEqual(pair.GetReal(), value); },
         [value](Pair& pair) { return pair.SetReal(value); });
 }
 
