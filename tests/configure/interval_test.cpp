@@ -6,7 +6,6 @@
 #include "tests/support/at_once.h"
 
 #include <array>
-#include <cfenv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -49,16 +48,6 @@ TEST(Interval, TextsReadAsBounds) {
         {"[1,0.9999999]", "1.000000 1.000000 1 0 2"} // not reversed by more than the tolerance
     };
     for (const auto& [text, fields] : cases) EXPECT_EQ(Shown(Of(text)), fields) << text;
-}
-
-TEST(Interval, TextsReadAlikeUnderAnyRounding) {
-    for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-        ASSERT_EQ(std::fesetround(mode), 0);
-        const Interval interval = Of("[-0.1,16777219]");
-        std::fesetround(FE_TONEAREST);
-        EXPECT_EQ(interval.lower, -0.1F);
-        EXPECT_EQ(interval.upper, 16777220.0F);
-    }
 }
 
 TEST(Interval, OtherTextsLeaveTheEmptyValue) {

@@ -146,25 +146,6 @@ TEST(NumberText, IsTheSameInACommaLocale) {
     EXPECT_STREQ(Tessarin::IntegerToText(-1234567).text, "-1234567");
 }
 
-TEST(TextToReal, RoundsToNearestWhateverTheHostRoundsTo) {
-    const auto narrow = [](std::string_view text) {
-        return Tessarin::TextToFloat(text.data(), text.data() + text.size());
-    };
-    for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
-        ASSERT_EQ(std::fesetround(mode), 0);
-        const double read = Real("0.3");
-        const float narrowed[] = {narrow("0.1"), narrow("-0.7"), narrow("16777217.0"), narrow("1e39")};
-        const int mode_after = std::fegetround();
-        std::fesetround(FE_TONEAREST);
-        EXPECT_EQ(read, 0.3);
-        EXPECT_EQ(mode_after, mode);
-        EXPECT_EQ(narrowed[0], 0.1F);
-        EXPECT_EQ(narrowed[1], -0.7F);
-        EXPECT_EQ(narrowed[2], 16777216.0F);
-        EXPECT_EQ(narrowed[3], kInfinity);
-    }
-}
-
 TEST(NumberToText, WritesIntegers) {
     for (const std::int32_t number : {0, 7, -7, INT32_MAX, INT32_MIN}) {
         EXPECT_EQ(Tessarin::IntegerToText(number).text, std::to_string(number));
