@@ -5,12 +5,14 @@
 // TearDown destroys no table: the pools free the memory of tables that still exist, and the string table frees every
 // cstr.
 
+#include "platform/process_secret.h"
 #include "strings/string_table.h"
 #include "tables/table_pools.h"
 #include "tables/table_registry.h"
 
 namespace Tessarin {
 
+ProcessSecret process_secret = MakeProcessSecret(); // everything after it may hash
 UntilUnload<ListenerPools> listener_pools;
 UntilUnload<StringTable> string_table;
 UntilUnload<TablePools> table_pools;

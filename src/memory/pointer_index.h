@@ -1,6 +1,5 @@
 // An index by address: of a table's entries by their interned keys, and of texts' offsets in a file. Open addressing
-// with linear probing, over slots that the owner provides. Where an index may own its memory, containers/hash_map.h is
-// used.
+// with linear probing, over slots that the owner provides; pointer_map.h has an index that owns its slots.
 //
 //      home(key)              key A, B and C have the same home; D's was taken by C
 //          v
@@ -20,6 +19,8 @@
 #ifndef TESSARIN_MEMORY_POINTER_INDEX_H
 #define TESSARIN_MEMORY_POINTER_INDEX_H
 
+#include "platform/process_secret.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstddef>
@@ -27,10 +28,17 @@
 
 namespace Tessarin {
 
-/// A hash of an address whose highest bits are the best. Neighbouring addresses differ in their low bits; the
-/// multiplication carries the differences to the top.
+/// A hash of an address whose highest bits are the best. Neighbouring addresses differ in their low bits; each
+/// multiplication carries differences to the top, and the shift brings them down for the second one.
+///
+/// Interned texts lie back to back, so whoever writes a document chooses the differences of its keys' addresses. One
+/// multiplication keeps differences: keys could be chosen that fill one run of slots, whose probes take the square of
+/// their number. So there are two, by factors that nobody outside knows, with the shift between them, which isn't
+/// linear.
 inline std::uint64_t HashOfPointer(const void* pointer) {
-    return std::uint64_t{reinterpret_cast<std::uintptr_t>(pointer)} * 0x9E3779B97F4A7C15U;
+    const std::uint64_t(&factors)[2] = process_secret.pointer_factors;
+    const std::uint64_t product = std::uint64_t{reinterpret_cast<std::uintptr_t>(pointer)} * factors[0];
+    return (product ^ product >> 32) * factors[1];
 }
 
 /// A view of the slots, cheap to make for one operation.

@@ -14,19 +14,32 @@
 //                                                    v
 //     an arena    ... [ length, 4 bytes | text | NUL ][ length | text | NUL ] ...      1 MiB, bump-allocated
 //
+// The hash is known to everybody, so texts can be chosen that all have one bucket, and even one hash. A bucket that has
+// become long therefore gets a trie instead of further blocks, in which a text's path is its second hash, which nobody
+// can choose, as it is keyed with a secret: three bits a level. The slots of the blocks stay as they are, for readers
+// that are among them.
+//
+//     [ first | more ]      first ---> [ slot 0 ... 7 ]      a node, a cache line; a slot is free, a text, or a link:
+//                                          |
+//                                          v
+//     a link     [ 1: the top bit | address of a node, 48 bits ] ---> [ slot 0 ... 7 ]
+//
 // Invariants:
 //
-//  1. A slot changes once, from 0 to its text, and never again. A block's `next` is set before the block is linked.
-//     Both are published by a release store, so a reader that sees a slot or a block also sees everything that it
-//     points to.
-//  2. Hence a hit takes no lock. A miss takes it and searches again, because another thread may have added the text
-//     meanwhile.
-//  3. Equal texts have equal hashes, so they are in one bucket; the second search therefore makes addresses unique.
+//  1. A slot of a block changes once, from 0 to its text, and never again. So does a bucket's first slot, unless the
+//     bucket becomes long: then it changes once more, to the link to the trie, which has all texts of the bucket. A
+//     slot of a trie changes from 0 to a text, and from there to a link to a node that leads to that text.
+//  2. A block's `next` is set before the block is linked, as is a node's first text. All of these changes are release
+//     stores, so a reader that sees a slot, a block or a node also sees everything that it points to.
+//  3. Hence a hit takes no lock. A miss takes it and searches again, because another thread may have added the text
+//     meanwhile, or moved it into a trie. The search under the lock meets at most some fifty texts, too.
+//  4. Equal texts have equal hashes, so they are in one bucket; the second search therefore makes addresses unique.
 //
 // Lower case is folded while a text is hashed, compared and copied, so no form of a text needs a buffer.
 
 #include "strings/string_table.h"
 
+#include "strings/keyed_hash.h"
 #include "strings/normal_forms.h"
 #include "strings/string_hash.h"
 
@@ -39,10 +52,34 @@ namespace Tessarin {
 namespace {
 
 constexpr unsigned kAddressBits = 48;
-constexpr std::size_t kBlockChunkBytes = OrSmall<std::size_t>(0x10000, 256);
+constexpr std::uint64_t kLinkBit = std::uint64_t{1} << 63;
+constexpr std::size_t kLineBytes = 64;
+constexpr std::size_t kLineChunkBytes = OrSmall<std::size_t>(0x10000, 256);
 
-cstr TextOf(std::uint64_t slot) {
-    return reinterpret_cast<cstr>(static_cast<std::uintptr_t>(slot & ((std::uint64_t{1} << kAddressBits) - 1)));
+// When a bucket is long: when its first slot and so many blocks are full, or if so many texts have one hash. By chance
+// eight of them never have.
+constexpr unsigned kMostBlocks = 7;
+constexpr unsigned kMostOfOneHash = 8;
+
+// Levels of a trie that one keyed hash of a text serves. Texts that agree in all of them, which a few of ten thousand
+// do, are told apart below by another hash.
+constexpr unsigned kLevelsPerHash = 8;
+
+std::uintptr_t AddressIn(std::uint64_t slot) {
+    return static_cast<std::uintptr_t>(slot & ((std::uint64_t{1} << kAddressBits) - 1));
+}
+cstr TextOf(std::uint64_t slot) { return reinterpret_cast<cstr>(AddressIn(slot)); }
+bool IsLink(std::uint64_t slot) { return (slot & kLinkBit) != 0; }
+
+/// Memory whose addresses fit in a slot; null if there is none. No program gets higher addresses, except on a host
+/// whose heap sets their top bits; there this memory would have to be allocated in another way.
+void* AllocateAddressable(std::size_t size) {
+    void* memory = std::malloc(size);
+    if (std::uint64_t{reinterpret_cast<std::uintptr_t>(memory) + size} >> kAddressBits != 0) {
+        std::free(memory); // GCOVR_EXCL_LINE: no host that runs the tests is like that
+        return nullptr;    // GCOVR_EXCL_LINE
+    }
+    return memory;
 }
 
 } // namespace
@@ -53,22 +90,36 @@ struct StringTable::Lookup {
     const char* text;
     std::size_t length;
     HashParts hash;
+    TextKey key;
+    std::uint64_t keyed_hash = 0;     // for the levels of one round; most lookups need none
+    std::uint32_t round = UINT32_MAX; // which levels: those from kLevelsPerHash * round on
 
-    /// The interned text that a slot leads to if it equals this one, else null.
-    cstr Match(Slot slot) const {
+    /// The interned text that a slot leads to if it equals this one, else null. A link never does.
+    [[nodiscard]] cstr Match(Slot slot) const {
         if (slot >> kAddressBits != hash.tag) return nullptr;
         const cstr interned = TextOf(slot);
         if (interned == nullptr || CstrLength(interned) != length) return nullptr;
         return EqualTexts<form>(interned, text, length) ? interned : nullptr;
     }
+
+    /// Where the text's path goes on in the node that a link leads to. The root has depth 0.
+    [[nodiscard]] std::atomic<Slot>* Follow(Slot link, unsigned depth) {
+        if (depth / kLevelsPerHash != round) {
+            round = depth / kLevelsPerHash;
+            keyed_hash = KeyedHashOfText<form>({key.first, key.second + round}, text, length);
+        }
+        auto* node = reinterpret_cast<TrieNode*>(AddressIn(link));
+        return &node->slots[keyed_hash >> depth % kLevelsPerHash * 3 & 7];
+    }
 };
 
-StringTable::StringTable() : buckets_(static_cast<Bucket*>(std::calloc(kBucketCount, sizeof(Bucket)))) {}
+StringTable::StringTable(TextKey key)
+    : key_(key), buckets_(static_cast<Bucket*>(std::calloc(kBucketCount, sizeof(Bucket)))) {}
 
 StringTable::~StringTable() {
     std::free(buckets_);
     while (chunks_ != nullptr) {
-        BlockChunk* next = chunks_->next;
+        LineChunk* next = chunks_->next;
         std::free(chunks_);
         chunks_ = next;
     }
@@ -94,7 +145,8 @@ cstr StringTable::InternPath(const char* path) {
 cstr StringTable::Find(const char* text) const {
     if (text == nullptr || buckets_ == nullptr) return nullptr;
     const std::size_t length = std::strlen(text);
-    return FindInBucket(Lookup<TextForm::kAsIs>{text, length, Hash<TextForm::kAsIs>(text, length)});
+    Lookup<TextForm::kAsIs> lookup = {text, length, Hash<TextForm::kAsIs>(text, length), key_};
+    return FindInBucket(lookup);
 }
 
 /// Makes four passes over all texts. Each of the first three prefetches what the next pass reads: the bucket, its
@@ -118,8 +170,8 @@ bool StringTable::Intern(const PendingText* texts, std::uint32_t count) {
         const PendingText& text = texts[i];
         if (text.length > kMaxTextLength) return false;
         *text.result = text.form == TextForm::kLowerCase
-                           ? FindOrAdd(Lookup<TextForm::kLowerCase>{text.text, text.length, hashes[i]})
-                           : FindOrAdd(Lookup<TextForm::kAsIs>{text.text, text.length, hashes[i]});
+                           ? FindOrAdd<TextForm::kLowerCase>({text.text, text.length, hashes[i], key_})
+                           : FindOrAdd<TextForm::kAsIs>({text.text, text.length, hashes[i], key_});
         if (*text.result == nullptr) return false;
         if (text.copy != nullptr) *text.copy = *text.result;
     }
@@ -151,19 +203,22 @@ cstr StringTable::FirstWithTag(HashParts hash) const {
 template <TextForm form>
 cstr StringTable::InternForm(const char* text, std::size_t length) {
     if (length > kMaxTextLength || buckets_ == nullptr) return nullptr;
-    return FindOrAdd(Lookup<form>{text, length, Hash<form>(text, length)});
+    return FindOrAdd<form>({text, length, Hash<form>(text, length), key_});
 }
 
 template <TextForm form>
-cstr StringTable::FindOrAdd(const Lookup<form>& lookup) {
+cstr StringTable::FindOrAdd(Lookup<form> lookup) {
     if (const cstr found = FindInBucket(lookup)) return found;
     return Add(lookup);
 }
 
 template <TextForm form>
-cstr StringTable::FindInBucket(const Lookup<form>& lookup) const {
+cstr StringTable::FindInBucket(Lookup<form>& lookup) const {
     const Bucket& bucket = buckets_[lookup.hash.bucket];
-    if (const cstr found = lookup.Match(bucket.first.load(std::memory_order_acquire))) return found;
+    const Slot first = bucket.first.load(std::memory_order_acquire);
+    if (const cstr found = lookup.Match(first)) return found;
+    if (IsLink(first)) [[unlikely]]
+        return FindInTrie(lookup, first);
     for (const SlotBlock* block = bucket.more.load(std::memory_order_acquire); block != nullptr; block = block->next) {
         for (const std::atomic<Slot>& slot : block->slots) {
             const Slot taken = slot.load(std::memory_order_acquire);
@@ -174,11 +229,21 @@ cstr StringTable::FindInBucket(const Lookup<form>& lookup) const {
     return nullptr;
 }
 
+/// A text that isn't where its path ends isn't in the bucket.
 template <TextForm form>
-cstr StringTable::Add(const Lookup<form>& lookup) {
+[[gnu::noinline]] cstr StringTable::FindInTrie(Lookup<form>& lookup, Slot root) {
+    Slot slot = root;
+    for (unsigned depth = 0; IsLink(slot); ++depth) {
+        slot = lookup.Follow(slot, depth)->load(std::memory_order_acquire);
+    }
+    return lookup.Match(slot);
+}
+
+template <TextForm form>
+cstr StringTable::Add(Lookup<form>& lookup) {
     const std::lock_guard guard(lock_);
     if (const cstr found = FindInBucket(lookup)) return found;
-    std::atomic<Slot>* slot = FreeSlot(buckets_[lookup.hash.bucket]);
+    std::atomic<Slot>* slot = FreeSlot(lookup);
     if (slot == nullptr) return nullptr;
     const auto length = static_cast<std::uint32_t>(lookup.length);
     char* node = AllocateNode(static_cast<std::uint32_t>(sizeof length) + length + 1);
@@ -192,50 +257,106 @@ cstr StringTable::Add(const Lookup<form>& lookup) {
     return text;
 }
 
-/// The bucket's next free slot, in a new block if necessary; null if memory runs out. If memory then runs out for the
-/// text, the new block stays empty and is used for the bucket's next text.
-std::atomic<StringTable::Slot>* StringTable::FreeSlot(Bucket& bucket) {
-    if (bucket.first.load(std::memory_order_relaxed) == 0) return &bucket.first;
+/// The free slot for a text that isn't there yet, in a new block or node if necessary; null if memory runs out. If
+/// memory then runs out for the text, a new block stays empty and is used for the bucket's next text.
+template <TextForm form>
+std::atomic<StringTable::Slot>* StringTable::FreeSlot(Lookup<form>& lookup) {
+    Bucket& bucket = buckets_[lookup.hash.bucket];
+    const Slot first = bucket.first.load(std::memory_order_relaxed);
+    if (first == 0) return &bucket.first;
+    if (IsLink(first)) return FreeSlotInTrie(bucket.first, lookup);
     SlotBlock* newest = bucket.more.load(std::memory_order_relaxed);
     if (newest != nullptr) {
         for (std::atomic<Slot>& slot : newest->slots) {
             if (slot.load(std::memory_order_relaxed) == 0) return &slot;
         }
+        if (IsLong(bucket, lookup.hash.tag)) {
+            return MakeTrie(bucket) ? FreeSlotInTrie(bucket.first, lookup) : nullptr;
+        }
     }
-    SlotBlock* block = NewBlock();
-    if (block == nullptr) return nullptr;
-    block->next = newest;
+    void* line = NewLine();
+    if (line == nullptr) return nullptr;
+    auto* block = new (line) SlotBlock{newest, {}};
     bucket.more.store(block, std::memory_order_release);
     return &block->slots[0];
 }
 
-StringTable::SlotBlock* StringTable::NewBlock() {
-    // One block less than would fit, because aligning the first one takes some bytes.
-    constexpr auto kBlocksPerChunk =
-        static_cast<std::uint32_t>((kBlockChunkBytes - sizeof(BlockChunk)) / sizeof(SlotBlock) - 1);
-    if (chunks_ == nullptr || chunks_->used == kBlocksPerChunk) {
-        auto* chunk = static_cast<BlockChunk*>(std::malloc(kBlockChunkBytes));
+/// The free slot at the end of the text's path, below `root`. Texts in the way move down.
+template <TextForm form>
+std::atomic<StringTable::Slot>* StringTable::FreeSlotInTrie(std::atomic<Slot>& root, Lookup<form>& lookup) {
+    std::atomic<Slot>* slot = &root;
+    for (unsigned depth = 0; slot->load(std::memory_order_relaxed) != 0; ++depth) {
+        if (!IsLink(slot->load(std::memory_order_relaxed)) && !PushDown(*slot, depth)) return nullptr;
+        slot = lookup.Follow(slot->load(std::memory_order_relaxed), depth);
+    }
+    return slot;
+}
+
+/// Puts a new node in the place of a text, which moves into it. False if memory runs out.
+bool StringTable::PushDown(std::atomic<Slot>& slot, unsigned depth) {
+    void* line = NewLine();
+    if (line == nullptr) return false;
+    const Slot link = kLinkBit | reinterpret_cast<std::uintptr_t>(new (line) TrieNode{});
+    const Slot moved = slot.load(std::memory_order_relaxed);
+    const cstr text = TextOf(moved);
+    Lookup<TextForm::kAsIs> path = {text, CstrLength(text), {}, key_};
+    path.Follow(link, depth)->store(moved, std::memory_order_relaxed);
+    slot.store(link, std::memory_order_release);
+    return true;
+}
+
+/// Whether a bucket whose slots are all taken gets no further block. `tag` is that of the text to be added.
+bool StringTable::IsLong(const Bucket& bucket, std::uint32_t tag) {
+    unsigned blocks = 0, of_one_hash = 0;
+    for (const SlotBlock* block = bucket.more.load(std::memory_order_relaxed); block != nullptr; block = block->next) {
+        ++blocks;
+        for (const std::atomic<Slot>& slot : block->slots) {
+            if (slot.load(std::memory_order_relaxed) >> kAddressBits == tag) ++of_one_hash;
+        }
+    }
+    return blocks >= kMostBlocks || of_one_hash + 1 >= kMostOfOneHash;
+}
+
+/// Makes the trie of a bucket, with all its texts, and only then shows it to readers. False if memory runs out; the
+/// bucket is then unchanged, and the next text tries again.
+bool StringTable::MakeTrie(Bucket& bucket) {
+    std::atomic<Slot> root{bucket.first.load(std::memory_order_relaxed)};
+    for (const SlotBlock* block = bucket.more.load(std::memory_order_relaxed); block != nullptr; block = block->next) {
+        for (const std::atomic<Slot>& slot : block->slots) {
+            const Slot moved = slot.load(std::memory_order_relaxed);
+            const cstr text = TextOf(moved);
+            Lookup<TextForm::kAsIs> path = {text, CstrLength(text), {}, key_};
+            std::atomic<Slot>* place = FreeSlotInTrie(root, path);
+            if (place == nullptr) return false;
+            place->store(moved, std::memory_order_relaxed);
+        }
+    }
+    bucket.first.store(root.load(std::memory_order_relaxed), std::memory_order_release);
+    return true;
+}
+
+/// A cache line for a block or a node; null if memory runs out.
+void* StringTable::NewLine() {
+    static_assert(sizeof(SlotBlock) == kLineBytes && sizeof(TrieNode) == kLineBytes);
+    // One line less than would fit, because aligning the first one takes some bytes.
+    constexpr auto kLinesPerChunk = static_cast<std::uint32_t>((kLineChunkBytes - sizeof(LineChunk)) / kLineBytes - 1);
+    if (chunks_ == nullptr || chunks_->used == kLinesPerChunk) {
+        auto* chunk = static_cast<LineChunk*>(AllocateAddressable(kLineChunkBytes));
         if (chunk == nullptr) return nullptr;
         *chunk = {chunks_, 0};
         chunks_ = chunk;
     }
     const auto start = reinterpret_cast<std::uintptr_t>(chunks_ + 1);
-    auto* blocks = reinterpret_cast<unsigned char*>(chunks_ + 1) + (-start & (alignof(SlotBlock) - 1));
-    return new (blocks + chunks_->used++ * sizeof(SlotBlock)) SlotBlock{};
+    auto* lines = reinterpret_cast<unsigned char*>(chunks_ + 1) + (-start & (kLineBytes - 1));
+    return lines + chunks_->used++ * kLineBytes;
 }
 
 char* StringTable::AllocateNode(std::uint32_t size) {
     if (arenas_ == nullptr || arenas_->capacity - arenas_->used < size) {
         const std::uint32_t capacity = std::max(kArenaBytes, size); // only a small arena is too small for a text
-        auto* arena = static_cast<Arena*>(std::malloc(sizeof(Arena) + capacity));
+        auto* arena = static_cast<Arena*>(AllocateAddressable(sizeof(Arena) + capacity));
         if (arena == nullptr) return nullptr;
         *arena = {arenas_, capacity, 0, reinterpret_cast<char*>(arena + 1)};
-        // A slot has 48 bits for an address. No program gets higher addresses, except on a host whose heap sets their
-        // top bits; there this memory would have to be allocated in another way.
-        if (std::uint64_t{reinterpret_cast<std::uintptr_t>(arena->base + capacity)} >> kAddressBits != 0) {
-            std::free(arena); // GCOVR_EXCL_LINE: no host that runs the tests is like that
-            return nullptr;   // GCOVR_EXCL_LINE
-        }
         arenas_ = arena;
     }
     char* bytes = arenas_->base + arenas_->used;

@@ -6,6 +6,7 @@
 
 #include "memory/sizes.h"
 #include "memory/until_unload.h"
+#include "platform/process_secret.h"
 #include "platform/spin_lock.h"
 #include "strings/normal_forms.h"
 #include "tessarin/types.h"
@@ -40,7 +41,8 @@ public:
     static constexpr std::uint32_t kArenaBytes = OrSmall(0x100000U, 64U);
     static constexpr std::size_t kMaxTextLength = 0x100000 - 9;
 
-    StringTable();
+    /// key      of the hash for long buckets
+    explicit StringTable(TextKey key = process_secret.text_key);
     ~StringTable();
     StringTable(const StringTable&) = delete;
     StringTable& operator=(const StringTable&) = delete;
@@ -66,7 +68,8 @@ public:
 
 private:
     // One interned text in the index: the text's address in the low 48 bits, above it the hash's tag. A text is read
-    // only if the tag agrees, so a search mostly stays within the index.
+    // only if the tag agrees, so a search mostly stays within the index. In a long bucket a slot may be a link instead:
+    // the address of a trie node below the top bit.
     using Slot = std::uint64_t;
 
     // One cache line of slots, used from the first on; 0 means free.
@@ -75,8 +78,13 @@ private:
         std::atomic<Slot> slots[7];
     };
 
+    // A node of a long bucket's trie, one cache line.
+    struct alignas(64) TrieNode {
+        std::atomic<Slot> slots[8];
+    };
+
     struct Bucket {
-        std::atomic<Slot> first;
+        std::atomic<Slot> first; // a text; or, in a long bucket, the link to the root of its trie
         std::atomic<SlotBlock*> more;
     };
 
@@ -89,9 +97,9 @@ private:
         char* base;
     };
 
-    // Memory for slot blocks, which are allocated one after the other from its first aligned address on.
-    struct BlockChunk {
-        BlockChunk* next;
+    // Memory for slot blocks and trie nodes, which are allocated one after the other from its first aligned address on.
+    struct LineChunk {
+        LineChunk* next;
         std::uint32_t used;
     };
 
@@ -110,20 +118,29 @@ private:
     template <TextForm form>
     cstr InternForm(const char* text, std::size_t length);
     template <TextForm form>
-    cstr FindOrAdd(const Lookup<form>& lookup);
+    cstr FindOrAdd(Lookup<form> lookup);
     template <TextForm form>
-    cstr FindInBucket(const Lookup<form>& lookup) const;
+    cstr FindInBucket(Lookup<form>& lookup) const;
     template <TextForm form>
-    cstr Add(const Lookup<form>& lookup);
+    static cstr FindInTrie(Lookup<form>& lookup, Slot root);
+    template <TextForm form>
+    cstr Add(Lookup<form>& lookup);
     [[nodiscard]] cstr FirstWithTag(HashParts hash) const;
 
-    std::atomic<Slot>* FreeSlot(Bucket& bucket);
-    SlotBlock* NewBlock();
+    template <TextForm form>
+    std::atomic<Slot>* FreeSlot(Lookup<form>& lookup);
+    template <TextForm form>
+    std::atomic<Slot>* FreeSlotInTrie(std::atomic<Slot>& root, Lookup<form>& lookup);
+    bool PushDown(std::atomic<Slot>& slot, unsigned depth);
+    static bool IsLong(const Bucket& bucket, std::uint32_t tag);
+    bool MakeTrie(Bucket& bucket);
+    void* NewLine();
     char* AllocateNode(std::uint32_t size);
 
+    TextKey key_;
     Bucket* buckets_; // null if memory ran out at the start: every function then returns null
     Arena* arenas_ = nullptr;
-    BlockChunk* chunks_ = nullptr;
+    LineChunk* chunks_ = nullptr;
     SpinLock lock_; // held while a text is added; lookups don't take it
 };
 

@@ -74,8 +74,7 @@ public:
         AssignUnits();
         if (!ReadBody() || !tree_.IndexKeys()) return false;
         DefaultWiring<BinTable> defaults;
-        for (BinTable& table : tree_.tables) defaults.Wire(table); // its lookups intern nothing, so they can't fail
-        return true;
+        return std::ranges::all_of(tree_.tables, [&defaults](BinTable& table) { return defaults.Wire(table); });
     }
 
 private:

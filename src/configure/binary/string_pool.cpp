@@ -5,11 +5,10 @@
 //     pool      a \0 1 \0 c \0 a b \0      offset 4 is the start of "c"
 //     bitmap    1 0  1 0  1 0  1 0 0       two bits before it are set, so "c" is texts_[2]
 //
-// When it is written: a hash index maps the addresses of interned texts to their offsets in the pool.
+// When it is written: a map leads from the addresses of interned texts to their offsets in the pool.
 
 #include "configure/binary/string_pool.h"
 
-#include "memory/sizes.h"
 #include "strings/intern_batch.h"
 #include "strings/string_table.h"
 
@@ -17,8 +16,6 @@
 
 namespace Configure {
 namespace {
-
-constexpr std::uint32_t kFirstSlots = Tessarin::OrSmall(64U, 2U);
 
 /// The offset after the NUL of the text at `offset`; 0 if there is no NUL.
 std::uint32_t NextStart(const unsigned char* bytes, std::uint32_t offset, std::uint32_t size) {
@@ -60,35 +57,19 @@ bool StringPool::FindStarts(const unsigned char* bytes) {
     return texts_.Make(count);
 }
 
-/// Makes room in the index before it is searched, so that a free slot that is found can take the text.
 std::uint32_t PoolBuilder::OffsetOf(cstr text) {
     if (text == nullptr) text = Tessarin::string_table->Intern("");
-    if (text == nullptr) return kNoOffset;
-    if (count_ >= slots_.Count() / 2 && !GrowIndex()) return kNoOffset;
-    Slot* slot = Index(slots_.begin(), slots_.Count()).Find(text);
-    if (slot->text != nullptr) return slot->offset;
+    auto* slot = text == nullptr ? nullptr : offsets_.At(text);
+    if (slot == nullptr) return kNoOffset;
+    if (slot->key != nullptr) return slot->value;
 
     const std::uint32_t offset = bytes_.Size();
     const std::uint32_t size = Tessarin::CstrLength(text) + 1;
     unsigned char* room = bytes_.Take(size);
     if (room == nullptr) return kNoOffset;
     std::memcpy(room, text, size);
-    *slot = {text, offset};
-    ++count_;
+    offsets_.Take(*slot, text, offset);
     return offset;
-}
-
-/// Doubles the index, or makes the first one.
-bool PoolBuilder::GrowIndex() {
-    if (slots_.Count() > UINT32_MAX / 2) return false;
-    Tessarin::List<Slot> grown;
-    if (!grown.Make(slots_.IsEmpty() ? kFirstSlots : slots_.Count() * 2)) return false;
-    Index index(grown.begin(), grown.Count());
-    for (const Slot& slot : slots_) {
-        if (slot.text != nullptr) index.Insert(slot);
-    }
-    slots_.Swap(grown);
-    return true;
 }
 
 } // namespace Configure

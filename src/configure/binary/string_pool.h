@@ -6,7 +6,7 @@
 
 #include "configure/binary/byte_buffer.h"
 #include "memory/list.h"
-#include "memory/pointer_index.h"
+#include "memory/pointer_map.h"
 #include "tessarin/types.h"
 
 #include <bit>
@@ -61,21 +61,8 @@ public:
     [[nodiscard]] const unsigned char* Bytes() const { return bytes_.Bytes(); }
 
 private:
-    struct Slot {
-        cstr text; // null in a free slot
-        std::uint32_t offset;
-    };
-    struct SlotAccess {
-        static bool IsFree(const Slot& slot) { return slot.text == nullptr; }
-        static const void* KeyOf(const Slot& slot) { return slot.text; }
-    };
-    using Index = Tessarin::PointerIndex<Slot, SlotAccess>;
-
-    bool GrowIndex();
-
     ByteBuffer bytes_;
-    Tessarin::List<Slot> slots_; // the slots of the index: their number is a power of two, or 0 before the first text
-    std::uint32_t count_ = 0;    // texts
+    Tessarin::PointerMap<std::uint32_t> offsets_;
 };
 
 } // namespace Configure

@@ -82,7 +82,9 @@ bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree) {
     tree.tables.Append(root);
     if (!Fill(bytes, size, tree) || !ReadyToWire()) return false;
     DefaultWiring<TxtTableWriter> defaults;
-    for (TxtTableWriter* table = root; table != nullptr; table = table->next) defaults.Wire(*table);
+    for (TxtTableWriter* table = root; table != nullptr; table = table->next) {
+        if (!defaults.Wire(*table)) return false;
+    }
     return true;
 }
 

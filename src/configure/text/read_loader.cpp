@@ -7,6 +7,8 @@
 #include "configure/text/text_interner.h"
 #include "configure/tree/default_tables.h"
 
+#include <algorithm>
+
 namespace Configure {
 namespace {
 
@@ -100,8 +102,7 @@ bool LoadTextForReading(char* bytes, std::uint32_t size, TextTree& tree) {
     for (TxtTableReader& table : tree.tables) table.Sort();
     if (!tree.IndexKeys()) return false;
     DefaultWiring<TxtTableReader> defaults;
-    for (TxtTableReader& table : tree.tables) defaults.Wire(table);
-    return true;
+    return std::ranges::all_of(tree.tables, [&defaults](TxtTableReader& table) { return defaults.Wire(table); });
 }
 
 } // namespace Configure

@@ -4,6 +4,7 @@
 #ifndef TESSARIN_CONFIGURE_TREE_DEFAULT_TABLES_H
 #define TESSARIN_CONFIGURE_TREE_DEFAULT_TABLES_H
 
+#include "memory/pointer_map.h"
 #include "strings/string_table.h"
 #include "tessarin/configure_interface.h"
 
@@ -15,31 +16,48 @@ namespace Configure {
 template <class Table>
 class DefaultWiring {
 public:
-    void Wire(Table& table) {
-        ITable* const shared = DefaultFor(table);
-        if (shared == nullptr) return;
+    /// False if memory runs out.
+    [[nodiscard]] bool Wire(Table& table) {
+        ITable* shared = nullptr;
+        if (!FindDefault(table, shared)) return false;
+        if (shared == nullptr) return true;
         for (IIterator* unit = table.Begin(); unit != table.End(); unit = table.Next(unit)) {
             if (ITable* child = unit->GetTable()) static_cast<Table*>(child)->default_table = shared;
         }
+        return true;
     }
 
 private:
-    /// The result of the table's GetTable for `_default`. Siblings share a default table and are wired one after
-    /// another, so the last search of a default table is remembered: in an edited table a search looks at every entry.
-    ITable* DefaultFor(Table& table) {
-        if (IIterator* own = table.Find(kKey)) return own->GetTable();
-        if (table.default_table == nullptr) return nullptr;
-        if (table.default_table != searched_) {
-            searched_ = table.default_table;
-            IIterator* const inner = searched_->Find(kKey);
-            found_ = inner == nullptr ? nullptr : inner->GetTable();
+    /// Sets `found` to the result of the table's GetTable for `_default`.
+    [[nodiscard]] bool FindDefault(Table& table, ITable*& found) {
+        if (IIterator* own = table.Find(kKey)) {
+            found = own->GetTable();
+        } else if (table.default_table != nullptr) {
+            if (!FindInside(table.default_table)) return false;
+            found = found_;
         }
-        return found_;
+        return true;
+    }
+
+    /// Sets `found_` to the `_default` of a default table. Each is searched once, because in an edited table a search
+    /// looks at every entry: siblings share a default table, and the children of several parents may take turns.
+    [[nodiscard]] bool FindInside(ITable* table) {
+        if (table == searched_) return true;
+        searched_ = table;
+        auto* known = known_.At(table);
+        if (known == nullptr) return false;
+        if (known->key == nullptr) {
+            IIterator* const inner = table->Find(kKey);
+            known_.Take(*known, table, inner == nullptr ? nullptr : inner->GetTable());
+        }
+        found_ = known->value;
+        return true;
     }
 
     static constexpr const char* kKey = "_default";
-    ITable* searched_ = nullptr;
-    ITable* found_ = nullptr;
+    ITable* searched_ = nullptr; // the last one, as most often the next one is the same
+    ITable* found_ = nullptr;    // inside it
+    Tessarin::PointerMap<ITable*> known_;
 };
 
 /// Interns the key of default tables, for families whose searches intern. Then none of these searches fails, and no

@@ -1,12 +1,17 @@
 // An index of a table's Units by the text of their keys: a hash index with open addressing, over the hash of the text
 // in lower case.
+//
+// There are two hashes. Most tables use the string table's, which is fast, mixed with a secret of the process, so that
+// nobody can choose keys whose slots are neighbours. But keys can be chosen for which that hash is the same. A table in
+// which several are uses a slower hash instead, for which nobody can choose equal ones.
 
 #ifndef TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
 #define TESSARIN_CONFIGURE_TREE_KEY_INDEX_H
 
-#include "strings/string_hash.h"
+#include "strings/keyed_hash.h"
 #include "strings/string_table.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstddef>
 #include <cstdint>
@@ -30,17 +35,10 @@ public:
         if (count == 0) return;
         slots_ = slots;
         bits_ = static_cast<std::uint32_t>(std::countr_zero(SlotsFor(count)));
-        for (std::uint32_t number = 1; number <= count; ++number) {
-            const cstr key = units[number - 1].key;
-            const std::uint32_t hash = Hash(key, Tessarin::CstrLength(key));
-            std::uint32_t place = hash >> (32 - bits_);
-            // A key that is already in the index is skipped: equal keys would fill adjacent slots, and each would have
-            // to pass all of them.
-            while (slots[place] != 0 && !(HasTag(slots[place], hash) && units[NumberIn(slots[place]) - 1].key == key)) {
-                place = (place + 1) & Mask();
-            }
-            if (slots[place] == 0) slots[place] = hash << bits_ | number;
-        }
+        if (AddAll(slots, units, count)) return;
+        is_keyed_ = true;
+        std::fill_n(slots, SlotsFor(count), 0U);
+        static_cast<void>(AddAll(slots, units, count));
     }
 
     /// The Unit whose key equals the text in lower case, or null.
@@ -60,9 +58,38 @@ public:
     }
 
 private:
-    /// A hash whose bits are well mixed: the upper bits are a slot's position, the lower bits are stored in the slot.
-    static std::uint32_t Hash(const char* text, std::size_t length) {
-        return Tessarin::HashOfText<Tessarin::TextForm::kLowerCase>(text, length) * 0x9E3779B1U;
+    // By chance so many keys hardly ever have one hash.
+    static constexpr unsigned kMostOfOneHash = 4;
+
+    /// False, with some Units missing, if too many keys have one hash and the keyed one isn't used yet.
+    template <class Unit>
+    [[nodiscard]] bool AddAll(std::uint32_t* slots, const Unit* units, std::uint32_t count) {
+        for (std::uint32_t number = 1; number <= count; ++number) {
+            const cstr key = units[number - 1].key;
+            const std::uint32_t hash = Hash(key, Tessarin::CstrLength(key));
+            std::uint32_t place = hash >> (32 - bits_);
+            unsigned of_one_hash = 1;
+            for (; slots[place] != 0; place = (place + 1) & Mask()) {
+                if (!HasTag(slots[place], hash)) continue;
+                // A key that is already in the index is skipped: equal keys would fill adjacent slots, and each would
+                // have to pass all of them.
+                if (units[NumberIn(slots[place]) - 1].key == key) break;
+                if (++of_one_hash > kMostOfOneHash && !is_keyed_) return false;
+            }
+            if (slots[place] == 0) slots[place] = hash << bits_ | number;
+        }
+        return true;
+    }
+
+    /// The upper bits are a slot's position, the lower bits are stored in the slot.
+    [[nodiscard]] std::uint32_t Hash(const char* text, std::size_t length) const {
+        constexpr auto kForm = Tessarin::TextForm::kLowerCase;
+        const Tessarin::ProcessSecret& secret = Tessarin::process_secret;
+        if (is_keyed_) [[unlikely]] {
+            return static_cast<std::uint32_t>(Tessarin::KeyedHashOfText<kForm>(secret.text_key, text, length));
+        }
+        const std::uint64_t product = Tessarin::HashOfText<kForm>(text, length) * secret.pointer_factors[0];
+        return static_cast<std::uint32_t>(product ^ product >> 32);
     }
 
     [[nodiscard]] std::uint32_t Mask() const { return (std::uint32_t{1} << bits_) - 1; }
@@ -73,6 +100,7 @@ private:
 
     const std::uint32_t* slots_ = nullptr;
     std::uint32_t bits_ = 0; // there are 2^bits_ slots, but none if it is 0
+    bool is_keyed_ = false;  // which hash is used
 };
 
 } // namespace Configure
