@@ -92,6 +92,15 @@ ROWS = [
       for size in (1, 10, 100)],
 ]
 
+# Hostile input, against friendly input of the same size.
+ROWS += [(f"hostile keys, {what}: {how}", f"{form}/{attack}/Hostile{once}", f"{form}/{attack}/Friendly{once}", 4.0)
+         for form, what, once in (("Json", "load JSON", "/iterations:1"), ("Text", "load text to read", "/iterations:1"),
+                                  ("Save", "text to binary", "/iterations:1"), ("Find", "find none", ""))
+         for attack, how in (("OneHash", "all of one hash"), ("SmallGroups", "groups of one hash"),
+                             ("LateDifference", "long, of one hash"), ("Clusters", "addresses that cluster"))
+         if form != "Find" or attack == "OneHash"]
+ROWS.append(("hostile defaults, load text to edit", "Edit/Defaults/Hostile", "Edit/Defaults/Friendly", 4.0))
+
 # What a first load of a process has taken of memory at its most; its benchmark.
 MEMORY = [(f"most memory of 10 MB of configuration, {what}", f"First{row}/10/iterations:1")
           for what, row in (("to read", "Read"), ("to edit", "Edit"), ("libconfig++", "Libconfig"),
