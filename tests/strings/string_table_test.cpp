@@ -1,9 +1,12 @@
 // Interned strings: the normal forms, one address for equal texts, and limits of length. Plain loops over bytes are the
 // reference for the hash and the comparison by words.
 
+#include "strings/keyed_hash.h"
 #include "strings/string_hash.h"
 #include "strings/string_table.h"
 #include "tessarin/interned_strings.h"
+#include "tests/support/at_once.h"
+#include "tests/support/failing_heap.h"
 
 #include <gtest/gtest.h>
 
@@ -109,22 +112,81 @@ TEST(StringHash, AgreesWithALoopOverBytesAtEveryLength) {
     }
 }
 
-// 40 texts of one bucket and one length: the bucket has several blocks, and only the bytes distinguish the texts.
-TEST(StringTable, DistinguishesTextsOfOneBucket) {
+TEST(KeyedHash, IsSipHash) {
+    constexpr Tessarin::TextKey kKey = {0x0706050403020100, 0x0F0E0D0C0B0A0908};
+    const std::string bytes("\0\1\2\3\4\5\6\7\x8\x9\xA\xB\xC\xD\xE", 15);
+    const struct {
+        std::size_t length;
+        std::uint64_t one_three, two_four;
+    } rows[] = {{0, 0xABAC0158050FC4DC, 0x726FDB47DD0E0E31},
+                {1, 0xC9F49BF37D57CA93, 0x74F839C593DC67FD},
+                {7, 0xD3927D989BB11140, 0xAB0200F58B01D137},
+                {8, 0x369095118D299A8E, 0x93F5F5799A932462},
+                {15, 0xD320D86D2A519956, 0xA129CA6149BE45E5}};
+    for (const auto& row : rows) {
+        const std::vector<char> text(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(row.length));
+        const auto hash = Tessarin::KeyedHashOfText<TextForm::kAsIs>(kKey, text.data(), text.size());
+        const auto two_four =
+            Tessarin::KeyedHashOfText<TextForm::kAsIs, Tessarin::SipHash<2, 4>>(kKey, text.data(), text.size());
+        EXPECT_EQ(hash, row.one_three) << row.length;
+        EXPECT_EQ(two_four, row.two_four) << row.length;
+    }
+    const auto folded = Tessarin::KeyedHashOfText<TextForm::kLowerCase>(kKey, "SOME Key 12", 11);
+    EXPECT_EQ(folded, Tessarin::KeyedHashOfText<TextForm::kAsIs>(kKey, "some key 12", 11));
+}
+
+/// Different texts of one hash: "ab" and "b\xDF" have the same, so each pair of letters may be either.
+std::vector<std::string> TextsOfOneHash(unsigned pairs) {
+    std::vector<std::string> texts;
+    for (std::uint32_t n = 0; n < std::uint32_t{1} << pairs; ++n) {
+        std::string text;
+        for (unsigned i = 0; i < pairs; ++i) text += (n >> i & 1) == 0 ? "ab" : "b\xDF";
+        texts.push_back(text);
+    }
+    return texts;
+}
+
+/// Texts of one bucket with several hashes: with it, a bucket becomes long by its number of texts alone.
+std::vector<std::string> TextsOfOneBucket(std::size_t count) {
     std::vector<std::string> texts = {"\xFF\x80\xFE\x81"};
-    for (std::uint32_t n = 1; texts.size() < 40; ++n) {
+    for (std::uint32_t n = 1; texts.size() < count; ++n) {
         std::string text(4, '\0');
         for (unsigned i = 0; i < 4; ++i) text[i] = static_cast<char>(n >> (7 * i) | 0x80U);
         if (HashByByte(text) % 99991 == HashByByte(texts[0]) % 99991 && text != texts[0]) texts.push_back(text);
     }
-    StringTable strings;
-    std::vector<cstr> interned;
-    for (const std::string& text : texts) {
-        EXPECT_EQ(strings.Find(text.c_str()), nullptr);
-        interned.push_back(strings.Intern(text.c_str()));
-        EXPECT_EQ(std::string(interned.back()), text);
+    return texts;
+}
+
+TEST(StringTable, DistinguishesTextsOfOneBucket) {
+    // Of 16384 texts in a trie some pairs agree in the first 24 bits of the keyed hash, and need a second one.
+    for (const std::vector<std::string>& texts : {TextsOfOneHash(14), TextsOfOneBucket(70)}) {
+        StringTable strings({1, 2});
+        std::vector<cstr> interned;
+        for (const std::string& text : texts) {
+            EXPECT_EQ(strings.Find(text.c_str()), nullptr);
+            interned.push_back(strings.Intern(text.c_str()));
+            ASSERT_EQ(std::string(interned.back()), text);
+        }
+        for (std::size_t i = 0; i < texts.size(); ++i) {
+            ASSERT_EQ(strings.Find(texts[i].c_str()), interned[i]);
+            ASSERT_EQ(strings.Intern(texts[i].c_str()), interned[i]);
+        }
     }
-    for (std::size_t i = 0; i < texts.size(); ++i) EXPECT_EQ(strings.Find(texts[i].c_str()), interned[i]);
+}
+
+TEST(StringTableThreads, AgreeOnTextsOfOneHash) {
+    StringTable strings;
+    const std::vector<std::string> texts = TextsOfOneHash(10);
+    std::vector<std::vector<cstr>> interned(TestSupport::kThreads);
+    TestSupport::AtOnce([&](int thread) {
+        for (const std::string& text : texts) {
+            const cstr found = strings.Find(text.c_str());
+            std::vector<cstr>& own = interned[static_cast<std::size_t>(thread)];
+            own.push_back(strings.Intern(text.c_str()));
+            EXPECT_TRUE(found == nullptr || found == own.back());
+        }
+    });
+    for (const std::vector<cstr>& own : interned) EXPECT_EQ(own, interned[0]);
 }
 
 TEST(StringTable, NewArenasMoveNoText) {
@@ -150,6 +212,33 @@ TEST(StringTable, LongestTextFillsAnArena) {
     EXPECT_EQ(strings.Intern(beyond.c_str()), nullptr);
     EXPECT_EQ(strings.InternLowerCase(beyond.c_str()), nullptr);
     EXPECT_EQ(strings.Find(beyond.c_str()), nullptr);
+}
+
+TEST(StringTable, EveryAllocationMayFail) {
+    // One that fills an arena; the others share a bucket with a trie of more nodes than fit in a chunk.
+    std::vector<std::string> texts = TextsOfOneHash(12);
+    texts.insert(texts.begin(), std::string(0x100000 - 9, 'b'));
+    const std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
+        {
+            StringTable strings({1, 2}); // a fixed key: the number of nodes depends on it
+            const bool has_buckets = !heap.Failed(); // without them a table returns null from then on
+            for (const std::string& long_or_short : texts) {
+                const char* const text = long_or_short.c_str();
+                const bool failed_before = heap.Failed();
+                cstr interned = strings.Intern(text);
+                EXPECT_EQ(interned == nullptr, !has_buckets || (heap.Failed() && !failed_before));
+                if (interned == nullptr) {
+                    EXPECT_EQ(strings.Find(text), nullptr);
+                    interned = strings.Intern(text);
+                }
+                EXPECT_EQ(interned != nullptr, has_buckets);
+                EXPECT_EQ(strings.Find(text), interned);
+                EXPECT_TRUE(interned == nullptr || std::strcmp(interned, text) == 0);
+            }
+        }
+        EXPECT_EQ(heap.Outstanding(), 0);
+    });
+    EXPECT_EQ(failures, 5U); // the buckets, two arenas, two chunks of blocks and nodes
 }
 
 } // namespace
