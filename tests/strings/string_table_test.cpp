@@ -1,6 +1,7 @@
 // Interned strings: the normal forms, one address for equal texts, and limits of length. Plain loops over bytes are the
 // reference for the hash and the comparison by words.
 
+#include "configure/tree/key_index.h"
 #include "strings/keyed_hash.h"
 #include "strings/string_hash.h"
 #include "strings/string_table.h"
@@ -189,6 +190,33 @@ TEST(StringTableThreads, AgreeOnTextsOfOneHash) {
     for (const std::vector<cstr>& own : interned) EXPECT_EQ(own, interned[0]);
 }
 
+// The first of equal keys is found, whichever of its two hashes the index uses, and whatever the secret is.
+TEST(KeyIndex, FindsTheFirstOfEqualKeys) {
+    struct Unit {
+        cstr key;
+    };
+    const Tessarin::ProcessSecret own = Tessarin::process_secret;
+    for (const unsigned pairs : {1U, 10U}) {
+        std::vector<Unit> units;
+        for (const std::string& text : TextsOfOneHash(pairs)) units.push_back({cstr_string(text.c_str())});
+        const auto distinct = units.size();
+        units.insert(units.end(), units.rbegin(), units.rend());
+        const auto count = static_cast<std::uint32_t>(units.size());
+        for (const std::uint64_t number : {1U, 2U}) {
+            Tessarin::process_secret = {{number, number}, {number * 2 + 1, number * 4 + 1}};
+            std::vector<std::uint32_t> slots(Configure::KeyIndex::SlotsFor(count));
+            Configure::KeyIndex index;
+            index.Build(slots.data(), units.data(), count);
+            for (std::size_t i = 0; i < distinct; ++i) {
+                ASSERT_EQ(index.Find(units.data(), units[i].key, 2 * pairs), &units[i]);
+            }
+            EXPECT_EQ(index.Find(units.data(), "AB", 2), pairs == 1 ? units.data() : nullptr);
+            EXPECT_EQ(index.Find(units.data(), "zz", 2), nullptr);
+        }
+    }
+    Tessarin::process_secret = own;
+}
+
 TEST(StringTable, NewArenasMoveNoText) {
     constexpr int kTexts = 120000; // of 11 to 16 bytes and their lengths: two arenas and a half
     StringTable strings;
@@ -220,7 +248,7 @@ TEST(StringTable, EveryAllocationMayFail) {
     texts.insert(texts.begin(), std::string(0x100000 - 9, 'b'));
     const std::size_t failures = TestSupport::FailEachAllocation([&](TestSupport::FailingHeap& heap) {
         {
-            StringTable strings({1, 2}); // a fixed key: the number of nodes depends on it
+            StringTable strings({1, 2});             // a fixed key: the number of nodes depends on it
             const bool has_buckets = !heap.Failed(); // without them a table returns null from then on
             for (const std::string& long_or_short : texts) {
                 const char* const text = long_or_short.c_str();
