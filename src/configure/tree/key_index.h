@@ -58,18 +58,19 @@ public:
     }
 
 private:
-    // By chance so many keys hardly ever have one hash.
-    static constexpr unsigned kMostOfOneHash = 4;
+    // By chance so many keys hardly ever have one hash, and a key hardly ever has to pass so many slots.
+    static constexpr unsigned kMostOfOneHash = 4, kMostPassed = 256;
 
-    /// False, with some Units missing, if too many keys have one hash and the keyed one isn't used yet.
+    /// False, with some Units missing, if the keys are too bad for the fast hash and the keyed one isn't used yet.
     template <class Unit>
     [[nodiscard]] bool AddAll(std::uint32_t* slots, const Unit* units, std::uint32_t count) {
         for (std::uint32_t number = 1; number <= count; ++number) {
             const cstr key = units[number - 1].key;
             const std::uint32_t hash = Hash(key, Tessarin::CstrLength(key));
             std::uint32_t place = hash >> (32 - bits_);
-            unsigned of_one_hash = 1;
+            unsigned of_one_hash = 1, passed = 0;
             for (; slots[place] != 0; place = (place + 1) & Mask()) {
+                if (++passed > kMostPassed && !is_keyed_) return false;
                 if (!HasTag(slots[place], hash)) continue;
                 // A key that is already in the index is skipped: equal keys would fill adjacent slots, and each would
                 // have to pass all of them.
