@@ -1,21 +1,23 @@
-// The storage of a table's entries: an array of pointers to them, followed by the index from keys to entries.
+// The storage of a table's entries: the index from keys to entries, followed by an array of pointers to the entries in
+// their order. A table of more than 128 entries has their order in a tree, and of the array only the first pointer.
 //
-//    capacity up to 8           capacity above 8
+//    capacity up to 8       capacity up to 128                 capacity above 128
 //
-//    +---------+--------+       +---------+----------------+---------------------------------------+
-//    | entries | unused |       | entries |     unused     |  index: 2 * Room(capacity) slots      |
-//    +---------+--------+       +---------+----------------+---------------------------------------+
-//    0       count   capacity   0       count    Room(capacity)                      3 * Room(capacity)
+//    +---------+--------+   +-----------+---------+--------+   +-----------+-------+---------+--------+
+//    | entries | unused |   |   index   | entries | unused |   |   index   | order | entries | unused |
+//    +---------+--------+   +-----------+---------+--------+   +-----------+-------+---------+--------+
+//                             2 * Room              Room         2 * Room                        128
 //
-// A capacity up to 64 is a power of two; a larger one is any number. The storage has room for the next power of two, so
-// that the index has at least twice as many slots as the array has entries, and a capacity that rises in steps of 128
-// seldom moves the array. The capacity alone determines the layout, so the owner must remember it.
+// A capacity up to 64 is a power of two; a larger one is any number. The index has room for the next power of two, so
+// it has at least twice as many slots as there are entries, and a capacity that rises in steps of 128 seldom moves the
+// storage. The capacity alone determines the layout, so the owner must remember it.
 
 #ifndef TESSARIN_TABLES_ENTRY_ARRAY_H
 #define TESSARIN_TABLES_ENTRY_ARRAY_H
 
 #include "memory/pointer_index.h"
 #include "memory/size_class_pools.h"
+#include "tables/key_tree.h"
 #include "tables/pair.h"
 
 #include <algorithm>
@@ -34,11 +36,18 @@ struct EntrySlotAccess {
 
 using EntryIndex = PointerIndex<Pair*, EntrySlotAccess>;
 
+/// The order of many entries.
+struct EntryOrder {
+    KeyTree keys;         // empty while the array has the order
+    Pair* last = nullptr; // the entry of the greatest key; valid while the tree isn't empty
+};
+
 /// The layout of an entry array, from its capacity.
 struct EntryArray {
     static constexpr std::uint32_t kSmallestCapacity = 4;
     static constexpr std::uint32_t kLargestUnindexed = 8;
     static constexpr std::uint32_t kLargestPooled = 64;
+    static constexpr std::uint32_t kLargestArray = 128;
     static constexpr std::uint32_t kLargestCapacity = UINT32_MAX / 64; // its bytes fit wherever pointers do
 
     /// The capacity of an array for `wanted` entries; 0 is legal.
@@ -52,21 +61,38 @@ struct EntryArray {
         return capacity <= 128 ? capacity * 2 : capacity + 128;
     }
 
-    /// Entries that the storage has room for.
+    /// Entries that the index has room for.
     static constexpr std::size_t Room(std::uint32_t capacity) { return std::bit_ceil(std::size_t{capacity}); }
 
     static constexpr std::size_t IndexSlots(std::uint32_t capacity) {
         return capacity <= kLargestUnindexed ? 0 : 2 * Room(capacity);
     }
 
-    static constexpr std::uint32_t Bytes(std::uint32_t capacity) {
-        return static_cast<std::uint32_t>((Room(capacity) + IndexSlots(capacity)) * sizeof(Pair*));
+    static constexpr bool HasOrder(std::uint32_t capacity) { return capacity > kLargestArray; }
+
+    /// Entries that the array has room for.
+    static constexpr std::size_t ArrayRoom(std::uint32_t capacity) {
+        return HasOrder(capacity) ? kLargestArray : Room(capacity);
     }
 
-    /// REQUIRES: the capacity has an index
-    static EntryIndex Index(Pair** entries, std::uint32_t capacity) {
-        return {entries + Room(capacity), IndexSlots(capacity)};
+    static constexpr std::uint32_t Bytes(std::uint32_t capacity) {
+        return static_cast<std::uint32_t>((EntriesAt(capacity) + ArrayRoom(capacity)) * sizeof(Pair*));
     }
+
+    static Pair** Entries(Pair** storage, std::uint32_t capacity) { return storage + EntriesAt(capacity); }
+
+    /// REQUIRES: the capacity has an index
+    static EntryIndex Index(Pair** storage, std::uint32_t capacity) { return {storage, IndexSlots(capacity)}; }
+
+    /// REQUIRES: the capacity has an order
+    static void* Order(Pair** storage, std::uint32_t capacity) { return storage + IndexSlots(capacity); }
+
+private:
+    static constexpr std::size_t EntriesAt(std::uint32_t capacity) {
+        return IndexSlots(capacity) + (HasOrder(capacity) ? sizeof(EntryOrder) / sizeof(Pair*) : 0);
+    }
+
+    static_assert(alignof(EntryOrder) == alignof(Pair*));
 };
 
 inline constexpr SizeClass kEntryArrayClasses[] = {{EntryArray::Bytes(4), 128},

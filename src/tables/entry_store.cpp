@@ -1,11 +1,18 @@
 // The entries of a table. Invariants between two operations:
 //
-//  1. entries_[i]->next is entries_[i + 1], and the last one's is null. A host's walk, Table::Next in table.cpp, only
-//     follows these links, and so do saves: the order of all of them is decided here.
-//  2. More than 8 entries ascend by the address of their key, and the index after the array holds exactly these
-//     entries. 8 or fewer are in the order that earlier operations left, and the index, if the array has one, is stale.
-//  3. The array never shrinks: a table that falls back to 8 entries keeps their sorted order, and adds new ones at the
-//     end.
+//  1. The first entry is Entries()[0], each one's `next` is the one after it, and the last one's is null. A host's
+//  walk,
+//     Table::Next in table.cpp, only follows these links, and so do saves: the order of all of them is decided here.
+//  2. More than 8 entries ascend by the address of their key. 8 or fewer are in the order that earlier operations left.
+//  3. The storage never shrinks: a table that falls back to 8 entries keeps their sorted order, and adds new ones at
+//  the
+//     end. Its index, if it has one, holds exactly the entries, however few they are, as filling it anew would cost as
+//     much as the storage is large.
+//  4. Up to 128 entries are in the array; the 129th brings them into the tree of keys, and they return to the array
+//  when
+//     only 64 are left. So many changes lie between one move and the next that a change pays little for it.
+//
+// The tree has the keys alone: the index leads from the key before a new one to its entry.
 
 #include "tables/entry_store.h"
 
@@ -14,6 +21,7 @@
 #include <algorithm>
 #include <functional>
 #include <new>
+#include <span>
 
 namespace Tessarin {
 namespace {
@@ -22,33 +30,19 @@ bool KeyBelow(const Pair* left, const Pair* right) { return std::less<>()(left->
 
 } // namespace
 
-bool EntryStore::AcquireFirst() {
-    entries_ = table_pools->keys.Acquire(EntryArray::kSmallestCapacity, capacity_);
-    if (entries_ == nullptr) capacity_ = 0;
-    return entries_ != nullptr;
-}
+// ------------------------------------------------------------------------------------------------------- find, add
 
-Pair* EntryStore::Find(cstr key) const { return Indexed() ? *Index().Find(key) : FindUnsorted(key); }
+Pair* EntryStore::Find(cstr key) const { return count_ > kLargestUnsorted ? *Index().Find(key) : FindUnsorted(key); }
 
 Pair* EntryStore::FindUnsorted(cstr key) const {
+    Pair* const* const entries = Entries();
     for (std::uint32_t i = 0; i < count_; ++i) {
-        if (entries_[i]->key == key) return entries_[i];
+        if (entries[i]->key == key) return entries[i];
     }
     return nullptr;
 }
 
-/// The position of a key, present or not, among sorted entries.
-std::uint32_t EntryStore::PlaceOf(cstr key) const {
-    const auto below = [](const Pair* pair, cstr wanted) { return std::less<>()(pair->key, wanted); };
-    return static_cast<std::uint32_t>(std::lower_bound(entries_, entries_ + count_, key, below) - entries_);
-}
-
-std::uint32_t EntryStore::IndexOf(const Pair* pair) const {
-    if (Indexed()) return PlaceOf(pair->key);
-    return static_cast<std::uint32_t>(std::find(entries_, entries_ + count_, pair) - entries_);
-}
-
-/// The entry of a key. If there is none, a new entry, which isn't in the array yet; the array has room for it.
+/// The entry of a key. If there is none, a new entry, which isn't in its place yet; there is room for it.
 Pair* EntryStore::FindOrMake(cstr key, bool& existed) {
     if (key == nullptr) return nullptr;
     Pair* pair = Find(key);
@@ -57,135 +51,277 @@ Pair* EntryStore::FindOrMake(cstr key, bool& existed) {
 }
 
 Pair* EntryStore::FindOrAdd(cstr key, bool& existed) {
-    Pair* pair = FindOrMake(key, existed);
-    if (pair != nullptr && !existed) PutInPlace(pair);
-    return pair;
+    Pair* const pair = FindOrMake(key, existed);
+    if (pair == nullptr || existed || PutInPlace(pair)) return pair;
+    table_pools->pairs.Free(pair);
+    return nullptr;
 }
 
 Pair* EntryStore::FindOrAppend(cstr key, bool& existed) {
-    Pair* pair = FindOrMake(key, existed);
+    if (InTree()) return FindOrAdd(key, existed);
+    Pair* const pair = FindOrMake(key, existed);
     if (pair == nullptr || existed) return pair;
-    Append(pair);
-    if (count_ == kLargestUnsorted + 1) {
-        RebuildIndex();
-    } else if (Indexed()) {
-        Index().Insert(pair);
+    if (!InTree()) {
+        Append(pair);
+    } else if (!PutInPlace(pair)) {
+        table_pools->pairs.Free(pair);
+        return nullptr;
     }
     return pair;
 }
 
 void EntryStore::FinishBulkLoad() {
-    if (Indexed() && !std::is_sorted(entries_, entries_ + count_, KeyBelow)) Sort();
+    if (count_ > kLargestUnsorted && !InTree() && !std::is_sorted(Entries(), Entries() + count_, KeyBelow)) Sort();
 }
 
-/// A new entry, which isn't in the array yet; the array has room for it. Null if memory ran out.
+/// A new entry, which isn't in its place yet; there is room for it. Null if memory ran out.
 Pair* EntryStore::NewPair(cstr key) {
-    if (count_ == capacity_ && !Grow()) return nullptr;
+    if (!MakeRoom()) return nullptr;
     void* block = table_pools->pairs.Alloc();
     return block == nullptr ? nullptr : new (block) Pair(key);
 }
 
-void EntryStore::Append(Pair* pair) {
-    pair->next = nullptr;
-    if (count_ != 0) entries_[count_ - 1]->next = pair;
-    entries_[count_++] = pair;
+/// Adds an entry where the order demands it. False if memory ran out, which only the tree can need.
+/// REQUIRES: there is room
+bool EntryStore::PutInPlace(Pair* pair) {
+    if (InTree()) return PutInTree(pair);
+    PutInArray(pair);
+    return true;
 }
 
-/// Adds an entry at the position that the order demands. REQUIRES: there is room
-void EntryStore::PutInPlace(Pair* pair) {
-    if (count_ < kLargestUnsorted) {
-        Append(pair);
-        return;
-    }
-    if (count_ == kLargestUnsorted) { // the table crosses into the sorted state
-        Append(pair);
-        Sort();
-        RebuildIndex();
-        return;
-    }
-    const std::uint32_t place = PlaceOf(pair->key);
-    std::copy_backward(entries_ + place, entries_ + count_, entries_ + count_ + 1);
-    entries_[place] = pair;
-    ++count_;
-    if (place != 0) entries_[place - 1]->next = pair;
-    pair->next = place + 1 < count_ ? entries_[place + 1] : nullptr;
-    Index().Insert(pair);
+// ------------------------------------------------------------------------------------------------------- storage
+
+bool EntryStore::AcquireFirst() {
+    storage_ = table_pools->keys.Acquire(EntryArray::kSmallestCapacity, capacity_);
+    if (storage_ == nullptr) capacity_ = 0;
+    return storage_ != nullptr;
 }
 
-void EntryStore::Sort() {
-    std::sort(entries_, entries_ + count_, KeyBelow);
-    Relink();
+bool EntryStore::MakeRoom() {
+    if (count_ == capacity_ && !Grow()) return false;
+    return InTree() || count_ < EntryArray::ArrayRoom(capacity_) || MakeTree();
 }
 
-void EntryStore::Relink() {
-    for (std::uint32_t i = 0; i + 1 < count_; ++i) entries_[i]->next = entries_[i + 1];
-    if (count_ != 0) entries_[count_ - 1]->next = nullptr;
-}
-
-void EntryStore::RebuildIndex() {
-    EntryIndex index = Index();
-    index.Clear();
-    for (std::uint32_t i = 0; i < count_; ++i) index.Insert(entries_[i]);
-}
-
-/// Moves the array, unless its storage already has room for the next capacity. Only storage above the size classes can
-/// have that.
+/// Moves the storage, unless it already has room for the next capacity. Only storage above the size classes can have
+/// that.
 bool EntryStore::Grow() {
     const std::uint32_t wanted = EntryArray::NextWanted(capacity_);
-    if (capacity_ > EntryArray::kLargestPooled && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
+    if (EntryArray::HasOrder(capacity_) && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
         capacity_ = wanted;
         return true;
     }
     std::uint32_t new_capacity = 0;
-    Pair** grown = table_pools->keys.Acquire(wanted, new_capacity);
+    Pair** const grown = table_pools->keys.Acquire(wanted, new_capacity);
     if (grown == nullptr) return false;
-    if (count_ != 0) std::copy_n(entries_, count_, grown);
-    table_pools->keys.Release(entries_, capacity_);
-    entries_ = grown;
+    if (new_capacity > EntryArray::kLargestUnindexed) FillIndex(EntryArray::Index(grown, new_capacity));
+    if (EntryArray::HasOrder(new_capacity)) {
+        new (EntryArray::Order(grown, new_capacity)) EntryOrder(InTree() ? Order() : EntryOrder{});
+    }
+    if (count_ != 0) std::copy_n(Entries(), InTree() ? 1 : count_, EntryArray::Entries(grown, new_capacity));
+    table_pools->keys.Release(storage_, capacity_);
+    storage_ = grown;
     capacity_ = new_capacity;
-    if (Indexed()) RebuildIndex();
     return true;
 }
 
+/// Fills the index of another storage. The entries are read in the order of this storage and not by their links, as the
+/// next of them can then be fetched before the last has arrived.
+void EntryStore::FillIndex(EntryIndex index) const {
+    index.Clear();
+    const std::span<Pair*> entries =
+        HasIndex() ? std::span(storage_, EntryArray::IndexSlots(capacity_)) : std::span(Entries(), count_);
+    for (Pair* const pair : entries) {
+        if (pair != nullptr) index.Insert(pair);
+    }
+}
+
+/// Brings the keys of a full array into the tree. Called during a bulk load, too, which has left them in any order.
+bool EntryStore::MakeTree() {
+    FinishBulkLoad();
+    EntryOrder order;
+    order.last = Last();
+    for (const Pair* pair = First(); pair != nullptr; pair = pair->next) {
+        cstr before = nullptr;
+        if (!order.keys.Insert(pair->key, before)) {
+            order.keys.Clear();
+            return false;
+        }
+    }
+    Order() = order;
+    return true;
+}
+
+/// Brings the entries back into the array.
+void EntryStore::DropTree() {
+    Order().keys.Clear();
+    Pair** place = Entries();
+    for (Pair* pair = First(); pair != nullptr; pair = pair->next) *place++ = pair;
+}
+
+// ------------------------------------------------------------------------------------------------------- the array
+
+/// The position of a key, present or not, among sorted entries.
+std::uint32_t EntryStore::PlaceOf(cstr key) const {
+    const auto below = [](const Pair* pair, cstr wanted) { return std::less<>()(pair->key, wanted); };
+    Pair* const* const entries = Entries();
+    return static_cast<std::uint32_t>(std::lower_bound(entries, entries + count_, key, below) - entries);
+}
+
+/// Adds an entry at the end of the array, and to the index.
+void EntryStore::Append(Pair* pair) {
+    Pair** const entries = Entries();
+    pair->next = nullptr;
+    if (count_ != 0) entries[count_ - 1]->next = pair;
+    entries[count_++] = pair;
+    if (HasIndex()) Index().Insert(pair);
+}
+
+void EntryStore::PutInArray(Pair* pair) {
+    if (count_ <= kLargestUnsorted) {
+        Append(pair);
+        if (count_ > kLargestUnsorted) Sort(); // the table crosses into the sorted state
+        return;
+    }
+    Pair** const entries = Entries();
+    const std::uint32_t place = PlaceOf(pair->key);
+    std::copy_backward(entries + place, entries + count_, entries + count_ + 1);
+    entries[place] = pair;
+    if (place != 0) entries[place - 1]->next = pair;
+    pair->next = place < count_ ? entries[place + 1] : nullptr;
+    ++count_;
+    Index().Insert(pair);
+}
+
+void EntryStore::TakeFromArray(const Pair* pair) {
+    Pair** const entries = Entries();
+    const auto place =
+        count_ > kLargestUnsorted ? PlaceOf(pair->key) : std::find(entries, entries + count_, pair) - entries;
+    if (place != 0) entries[place - 1]->next = pair->next;
+    std::copy(entries + place + 1, entries + count_, entries + place);
+}
+
+void EntryStore::Sort() {
+    Pair** const entries = Entries();
+    std::sort(entries, entries + count_, KeyBelow);
+    for (std::uint32_t i = 0; i + 1 < count_; ++i) entries[i]->next = entries[i + 1];
+    entries[count_ - 1]->next = nullptr;
+}
+
+// ------------------------------------------------------------------------------------------------------- the tree
+
+/// Puts an entry after another one, or in front of all for null.
+void EntryStore::Link(Pair* pair, Pair* before) {
+    Pair*& link = before == nullptr ? Entries()[0] : before->next;
+    pair->next = link;
+    link = pair;
+    if (pair->next == nullptr) Order().last = pair;
+}
+
+void EntryStore::Unlink(const Pair* pair, Pair* before) {
+    (before == nullptr ? Entries()[0] : before->next) = pair->next;
+    if (pair->next == nullptr) Order().last = before;
+}
+
+bool EntryStore::PutInTree(Pair* pair) {
+    EntryOrder& order = Order();
+    cstr before = nullptr;
+    if (!order.keys.Insert(pair->key, before)) return false;
+    Link(pair, order.last->key == before ? order.last : *Index().Find(before));
+    Index().Insert(pair);
+    ++count_;
+    return true;
+}
+
+/// Doesn't change the index, which must still have the entry.
+void EntryStore::TakeFromTree(const Pair* pair) {
+    cstr before = Order().keys.Erase(pair->key);
+    Unlink(pair, *Index().Find(before));
+}
+
+/// The new key is added first, as only that can fail. If one of the two keys follows the other, the entry stays where
+/// it is.
+bool EntryStore::RenameInTree(Pair* pair, cstr new_key) {
+    cstr before_new = nullptr;
+    KeyTree& keys = Order().keys;
+    if (!keys.Insert(new_key, before_new)) return false;
+    cstr before_old = keys.Erase(pair->key);
+    if (before_new != pair->key && before_old != new_key) {
+        Unlink(pair, *Index().Find(before_old));
+        Link(pair, *Index().Find(before_new));
+    }
+    Index().Erase(pair->key);
+    pair->key = new_key;
+    Index().Insert(pair);
+    return true;
+}
+
+// ------------------------------------------------------------------------------------------------------- rename,
+// remove
+
 Pair* EntryStore::Take(cstr key) {
-    Pair* pair = Find(key);
+    Pair* const pair = Find(key);
     if (pair == nullptr) return nullptr;
-    const std::uint32_t index = IndexOf(pair);
-    if (Indexed()) Index().Erase(pair->key);
-    std::copy(entries_ + index + 1, entries_ + count_, entries_ + index);
+    if (InTree()) {
+        TakeFromTree(pair);
+    } else {
+        TakeFromArray(pair);
+    }
+    if (HasIndex()) Index().Erase(key);
     --count_;
-    if (index != 0) entries_[index - 1]->next = index < count_ ? entries_[index] : nullptr;
+    if (count_ == kFewestInTree && InTree()) DropTree();
     return pair;
 }
 
 bool EntryStore::Rename(cstr old_key, cstr new_key) {
     if (new_key == nullptr || Find(new_key) != nullptr) return false;
-    Pair* pair = Take(old_key);
+    Pair* const pair = Find(old_key);
     if (pair == nullptr) return false;
+    if (InTree()) return RenameInTree(pair, new_key);
+    Take(old_key);
     pair->key = new_key;
-    PutInPlace(pair);
+    PutInArray(pair);
     return true;
 }
 
-Pair* EntryStore::TakeAll(Pair* behind) {
+/// Frees the tree and links what comes after the last entry. Returns the first, or `behind`.
+Pair* EntryStore::Chain(Pair* behind) {
     if (count_ == 0) return behind;
-    entries_[count_ - 1]->next = behind;
-    count_ = 0;
-    return entries_[0];
+    Last()->next = behind;
+    if (InTree()) Order().keys.Clear();
+    return First();
 }
 
-void EntryStore::ReleaseArray() {
-    table_pools->keys.Release(entries_, capacity_);
-    entries_ = nullptr;
-    capacity_ = 0;
+/// Empties the index by its entries or by its slots, whichever are fewer: the storage may once have held many more.
+Pair* EntryStore::TakeAll(Pair* behind) {
+    Pair* const chain = Chain(behind);
+    if (HasIndex()) {
+        if (count_ > EntryArray::Room(capacity_) / 16) {
+            Index().Clear();
+        } else {
+            for (const Pair* pair = chain; pair != behind; pair = pair->next) Index().Erase(pair->key);
+        }
+    }
+    count_ = 0;
+    return chain;
+}
+
+Pair* EntryStore::Dissolve(Pair* behind) {
+    Pair* const chain = Chain(behind);
+    table_pools->keys.Release(storage_, capacity_);
+    storage_ = nullptr;
+    count_ = capacity_ = 0;
+    return chain;
 }
 
 bool EntryStore::IsValid() const {
-    for (std::uint32_t i = 0; i < count_; ++i) {
-        if (entries_[i]->next != (i + 1 < count_ ? entries_[i + 1] : nullptr)) return false;
-        if (Find(entries_[i]->key) != entries_[i]) return false;
+    std::uint32_t found = 0;
+    for (const Pair* pair = First(); pair != nullptr; pair = pair->next, ++found) {
+        if (Find(pair->key) != pair || (HasIndex() && *Index().Find(pair->key) != pair)) return false;
+        if (pair->next == nullptr ? pair != Last() : count_ > kLargestUnsorted && !KeyBelow(pair, pair->next))
+            return false;
+        if (!InTree() && Entries()[found] != pair) return false;
     }
-    return !Indexed() || std::is_sorted(entries_, entries_ + count_, KeyBelow);
+    return found == count_ && (!InTree() || Order().keys.IsValid(count_));
 }
 
 } // namespace Tessarin

@@ -354,9 +354,7 @@ void Table::RemoveRecordListener(const Delegate* delegate) { RemoveListener(kRec
 Pair* Table::Dismantle(Pair* behind) {
     listeners_.Release();
     TableArray::Destroy(array_);
-    Pair* chain = entries_.TakeAll(behind);
-    entries_.ReleaseArray();
-    return chain;
+    return entries_.Dissolve(behind);
 }
 
 } // namespace Tessarin
