@@ -52,7 +52,7 @@ public:
     /// The slot of a key, or the free slot that the key would get. REQUIRES: a slot is free
     [[nodiscard]] Slot* Find(const void* key) const {
         std::size_t i = Home(key);
-        while (!Access::IsFree(slots_[i]) && Access::KeyOf(slots_[i]) != key) i = Next(i);
+        while (!Access::IsFree(slots_[i]) && !Holds(slots_[i], key)) i = Next(i);
         return slots_ + i;
     }
 
@@ -80,6 +80,13 @@ public:
     void Clear() { std::fill_n(slots_, mask_ + 1, Slot{}); }
 
 private:
+    static bool Holds(const Slot& slot, const void* key) {
+        if constexpr (requires { Access::MayHold(slot, key); }) {
+            if (!Access::MayHold(slot, key)) return false;
+        }
+        return Access::KeyOf(slot) == key;
+    }
+
     [[nodiscard]] std::size_t Home(const void* key) const {
         return static_cast<std::size_t>(HashOfPointer(key) >> shift_);
     }

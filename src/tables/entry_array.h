@@ -24,17 +24,43 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace Tessarin {
 
-/// How the index reads the key of a slot, which is a pointer to an entry. Entries keep their address, so the array may
-/// change its order without touching the index.
-struct EntrySlotAccess {
-    static bool IsFree(const Pair* pair) { return pair == nullptr; }
-    static const void* KeyOf(const Pair* pair) { return pair->key; }
+/// A slot of the index: the address of an entry, and in its lowest bits, which alignment leaves free, a few bits of the
+/// key's address. They nearly always show that a slot has another key, so that its entry isn't fetched to find out.
+class EntrySlot {
+public:
+    EntrySlot() = default;
+    explicit EntrySlot(Pair* pair) : word_(reinterpret_cast<std::uintptr_t>(pair) | TagOf(pair->key)) {}
+
+    [[nodiscard]] bool IsFree() const { return word_ == 0; }
+    [[nodiscard]] Pair* Entry() const { return reinterpret_cast<Pair*>(word_ & ~kTag); } // null for a free slot
+    [[nodiscard]] bool MayHold(const void* key) const { return (word_ & kTag) == TagOf(key); }
+
+private:
+    static constexpr std::uintptr_t kTag = alignof(Pair) - 1;
+
+    static std::uintptr_t TagOf(const void* key) {
+        const auto address = reinterpret_cast<std::uintptr_t>(key);
+        return (address >> 3 ^ address >> 7) & kTag;
+    }
+
+    std::uintptr_t word_ = 0;
 };
 
-using EntryIndex = PointerIndex<Pair*, EntrySlotAccess>;
+static_assert(sizeof(EntrySlot) == sizeof(Pair*));
+
+/// How the index reads the key of a slot. Entries keep their address, so their order may change without touching the
+/// index.
+struct EntrySlotAccess {
+    static bool IsFree(const EntrySlot& slot) { return slot.IsFree(); }
+    static bool MayHold(const EntrySlot& slot, const void* key) { return slot.MayHold(key); }
+    static const void* KeyOf(const EntrySlot& slot) { return slot.Entry()->key; }
+};
+
+using EntryIndex = PointerIndex<EntrySlot, EntrySlotAccess>;
 
 /// The order of many entries.
 struct EntryOrder {
@@ -81,8 +107,14 @@ struct EntryArray {
 
     static Pair** Entries(Pair** storage, std::uint32_t capacity) { return storage + EntriesAt(capacity); }
 
+    static std::span<EntrySlot> Slots(Pair** storage, std::uint32_t capacity) {
+        return {reinterpret_cast<EntrySlot*>(storage), IndexSlots(capacity)};
+    }
+
     /// REQUIRES: the capacity has an index
-    static EntryIndex Index(Pair** storage, std::uint32_t capacity) { return {storage, IndexSlots(capacity)}; }
+    static EntryIndex Index(Pair** storage, std::uint32_t capacity) {
+        return {reinterpret_cast<EntrySlot*>(storage), IndexSlots(capacity)};
+    }
 
     /// REQUIRES: the capacity has an order
     static void* Order(Pair** storage, std::uint32_t capacity) { return storage + IndexSlots(capacity); }

@@ -32,7 +32,7 @@ bool KeyBelow(const Pair* left, const Pair* right) { return std::less<>()(left->
 
 // ------------------------------------------------------------------------------------------------------- find, add
 
-Pair* EntryStore::Find(cstr key) const { return count_ > kLargestUnsorted ? *Index().Find(key) : FindUnsorted(key); }
+Pair* EntryStore::Find(cstr key) const { return count_ > kLargestUnsorted ? FindIndexed(key) : FindUnsorted(key); }
 
 Pair* EntryStore::FindUnsorted(cstr key) const {
     Pair* const* const entries = Entries();
@@ -128,11 +128,11 @@ bool EntryStore::Grow() {
 /// next of them can then be fetched before the last has arrived.
 void EntryStore::FillIndex(EntryIndex index) const {
     index.Clear();
-    const std::span<Pair*> entries =
-        HasIndex() ? std::span(storage_, EntryArray::IndexSlots(capacity_)) : std::span(Entries(), count_);
-    for (Pair* const pair : entries) {
-        if (pair != nullptr) index.Insert(pair);
+    for (const EntrySlot& slot : EntryArray::Slots(storage_, capacity_)) {
+        if (!slot.IsFree()) index.Insert(slot);
     }
+    if (HasIndex()) return;
+    for (Pair* const pair : std::span(Entries(), count_)) index.Insert(EntrySlot(pair));
 }
 
 /// Brings the keys of a full array into the tree. Called during a bulk load, too, which has left them in any order.
@@ -173,7 +173,7 @@ void EntryStore::Append(Pair* pair) {
     pair->next = nullptr;
     if (count_ != 0) entries[count_ - 1]->next = pair;
     entries[count_++] = pair;
-    if (HasIndex()) Index().Insert(pair);
+    if (HasIndex()) Index().Insert(EntrySlot(pair));
 }
 
 void EntryStore::PutInArray(Pair* pair) {
@@ -189,7 +189,7 @@ void EntryStore::PutInArray(Pair* pair) {
     if (place != 0) entries[place - 1]->next = pair;
     pair->next = place < count_ ? entries[place + 1] : nullptr;
     ++count_;
-    Index().Insert(pair);
+    Index().Insert(EntrySlot(pair));
 }
 
 void EntryStore::TakeFromArray(const Pair* pair) {
@@ -226,8 +226,8 @@ bool EntryStore::PutInTree(Pair* pair) {
     EntryOrder& order = Order();
     cstr before = nullptr;
     if (!order.keys.Insert(pair->key, before)) return false;
-    Link(pair, order.last->key == before ? order.last : *Index().Find(before));
-    Index().Insert(pair);
+    Link(pair, order.last->key == before ? order.last : FindIndexed(before));
+    Index().Insert(EntrySlot(pair));
     ++count_;
     return true;
 }
@@ -235,7 +235,7 @@ bool EntryStore::PutInTree(Pair* pair) {
 /// Doesn't change the index, which must still have the entry.
 void EntryStore::TakeFromTree(const Pair* pair) {
     cstr before = Order().keys.Erase(pair->key);
-    Unlink(pair, *Index().Find(before));
+    Unlink(pair, FindIndexed(before));
 }
 
 /// The new key is added first, as only that can fail. If one of the two keys follows the other, the entry stays where
@@ -246,12 +246,12 @@ bool EntryStore::RenameInTree(Pair* pair, cstr new_key) {
     if (!keys.Insert(new_key, before_new)) return false;
     cstr before_old = keys.Erase(pair->key);
     if (before_new != pair->key && before_old != new_key) {
-        Unlink(pair, *Index().Find(before_old));
-        Link(pair, *Index().Find(before_new));
+        Unlink(pair, FindIndexed(before_old));
+        Link(pair, FindIndexed(before_new));
     }
     Index().Erase(pair->key);
     pair->key = new_key;
-    Index().Insert(pair);
+    Index().Insert(EntrySlot(pair));
     return true;
 }
 
@@ -316,7 +316,7 @@ Pair* EntryStore::Dissolve(Pair* behind) {
 bool EntryStore::IsValid() const {
     std::uint32_t found = 0;
     for (const Pair* pair = First(); pair != nullptr; pair = pair->next, ++found) {
-        if (Find(pair->key) != pair || (HasIndex() && *Index().Find(pair->key) != pair)) return false;
+        if (Find(pair->key) != pair || (HasIndex() && FindIndexed(pair->key) != pair)) return false;
         if (pair->next == nullptr ? pair != Last() : count_ > kLargestUnsorted && !KeyBelow(pair, pair->next))
             return false;
         if (!InTree() && Entries()[found] != pair) return false;

@@ -61,6 +61,7 @@ private:
 
     [[nodiscard]] bool HasIndex() const { return capacity_ > EntryArray::kLargestUnindexed; }
     [[nodiscard]] EntryIndex Index() const { return EntryArray::Index(storage_, capacity_); }
+    [[nodiscard]] Pair* FindIndexed(cstr key) const { return Index().Find(key)->Entry(); }
     [[nodiscard]] Pair** Entries() const { return EntryArray::Entries(storage_, capacity_); }
     [[nodiscard]] EntryOrder& Order() const {
         return *static_cast<EntryOrder*>(EntryArray::Order(storage_, capacity_));

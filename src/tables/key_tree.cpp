@@ -49,16 +49,16 @@ void EraseAt(T* items, std::uint32_t count, std::uint32_t place) {
 
 } // namespace
 
-/// How many of the ascending keys are below one. The steps depend on the count alone, so that no branch is
-/// mispredicted.
+/// How many of the ascending keys are below one. The steps depend on the count alone: the processor would guess half of
+/// the comparisons wrong, so none of them decides a jump.
 std::uint32_t KeyTree::CountBelow(const Key* keys, std::uint32_t count, Key key) {
-    const Key* from = keys;
-    while (count > 1) {
-        const std::uint32_t half = count / 2;
-        from += from[half - 1] < key ? half : 0;
-        count -= half;
+    std::uint32_t from = 0;
+    for (std::uint32_t rest = count; rest > 1;) {
+        const std::uint32_t half = rest / 2;
+        from += half * static_cast<std::uint32_t>(keys[from + half - 1] < key);
+        rest -= half;
     }
-    return static_cast<std::uint32_t>(from - keys) + (count == 1 && *from < key ? 1 : 0);
+    return from + static_cast<std::uint32_t>(count != 0 && keys[from] < key);
 }
 
 /// The child that has the key, or would get it. REQUIRES: the key isn't the greatest address
