@@ -90,6 +90,15 @@ ROWS = [
     *[(f"tab file of {size} MB, against {what}", f"OpenTabFile/{size}/0", f"{peer}/{size}", target)
       for what, peer, target in (("memchr by hand", "OpenByHand", 1.0), ("libcsv", "ParseLibcsv", 1 / 8))
       for size in (1, 10, 100)],
+    *[(f"{what} {keys} keys in {how}, against {peer}", f"{row}Keys<SetterTable, Order::k{order}>/{keys}/manual_time",
+       f"{row}Keys<{store}, Order::k{base}>/{keys}/manual_time", target)
+      for row, what, friendly in (("Add", "add", "Ascending"), ("Remove", "remove", "Descending"))
+      for order, how in (("Ascending", "ascending order"), ("Descending", "descending order"), ("None", "no order"))
+      for peer, store, base, target in (("absl", "HashMap", "None", 6.0), ("at the end", "SetterTable", friendly, 4.0))
+      for keys in (10000, 100000, 1000000)
+      if (store, order) != ("SetterTable", friendly)],
+    *[(f"four changes around {kept} entries, once 100,000", f"CrossAt<true>/{kept}", f"CrossAt<false>/{kept}", 4.0)
+      for kept in (8, 64, 128)],
 ]
 
 # Hostile input, against friendly input of the same size.
@@ -110,14 +119,15 @@ UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 
 
 def medians(paths):
-    """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, else CPU time.
+    """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, the time
+    that a benchmark measures itself, else CPU time.
     A second map has the memory, of those that report it."""
     runs, peaks = {}, {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
             for result in json.load(file)["benchmarks"]:
                 if result["run_type"] == "iteration":
-                    time = result["real_time" if "real_time" in result["run_name"] else "cpu_time"]
+                    time = result["real_time" if "_time" in result["run_name"] else "cpu_time"]
                     runs.setdefault(result["run_name"], []).append(time * UNITS[result["time_unit"]])
                     if "peak" in result:
                         peaks.setdefault(result["run_name"], []).append(result["peak"])
