@@ -91,17 +91,27 @@ void KeyTree::FreeNode(Node* node, std::uint32_t level) {
     }
 }
 
+/// Adds a key after all others, if that takes no more than a store.
+bool KeyTree::Append(Key key, cstr& before) {
+    if (last_->count == kMostKeys || last_->keys[last_->count - 1] >= key) return false;
+    before = KeyAt(last_->keys[last_->count - 1]);
+    last_->keys[last_->count++] = key;
+    return true;
+}
+
+bool KeyTree::InsertFirst(Key key, cstr& before) {
+    Node* const leaf = MakeNode(0);
+    if (leaf == nullptr) return false;
+    leaf->keys[leaf->count++] = key;
+    before = nullptr;
+    root_ = last_ = leaf;
+    return true;
+}
+
 bool KeyTree::Insert(cstr text, cstr& before) {
     const Key key = AddressOf(text);
-    if (last_ != nullptr && last_->keys[last_->count - 1] < key && last_->count != kMostKeys) {
-        before = KeyAt(last_->keys[last_->count - 1]);
-        last_->keys[last_->count++] = key;
-        return true;
-    }
-    if (root_ == nullptr) {
-        root_ = last_ = MakeNode(0);
-        if (root_ == nullptr) return false;
-    }
+    if (root_ == nullptr) return InsertFirst(key, before);
+    if (Append(key, before)) return true;
     if (root_->count == kMostKeys && !SplitRoot(key)) return false;
     Subtree at{root_, height_};
     Subtree left{nullptr, 0};
@@ -165,9 +175,9 @@ bool KeyTree::SplitRoot(Key key) {
     return true;
 }
 
-cstr KeyTree::Erase(cstr key) {
+cstr KeyTree::Erase(cstr text) {
     Key before = 0;
-    Erase({root_, height_}, AddressOf(key), {nullptr, 0}, before);
+    Erase({root_, height_}, AddressOf(text), {nullptr, 0}, before);
     while (height_ != 0 && root_->count == 1) { // the only child becomes the root
         Node* const child = Subtree{root_, height_}.Child(0).node;
         FreeNode(root_, height_--);

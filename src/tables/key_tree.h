@@ -37,10 +37,10 @@ public:
     /// before   takes the greatest key below it, null if there is none
     /// returns  false if memory ran out, the keys unchanged
     /// REQUIRES: the key isn't there
-    bool Insert(cstr key, cstr& before);
+    bool Insert(cstr text, cstr& before);
 
     /// Removes a key. Returns the greatest key below it, null if there is none. REQUIRES: the key is there
-    cstr Erase(cstr key);
+    cstr Erase(cstr text);
 
     /// Removes all keys and frees all nodes.
     void Clear();
@@ -76,7 +76,8 @@ private:
 
     [[nodiscard]] std::uint32_t SplitPlace(const Node& node, std::uint32_t level, Key key) const;
     bool SplitRoot(Key key);
-    bool Append(Key key);
+    bool InsertFirst(Key key, cstr& before);
+    bool Append(Key key, cstr& before);
 
     Node* root_ = nullptr;
     Node* last_ = nullptr; // the leaf of the greatest keys
