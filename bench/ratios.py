@@ -98,7 +98,7 @@ ROWS = [
       for keys in (10000, 100000, 1000000)
       if (store, order) != ("SetterTable", friendly)],
     *[(f"four changes around {kept} entries, once 100,000", f"CrossAt<true>/{kept}", f"CrossAt<false>/{kept}", 4.0)
-      for kept in (8, 64, 128)],
+      for kept in (8, 512, 1024)],
 ]
 
 # Hostile input, against friendly input of the same size.

@@ -1,12 +1,12 @@
 // The storage of a table's entries: the index from keys to entries, followed by an array of pointers to the entries in
-// their order. A table of more than 128 entries has their order in a tree, and of the array only the first pointer.
+// their order. A table of more than 1024 entries has their order in a tree, and of the array only the first pointer.
 //
-//    capacity up to 8       capacity up to 128                 capacity above 128
+//    capacity up to 8       capacity up to 1024                capacity above 1024
 //
 //    +---------+--------+   +-----------+---------+--------+   +-----------+-------+---------+--------+
 //    | entries | unused |   |   index   | entries | unused |   |   index   | order | entries | unused |
 //    +---------+--------+   +-----------+---------+--------+   +-----------+-------+---------+--------+
-//                             2 * Room              Room         2 * Room                        128
+//                             2 * Room              Room         2 * Room                        1024
 //
 // A capacity up to 64 is a power of two; a larger one is any number. The index has room for the next power of two, so
 // it has at least twice as many slots as there are entries, and a capacity that rises in steps of 128 seldom moves the
@@ -73,7 +73,7 @@ struct EntryArray {
     static constexpr std::uint32_t kSmallestCapacity = 4;
     static constexpr std::uint32_t kLargestUnindexed = 8;
     static constexpr std::uint32_t kLargestPooled = 64;
-    static constexpr std::uint32_t kLargestArray = 128;
+    static constexpr std::uint32_t kLargestArray = 1024;
     static constexpr std::uint32_t kLargestCapacity = UINT32_MAX / 64; // its bytes fit wherever pointers do
 
     /// The capacity of an array for `wanted` entries; 0 is legal.

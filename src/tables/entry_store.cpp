@@ -8,9 +8,9 @@
 //  the
 //     end. Its index, if it has one, holds exactly the entries, however few they are, as filling it anew would cost as
 //     much as the storage is large.
-//  4. Up to 128 entries are in the array; the 129th brings them into the tree of keys, and they return to the array
-//  when
-//     only 64 are left. So many changes lie between one move and the next that a change pays little for it.
+//  4. Up to 1024 entries are in the array, where moving a few cache lines costs less than a search in a tree. One more
+//     brings them into the tree of keys, and they return to the array when only 512 are left. So many changes lie
+//     between one move and the next that a change pays little for it.
 //
 // The tree has the keys alone: the index leads from the key before a new one to its entry.
 
@@ -106,7 +106,7 @@ bool EntryStore::MakeRoom() {
 /// that.
 bool EntryStore::Grow() {
     const std::uint32_t wanted = EntryArray::NextWanted(capacity_);
-    if (EntryArray::HasOrder(capacity_) && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
+    if (capacity_ > EntryArray::kLargestPooled && EntryArray::Room(wanted) == EntryArray::Room(capacity_)) {
         capacity_ = wanted;
         return true;
     }
