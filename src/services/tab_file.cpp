@@ -1,32 +1,31 @@
 // The grid of a tab file. The file is read into one buffer; TabSplitter finds the fields; tabs and line ends become
-// NULs in place, and a cell is a pointer to its field:
+// NULs in place, and a cell is the offset of its field in the text:
 //
 //     text_    a NUL b c NUL NUL NUL d NUL        "a TAB bc CR LF TAB d LF" as it is after the split
 //              |     |           |   |
-//     cells_   0,0   0,1         1,0 1,1          an empty field is an empty string, a missing one a null
+//     cells_   0,0   0,1         1,0 1,1          an empty field is an empty string, a missing one has no cell
 //
 // Invariants:
-// 1. The lines and columns are counted before the text is split, so that the grid is allocated once. It starts cleared:
-//    a cell stays null if the text has no field for it.
-// 2. The counts don't decide where the text is split, because a 0xFF counts as a line end but doesn't end a line. Each
-//    store is checked against the counts.
-// 3. Time depends only on the size of the text, not on that of the grid. The grid may be far larger than the text: if
-//    the first line has as many tabs as there are lines after it, the number of cells is about the square of that
-//    number. So the grid comes from calloc, which takes no page of a large block before it is written to. A file whose
-//    grid can't be allocated doesn't open.
+// 1. Only fields that stand in the file have cells, those of a row next to each other. So the grid takes at most 8
+//    bytes for each byte of the text, although rows times columns may be about the square of its size: the first line
+//    may have as many tabs as there are lines after it.
+// 2. As long as all rows have a cell for each column, a cell's place is computed. The first row that is shorter starts
+//    `row_starts_`, the list of the places where rows begin.
+// 3. The lines and columns are counted before the text is split. The counts don't decide where the text is split,
+//    because a 0xFF counts as a line end but doesn't end a line. Each store is checked against the counts.
 
 #include "services/tab_file.h"
 
 #include "files/file_io.h"
 #include "files/whole_file.h"
+#include "memory/checked_allocation.h"
 #include "platform/number_text.h"
 #include "services/tab_splitter.h"
 #include "strings/normal_forms.h"
 #include "strings/string_table.h"
 
+#include <algorithm>
 #include <cstdlib>
-#include <cstring>
-#include <limits>
 #include <new>
 
 namespace Tessarin {
@@ -52,12 +51,9 @@ std::uint32_t CountColumns(const char* text, std::uint32_t size) {
     return tabs;
 }
 
-/// `count` null cells; null if they can't be allocated.
-const char** NewCells(std::uint64_t count) {
-    // Only where std::size_t has 32 bits: the text has fewer than 2^31 bytes, and each row and each column except one
-    // takes one of them, so there are at most about 2^60 cells.
-    if (count > std::numeric_limits<std::size_t>::max() / sizeof(const char*)) return nullptr;
-    return static_cast<const char**>(std::calloc(static_cast<std::size_t>(count), sizeof(const char*)));
+/// `count` numbers, uninitialised; null if they can't be allocated.
+std::uint32_t* NewNumbers(std::uint32_t count) {
+    return static_cast<std::uint32_t*>(AllocateArray(count, sizeof(std::uint32_t)));
 }
 
 void SkipLine(TabSplitter& splitter) {
@@ -86,9 +82,11 @@ void TabFile::Release() { delete this; }
 void TabFile::Clear() {
     std::free(text_);
     std::free(cells_);
+    std::free(row_starts_);
     std::free(default_row_);
     text_ = nullptr;
     cells_ = nullptr;
+    row_starts_ = nullptr;
     default_row_ = nullptr;
     text_size_ = 0;
     row_count_ = 0;
@@ -136,44 +134,78 @@ bool TabFile::Split() {
 
 bool TabFile::SplitDefaultRow(TabSplitter& splitter) {
     if (row_count_ <= 1) return false;
-    const char** row = NewCells(column_count_);
+    std::uint32_t* const row = NewNumbers(column_count_);
     if (row == nullptr) return false;
-    SplitLines(splitter, 1, row);
+    std::fill(row, row + column_count_, kNoText);
+    SplitLines(splitter, row, [](std::uint32_t /*count*/) { return false; });
     default_row_ = row; // only now, because there are no defaults for its own empty fields
     --row_count_;
     return true;
 }
 
+/// Every cell ends with a delimiter of the text, so there are no more cells than bytes. Usually the grid is smaller;
+/// where it isn't, most of the room for cells is never written to, and takes no page of a large block.
 bool TabFile::SplitRows(TabSplitter& splitter) {
-    cells_ = NewCells(std::uint64_t{row_count_} * column_count_);
+    const std::uint64_t grid = std::uint64_t{row_count_} * column_count_;
+    cells_ = NewNumbers(static_cast<std::uint32_t>(std::min<std::uint64_t>(grid, text_size_)));
     if (cells_ == nullptr) return false;
-    SplitLines(splitter, row_count_, cells_);
+    std::uint32_t row = 0, next = 0;
+    bool has_memory = true;
+    const auto end_row = [this, &row, &next, &has_memory, rows = row_count_,
+                          columns = column_count_](std::uint32_t count) {
+        ++row;
+        next += count;
+        if (count != columns || row_starts_ != nullptr) [[unlikely]]
+            has_memory = StartRow(row, next);
+        return has_memory && row != rows;
+    };
+    SplitLines(splitter, cells_, end_row);
+    while (has_memory && row != row_count_) end_row(0); // rows that only bytes 0xFF count
+    return has_memory;
+}
+
+/// Sets the number of the first cell of a row. The list begins at the end of the first row that is shorter than those
+/// before it. False if memory runs out.
+[[gnu::noinline]] bool TabFile::StartRow(std::uint32_t row, std::uint32_t cell) {
+    if (row_starts_ == nullptr) {
+        row_starts_ = NewNumbers(row_count_ + 1);
+        if (row_starts_ == nullptr) return false;
+        for (std::uint32_t full = 0; full < row; ++full) row_starts_[full] = full * column_count_;
+    }
+    row_starts_[row] = cell;
     return true;
 }
 
-/// Splits the next lines, at most `count`, and fills one row with the fields of each.
-void TabFile::SplitLines(TabSplitter& splitter, std::uint32_t count, const char** row) const {
+/// Splits lines into cells, one line's after the other's, until `end_row` returns false. It is called with the number
+/// of a row's cells at its end; the end of the text ends a row, too, if that has cells.
+template <class EndRow>
+void TabFile::SplitLines(TabSplitter& splitter, std::uint32_t* row, EndRow end_row) const {
     // A char that is written may alias any member, so the compiler would reload them for each field. Hence the local
     // copies.
     TabSplitter fields = splitter;
     char* const text = text_;
     const std::uint32_t columns = column_count_;
-    const char* const* const defaults = default_row_;
+    const std::uint32_t* const defaults = default_row_;
     // A first field that is to be skipped is stored like any other; the next field, if there is one, overwrites it.
     const std::uint32_t skipped = (flags_ & TABFILE_SKIP_FIRST_COLUMN) != 0 ? 1 : 0;
-    for (TabField field; fields.Next(field) && field.end != FieldEnd::kTextEnd;) {
+    TabField field{};
+    while (fields.Next(field) && field.end != FieldEnd::kTextEnd) {
         char* const cell = text + field.offset;
         cell[field.length] = '\0';
         if (field.end == FieldEnd::kReturnAndLineFeed) cell[field.length + 1] = '\0';
         const std::uint32_t column = field.column == 0 ? 0 : field.column - skipped;
         if (column < columns) {
             // Two loads and a selection instead of a branch: whether a field is empty is often mispredicted.
-            const char* const if_empty = defaults != nullptr ? defaults[column] : cell;
-            row[column] = *cell == '\0' ? if_empty : cell;
+            const std::uint32_t if_empty = defaults != nullptr ? defaults[column] : field.offset;
+            row[column] = *cell == '\0' ? if_empty : field.offset;
         }
         if (field.end == FieldEnd::kTab) continue;
-        if (--count == 0) break;
-        row += columns;
+        const std::uint32_t count = std::min(column + 1, columns);
+        row += count;
+        if (!end_row(count)) break;
+    }
+    if (field.end == FieldEnd::kTextEnd && field.column != 0) { // the tabs have closed some fields
+        end_row(std::min(std::max(field.column - skipped, 1U), columns));
     }
     splitter = fields;
 }
@@ -186,7 +218,12 @@ std::uint32_t TabFile::GetColumnCount() { return column_count_; }
 
 const char* TabFile::GetCell(std::uint32_t row, std::uint32_t column) {
     if (row >= row_count_ || column >= column_count_) return nullptr;
-    return cells_[std::size_t{row} * column_count_ + column];
+    std::size_t place = std::size_t{row} * column_count_ + column;
+    if (row_starts_ != nullptr) {
+        if (column >= row_starts_[row + 1] - row_starts_[row]) return nullptr;
+        place = row_starts_[row] + column;
+    }
+    return cells_[place] == kNoText ? nullptr : text_ + cells_[place];
 }
 
 // A cell ends with its NUL, which is before the end of the text.

@@ -11,9 +11,9 @@ namespace Tessarin {
 
 class TabSplitter;
 
-/// Invariants: `text_` is null if and only if there is no file or the file is empty; the counts are then 0. The
-/// pointers in `cells_` and `default_row_` point into `text_`. If `cells_` is null, one of the counts is 0, so no cell
-/// is in range.
+/// Invariants: `text_` is null if and only if there is no file or the file is empty; the counts are then 0. The numbers
+/// in `cells_` and `default_row_` are offsets in `text_`, or kNoText. A row has at most `column_count_` cells, and
+/// exactly as many if `row_starts_` is null.
 class TabFile final : public ::ITabFile {
 public:
     /// Null if memory runs out for the object. If `file_io` is null, the object makes its own file service.
@@ -37,7 +37,11 @@ private:
     bool Split();
     bool SplitDefaultRow(TabSplitter& splitter);
     bool SplitRows(TabSplitter& splitter);
-    void SplitLines(TabSplitter& splitter, std::uint32_t count, const char** row) const;
+    bool StartRow(std::uint32_t row, std::uint32_t cell);
+    template <class EndRow>
+    void SplitLines(TabSplitter& splitter, std::uint32_t* row, EndRow end_row) const;
+
+    static constexpr std::uint32_t kNoText = UINT32_MAX; // an empty field whose column has no default
 
     ::IFileIO* file_io_ = nullptr; // null if memory ran out for the object's own service
     bool owns_file_io_ = false;
@@ -47,8 +51,9 @@ private:
     std::uint32_t column_count_ = 0;
     char* text_ = nullptr; // has no NUL at its end; it needs none, as an unclosed last field isn't used
     std::uint32_t text_size_ = 0;
-    const char** cells_ = nullptr;       // row by row
-    const char** default_row_ = nullptr; // null if none is in use, and while it is being split
+    std::uint32_t* cells_ = nullptr;       // row by row
+    std::uint32_t* row_starts_ = nullptr;  // for each row the number of its first cell, and the number of all cells
+    std::uint32_t* default_row_ = nullptr; // null if none is in use, and while it is being split
 };
 
 } // namespace Tessarin
