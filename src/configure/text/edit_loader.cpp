@@ -31,6 +31,7 @@ public:
 private:
     template <class Container>
     bool Fill(const TextBlock& block, Container& container) {
+        if (!container.units.Reserve(block.child_count)) return false;
         const std::uint32_t last = block.first_child + block.child_count;
         for (std::uint32_t node = block.first_child; node != last; ++node) {
             auto* unit = container.NewUnit(KIND_STRING, {nullptr});
@@ -54,9 +55,8 @@ private:
     /// name     takes the address of the new object's name
     template <class Container, class Unit>
     bool TakeBlock(Chain<Container>& chain, Unit& unit, cstr*& name) {
-        Container* child = Chain<Container>::Make(tree_, nullptr);
+        Container* child = chain.Add(tree_, nullptr);
         if (child == nullptr) return false;
-        chain.Append(child);
         unit.kind = Container::kKind;
         unit.value = child->AsValue();
         name = &child->name;
@@ -77,9 +77,8 @@ bool Fill(char* bytes, std::uint32_t size, EditTree& tree) {
 } // namespace
 
 bool LoadTextForEditing(char* bytes, std::uint32_t size, EditTree& tree) {
-    TxtTableWriter* root = Chain<TxtTableWriter>::Make(tree, nullptr);
+    TxtTableWriter* root = tree.tables.Add(tree, nullptr);
     if (root == nullptr) return false;
-    tree.tables.Append(root);
     if (!Fill(bytes, size, tree) || !ReadyToWire()) return false;
     DefaultWiring<TxtTableWriter> defaults;
     for (TxtTableWriter* table = root; table != nullptr; table = table->next) {

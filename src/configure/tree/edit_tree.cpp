@@ -1,8 +1,7 @@
 // The operations of edit trees. Invariants:
 //
-//  1. A container's `units` are never null once it is made, and a Unit's `index` is its position among them.
-//  2. Every table and array is in its tree's chain from the moment that a Unit refers to it.
-//  3. An operation that fails changes nothing.
+//  1. Every table and array is in its tree's chain before a Unit refers to it.
+//  2. An operation that fails changes nothing that can be seen.
 
 #include "configure/tree/edit_tree.h"
 
@@ -18,56 +17,58 @@ cstr InternAsItIs(const char* text) { return Tessarin::string_table->Intern(text
 } // namespace
 
 template <class Container>
-Container* Chain<Container>::Make(EditTree& tree, cstr name) {
-    auto* container = new (std::nothrow) Container(tree, name);
-    if (container == nullptr || container->units != nullptr) return container;
-    delete container;
-    return nullptr;
+Container* Chain<Container>::Add(EditTree& tree, cstr name) {
+    void* const place = storage.Take();
+    if (place == nullptr) return nullptr;
+    auto* const container = new (place) Container(tree, name);
+    *end = container;
+    end = &container->next;
+    return container;
 }
 
 template <class Container>
 void Chain<Container>::Clear() {
     while (Container* container = first) {
         first = container->next;
-        delete container;
+        container->~Container();
     }
     end = &first;
+    storage.Release();
 }
 
 template struct Chain<TxtTableWriter>;
 template struct Chain<TxtArrayWriter>;
 
+/// The Unit gets its child last. A child that there is no memory for leaves no Unit.
 template <class Self, class Accessors>
 template <class Child>
 auto* EditedUnits<Self, Accessors>::NewChild(Chain<Child>& chain, cstr name) {
-    Child* child = Chain<Child>::Make(self().tree, name);
-    typename Self::Unit* unit = child == nullptr ? nullptr : NewUnit(Child::kKind, child->AsValue());
-    if (unit != nullptr) {
-        chain.Append(child);
-    } else {
-        delete child;
+    auto* unit = NewUnit(Child::kKind, {nullptr});
+    Child* const child = unit == nullptr ? nullptr : chain.Add(self().tree, name);
+    if (child != nullptr) {
+        unit->value = child->AsValue();
+    } else if (unit != nullptr) {
+        EndUnit(*unit);
+        unit = nullptr;
     }
     return unit;
 }
 
+/// Any Unit may be passed, also one of another file or one that has been removed.
 template <class Self, class Accessors>
 IIterator* EditedUnits<Self, Accessors>::Remove(IIterator* unit) {
-    using Unit = typename Self::Unit;
-    ::farr& units = *self().units;
-    std::uint32_t position = 0;
-    while (position < units.count && units.Items<Unit*>()[position] != unit) ++position;
-    if (position == units.count) return nullptr;
-    delete units.Items<Unit*>()[position];
-    units.Erase(position);
-    for (std::uint32_t later = position; later < units.count; ++later) units.Items<Unit*>()[later]->index = later;
-    return UnitAt(position);
+    auto* const own = dynamic_cast<typename Self::Unit*>(unit);
+    return own == nullptr || !self().units.Has(*own) ? nullptr : EndUnit(*own);
 }
 
+/// Returns the Unit that has taken its place. A removed Unit has no kind, and so no value.
 template <class Self, class Accessors>
-void EditedUnits<Self, Accessors>::EndUnits() {
-    if (self().units == nullptr) return;
-    for (std::uint32_t i = 0; i < self().units->count; ++i) delete UnitAt(i);
-    ::farr::Destroy(self().units);
+template <class Unit>
+Unit* EditedUnits<Self, Accessors>::EndUnit(Unit& unit) {
+    Unit* const after = self().units.Remove(unit);
+    unit.kind = KIND_NONE;
+    self().tree.template UnitsOf<Self>().Return(&unit);
+    return after;
 }
 
 bool TxtTableWriter::Unit::SetKey(const char* text) {
@@ -76,15 +77,9 @@ bool TxtTableWriter::Unit::SetKey(const char* text) {
     return interned != nullptr;
 }
 
-TxtTableWriter::TxtTableWriter(EditTree& owner, cstr key)
-    : name(key), units(::farr::Create(sizeof(Unit*))), tree(owner) {}
-
-TxtTableWriter::~TxtTableWriter() { EndUnits(); }
-
 TxtTableWriter::Unit* TxtTableWriter::Search(cstr key) const {
-    Unit* const* const first = units->Items<Unit*>();
-    for (std::uint32_t i = 0; i < units->count; ++i) {
-        if (first[i]->key == key) return first[i];
+    for (Unit* const unit : units) {
+        if (unit != nullptr && unit->key == key) return unit;
     }
     return nullptr;
 }
@@ -114,11 +109,6 @@ IIterator* TxtTableWriter::AddTable(const char* key) {
     const cstr new_key = NewKey(key);
     return new_key == nullptr ? nullptr : Named(NewChild(tree.tables, new_key), new_key);
 }
-
-TxtArrayWriter::TxtArrayWriter(EditTree& owner, cstr key)
-    : name(key), units(::farr::Create(sizeof(Unit*))), tree(owner) {}
-
-TxtArrayWriter::~TxtArrayWriter() { EndUnits(); }
 
 IIterator* TxtArrayWriter::AddString(std::uint32_t /*reserved*/, const char* value) {
     const cstr text = InternAsItIs(value);

@@ -1,14 +1,19 @@
-// The edit tree: the tree of a text file that can be changed. Each table, array and Unit is an object of its own on the
-// heap; a table or an array has a flat array of pointers to its Units.
+// The edit tree: the tree of a text file that can be changed. Tables, arrays and Units are objects in chunks that the
+// tree owns; a table or an array has a list of the addresses of its Units.
+//
+// The storage of a removed Unit is used again for the next one that is added. A table or an array stays until the file
+// drops its content, even if its Unit was removed: a host may still use it, and it may be a default table.
 
 #ifndef TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
 #define TESSARIN_CONFIGURE_TREE_EDIT_TREE_H
 
 #include "configure/tree/accessors.h"
-#include "containers/flat_array.h"
+#include "configure/tree/object_chunks.h"
+#include "configure/tree/unit_list.h"
 
 #include <cstdint>
 #include <new>
+#include <type_traits>
 
 namespace Configure {
 
@@ -20,19 +25,17 @@ struct Chain {
     Container* first = nullptr;
     Container** end = &first;
 
-    /// A new empty container, not yet in the chain; null if memory runs out.
-    static Container* Make(EditTree& tree, cstr name);
-    void Append(Container* container) {
-        *end = container;
-        end = &container->next;
-    }
+    /// Appends a new empty container; null if memory runs out.
+    Container* Add(EditTree& tree, cstr name);
     void Clear();
+
+    ObjectChunks<Container> storage = {};
 };
 
 /// A Unit that can be changed. Its kind never changes once it is loaded or added.
 template <class Self>
 struct EditedUnit : UnitAccessors<Self> {
-    std::uint32_t index = 0; // among its owner's Units
+    std::uint32_t index = 0; // its slot in its owner's list
     std::uint32_t kind = KIND_NONE;
 
     bool SetInteger(std::int32_t number) final { return SetText(Tessarin::IntegerToText(number)); }
@@ -54,29 +57,28 @@ private:
 template <class Self, class Accessors>
 class EditedUnits : public Accessors {
 public:
-    std::uint32_t GetCount() final { return self().units->count; }
+    std::uint32_t GetCount() final { return self().units.Count(); }
     cstr GetName() final { return self().name; }
     IIterator* Begin() final { return UnitAt(0); }
     IIterator* End() final { return nullptr; }
-    IIterator* Next(IIterator* unit) final { return UnitAt(static_cast<typename Self::Unit*>(unit)->index + 1); }
+    IIterator* Next(IIterator* unit) final { return self().units.After(*static_cast<typename Self::Unit*>(unit)); }
     IIterator* Remove(IIterator* unit) final;
 
     /// The Unit at a position; null after the last.
-    auto* UnitAt(std::uint32_t position) {
-        using Unit = typename Self::Unit;
-        return position < self().units->count ? self().units->template Items<Unit*>()[position] : nullptr;
-    }
+    auto* UnitAt(std::uint32_t position) { return self().units.At(position); }
 
     /// A new Unit at the end; null if memory runs out.
     auto* NewUnit(std::uint32_t kind, UnitValue value) {
         using Unit = typename Self::Unit;
-        Unit* unit = new (std::nothrow) Unit;
+        static_assert(std::is_trivially_destructible_v<Unit>);
+        auto& storage = self().tree.template UnitsOf<Self>();
+        void* const place = storage.Take();
+        Unit* unit = place == nullptr ? nullptr : new (place) Unit;
         if (unit == nullptr) return unit;
-        unit->index = self().units->count;
         unit->kind = kind;
         unit->value = value;
-        if (!self().units->PushItem(unit)) {
-            delete unit;
+        if (!self().units.Push(unit)) {
+            storage.Return(unit);
             unit = nullptr;
         }
         return unit;
@@ -87,9 +89,10 @@ protected:
     /// nothing.
     template <class Child>
     auto* NewChild(Chain<Child>& chain, cstr name);
-    void EndUnits();
 
 private:
+    template <class Unit>
+    Unit* EndUnit(Unit& unit);
     Self& self() { return static_cast<Self&>(*this); }
 };
 
@@ -106,10 +109,10 @@ public:
         bool SetKey(const char* text) final;
     };
 
-    TxtTableWriter(EditTree& owner, cstr key);
-    ~TxtTableWriter() override;
+    TxtTableWriter(EditTree& owner, cstr key) : name(key), tree(owner) {}
 
     static cstr KeyOf(const char* text) { return Tessarin::string_table->InternLowerCase(text); }
+    /// Looks at every Unit, as several may have the key.
     [[nodiscard]] Unit* Search(cstr key) const;
 
     IIterator* AddString(const char* key, const char* value) final;
@@ -119,7 +122,7 @@ public:
     UnitValue AsValue() { return {.table = this}; }
 
     cstr name;
-    ::farr* units; // Unit*, owned; null only if memory ran out when the table was made
+    UnitList<Unit> units;
     ITable* default_table = nullptr;
     EditTree& tree;
     TxtTableWriter* next = nullptr; // in the tree's chain
@@ -139,8 +142,7 @@ public:
         UnitValue value = {nullptr};
     };
 
-    TxtArrayWriter(EditTree& owner, cstr key);
-    ~TxtArrayWriter();
+    TxtArrayWriter(EditTree& owner, cstr key) : name(key), tree(owner) {}
 
     IIterator* AddString(std::uint32_t reserved, const char* value) final;
     IIterator* AddArray(std::uint32_t reserved) final;
@@ -149,7 +151,7 @@ public:
     UnitValue AsValue() { return {.array = this}; }
 
     cstr name;
-    ::farr* units; // as in TxtTableWriter
+    UnitList<Unit> units;
     EditTree& tree;
     TxtArrayWriter* next = nullptr;
 };
@@ -166,10 +168,25 @@ struct EditTree {
     EditTree(const EditTree&) = delete;
     EditTree& operator=(const EditTree&) = delete;
 
+    /// The storage of the Units of tables, or of arrays.
+    template <class Container>
+    auto& UnitsOf() {
+        if constexpr (std::is_same_v<Container, TxtTableWriter>) {
+            return table_units;
+        } else {
+            return array_units;
+        }
+    }
+
     void Clear() {
         tables.Clear();
         arrays.Clear();
+        table_units.Release();
+        array_units.Release();
     }
+
+    ObjectChunks<TxtTableWriter::Unit> table_units;
+    ObjectChunks<TxtArrayWriter::Unit> array_units;
 };
 
 } // namespace Configure
