@@ -1,5 +1,8 @@
-// A list that grows without moving its items: for the one list of a load that has an item for each entry of the file.
+// A list that grows without moving its items: for the lists of a load that have an item for each entry of the file.
 // List would take up to twice the storage, and leave holes in the heap where its earlier storage was.
+//
+// Only the first chunk grows, until it has the size of the others, so that a small file takes little. The others are so
+// large that heaps map and unmap them apart: what one list has freed isn't resident while the next one is filled.
 
 #ifndef TESSARIN_MEMORY_CHUNKED_LIST_H
 #define TESSARIN_MEMORY_CHUNKED_LIST_H
@@ -14,7 +17,7 @@
 
 namespace Tessarin {
 
-/// Invariant: all chunks but the last are full.
+/// Invariant: all chunks but the last are full; there is room for `capacity_` items.
 template <class T>
 class ChunkedList {
 public:
@@ -29,9 +32,9 @@ public:
 
     /// False if memory runs out; the list is then unchanged.
     [[nodiscard]] bool Push(T item) {
-        if (count_ == chunks_.Count() * kChunkItems && !AddChunk()) [[unlikely]]
+        if (count_ == capacity_ && !AddRoom()) [[unlikely]]
             return false;
-        chunks_.Top()[count_++ % kChunkItems] = item;
+        (*this)[count_++] = item;
         return true;
     }
 
@@ -40,17 +43,36 @@ public:
     const T& operator[](std::uint32_t index) const { return chunks_[index / kChunkItems][index % kChunkItems]; }
 
 private:
-    static constexpr std::uint32_t kChunkItems = OrSmall(4096U, 2U);
+    static constexpr std::uint32_t kFirstItems = OrSmall(256U, 1U);
+    static constexpr std::uint32_t kChunkItems = OrSmall(32768U, 2U); // usually at least 128 KB
 
-    [[gnu::noinline]] bool AddChunk() {
+    [[gnu::noinline]] bool AddRoom() {
+        return capacity_ % kChunkItems == 0 && capacity_ != 0 ? AddChunk() : GrowFirst();
+    }
+
+    bool AddChunk() {
         auto* chunk = static_cast<T*>(AllocateArray(kChunkItems, sizeof(T)));
-        if (chunk != nullptr && chunks_.Push(chunk)) return true;
-        std::free(chunk);
-        return false;
+        if (chunk == nullptr || !chunks_.Push(chunk)) {
+            std::free(chunk);
+            return false;
+        }
+        capacity_ += kChunkItems;
+        return true;
+    }
+
+    bool GrowFirst() {
+        if (chunks_.IsEmpty() && !chunks_.Push(nullptr)) return false;
+        const std::uint32_t items = capacity_ == 0 ? kFirstItems : capacity_ * 2;
+        auto* grown = static_cast<T*>(std::realloc(chunks_[0], items * sizeof(T)));
+        if (grown == nullptr) return false;
+        chunks_[0] = grown;
+        capacity_ = items;
+        return true;
     }
 
     List<T*> chunks_;
     std::uint32_t count_ = 0;
+    std::uint32_t capacity_ = 0;
 };
 
 } // namespace Tessarin

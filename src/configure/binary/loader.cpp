@@ -155,10 +155,9 @@ bool BinaryLoader::LocateSections() {
 
 /// REQUIRES: the counts fit the body, so that the number of all containers can't overflow
 bool BinaryLoader::AllocateObjects() {
-    return nodes_.Make(max_nodes_) && tree_.tables.Make(header_.table_count) &&
-           tree_.arrays.Make(header_.array_count) && tree_.table_units.Make(unit_count_) &&
-           tree_.array_units.Make(header_.array_unit_count) && kinds_.Make(header_.table_count + header_.array_count) &&
-           strings_.Read(pool_, header_.strings_size);
+    return nodes_.Make(max_nodes_) && tree_.tables.Make(header_.table_count) && tree_.MakeArrays(header_.array_count) &&
+           tree_.table_units.Make(unit_count_) && tree_.array_units.Make(header_.array_unit_count) &&
+           kinds_.Make(header_.table_count + header_.array_count) && strings_.Read(pool_, header_.strings_size);
 }
 
 /// Gives each table its part of the Units of all tables.
@@ -166,8 +165,7 @@ void BinaryLoader::AssignUnits() {
     BinTable::Unit* units = tree_.table_units.begin();
     for (std::uint32_t index = 0; index < header_.table_count; ++index) {
         BinTable& table = tree_.tables[index];
-        table.count = UnitCount(index);
-        table.units = units;
+        table.Fill(units, UnitCount(index));
         units += table.count;
     }
 }
@@ -232,8 +230,7 @@ bool BinaryLoader::ReadEntry(std::uint32_t word, BinTable::Unit& unit) {
 bool BinaryLoader::ReadArray(BinArray& array) {
     std::uint32_t count;
     if (!cursor_.ReadWord(count) || count > header_.array_unit_count - elements_used_) return false;
-    array.count = count;
-    array.units = tree_.array_units.begin() + elements_used_;
+    array.Fill(tree_.array_units.begin() + elements_used_, count);
     elements_used_ += count;
     for (BinArray::Unit *unit = array.units, *end = unit + count; unit != end; ++unit) {
         std::uint32_t type, value;
@@ -258,18 +255,15 @@ template <class Unit>
 bool BinaryLoader::SetValue(std::uint32_t type, std::uint32_t value, cstr name, Unit& unit) {
     switch (type) {
     case kScalarBit >> kValueShift:
-        unit.kind = KIND_STRING;
-        unit.value.text = strings_.At(value);
-        return unit.value.text != nullptr;
+        unit.HoldText() = strings_.At(value);
+        return unit.Text() != nullptr;
     case kTableBit >> kValueShift:
         if (tables_assigned_ == header_.table_count) return false;
-        unit.kind = KIND_TABLE;
-        unit.value.table = AssignNext(tree_.tables, tables_assigned_, kTable, name);
+        unit.Hold(AssignNext(tree_.tables, tables_assigned_, kTable, name));
         return true;
     case kArrayBit >> kValueShift:
         if (arrays_assigned_ == header_.array_count || value != arrays_assigned_) return false;
-        unit.kind = KIND_ARRAY;
-        unit.value.array = AssignNext(tree_.arrays, arrays_assigned_, kArray, name);
+        unit.Hold(AssignNext(tree_.arrays, arrays_assigned_, kArray, name));
         return true;
     default:
         return false;

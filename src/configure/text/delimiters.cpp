@@ -1,21 +1,23 @@
-// One pass over the text finds the delimiters, with a stack of the open blocks. It also notes for each block whether it
-// directly contains an `=`, and so decides whether the block is a table or an array: CloseBlockAt.
+// One pass over the text finds the delimiters, with a stack of the open blocks, which are linked. It also notes for
+// each block whether it directly contains an `=`, and so decides whether the block is a table or an array:
+// CloseBlockAt.
 
 #include "configure/text/delimiters.h"
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 namespace Configure {
 
 bool Delimiters::Find(const char* text, std::uint32_t size) {
-    Tessarin::List<OpenBlock> open;
+    std::uint32_t open = kNoBlock; // the innermost
     for (std::uint32_t position = 0; position < size; ++position) {
         if (!Is(kDelimiter, text[position])) continue;
         bool done = true;
         switch (text[position]) {
         case '=':
-            if (!open.IsEmpty()) open.Top().has_equals = true;
+            if (open != kNoBlock) blocks_[open].close = 1;
             done = Add(position, kEquals);
             break;
         case '"':
@@ -25,14 +27,15 @@ bool Delimiters::Find(const char* text, std::uint32_t size) {
             done = OpenBlockAt(position, open);
             break;
         default: // a `}` without a partner is an ordinary byte
-            if (!open.IsEmpty()) done = CloseBlockAt(text, open.Pop(), position);
+            if (open == kNoBlock) break;
+            CloseBlockAt(text, open, position);
+            done = Add(position, kCloseBlock);
         }
         if (!done) return false;
     }
-    while (!open.IsEmpty()) {
-        if (!CloseBlockAt(text, open.Pop(), size)) return false;
-    }
-    return true;
+    if (open == kNoBlock) return true;
+    while (open != kNoBlock) CloseBlockAt(text, open, size);
+    return Add(size, kCloseBlock);
 }
 
 /// Adds the quote that opens at the position, and the quote that closes it; `position` then becomes that of the closing
@@ -44,19 +47,20 @@ bool Delimiters::AddQuote(const char* text, std::uint32_t size, std::uint32_t& p
     return Add(position, kCloseQuote);
 }
 
-bool Delimiters::OpenBlockAt(std::uint32_t position, Tessarin::List<OpenBlock>& open) {
-    return open.Push({blocks_.Count(), false}) && blocks_.Push({Count(), 0, 0}) && Add(position, kOpenTable);
+bool Delimiters::OpenBlockAt(std::uint32_t position, std::uint32_t& open) {
+    const std::uint32_t around = std::exchange(open, blocks_.Count());
+    return blocks_.Push({Count(), 0, around}) && Add(position, kOpenTable);
 }
 
-/// Closes a block and decides its kind: it is an array if it isn't empty and doesn't directly contain an `=`.
-bool Delimiters::CloseBlockAt(const char* text, const OpenBlock& open, std::uint32_t position) {
-    Block& block = blocks_[open.block];
+/// Decides the kind of the innermost block: it is an array if it isn't empty and doesn't directly contain an `=`. The
+/// next delimiter is to close it. `open` becomes the block around it.
+void Delimiters::CloseBlockAt(const char* text, std::uint32_t& open, std::uint32_t position) {
+    Block& block = blocks_[open];
     Delimiter& opening = delimiters_[block.open];
-    const bool is_table = open.has_equals || SkipWhite(text, opening.position + 1U, position) == position;
+    const bool is_table = block.close != 0 || SkipWhite(text, opening.position + 1U, position) == position;
     opening.kind = is_table ? kOpenTable : kOpenArray;
+    open = std::exchange(block.next, blocks_.Count());
     block.close = Count();
-    block.next = blocks_.Count();
-    return Add(position, kCloseBlock);
 }
 
 bool Delimiters::SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const {

@@ -26,8 +26,8 @@ struct DelimiterRange {
 };
 
 /// All delimiters of a text, by ascending position. An opening quote is directly followed by its closing quote. Quotes
-/// and blocks that are still open at the text's end are closed there, innermost first, by delimiters after the last
-/// byte.
+/// and blocks that are still open at the text's end are closed there, by delimiters after the last byte. One delimiter
+/// closes all such blocks: a text may consist of nothing but opening braces.
 class Delimiters {
 public:
     /// False if memory runs out. REQUIRES: `size` is at most kMostTextBytes
@@ -60,15 +60,14 @@ public:
     [[nodiscard]] bool SkipQuoteBackwards(std::uint32_t& position, DelimiterRange range) const;
 
 private:
-    struct OpenBlock {
-        std::uint32_t block;
-        bool has_equals;
-    };
+    // The innermost open block; those around it are linked through `next` until they are closed, and `close` says
+    // whether a block directly contains an `=`. So a nest needs no stack beside the list of blocks.
+    static constexpr std::uint32_t kNoBlock = UINT32_MAX;
 
     bool Add(std::uint32_t position, DelimiterKind kind) { return delimiters_.Push({position & kMostTextBytes, kind}); }
     bool AddQuote(const char* text, std::uint32_t size, std::uint32_t& position);
-    bool OpenBlockAt(std::uint32_t position, Tessarin::List<OpenBlock>& open);
-    bool CloseBlockAt(const char* text, const OpenBlock& open, std::uint32_t position);
+    bool OpenBlockAt(std::uint32_t position, std::uint32_t& open);
+    void CloseBlockAt(const char* text, std::uint32_t& open, std::uint32_t position);
 
     Tessarin::ChunkedList<Delimiter> delimiters_;
     Tessarin::List<Block> blocks_; // in the order of their opening braces

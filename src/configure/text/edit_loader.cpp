@@ -16,7 +16,8 @@ public:
     [[nodiscard]] bool Load() {
         TxtTableWriter* table = nullptr;
         TxtArrayWriter* array = nullptr;
-        for (const TextBlock& block : parsed_.Blocks()) {
+        for (std::uint32_t number = 0; number < parsed_.BlockCount(); ++number) {
+            const TextBlock block = parsed_.BlockAt(number);
             if (block.kind == NodeKind::kTable) {
                 table = table == nullptr ? tree_.tables.first : table->next;
                 if (!Fill(block, *table)) return false;

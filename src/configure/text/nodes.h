@@ -89,9 +89,6 @@ private:
 static_assert(sizeof(TextNode) == 12, "a load holds one for every entry of the file");
 
 struct TextBlock {
-    static constexpr std::uint32_t kNoNode = UINT32_MAX;
-
-    std::uint32_t node; ///< the node whose value the block is; kNoNode for the root
     NodeKind kind;
     std::uint32_t first_child; ///< a node
     std::uint32_t child_count;

@@ -60,8 +60,8 @@ private:
     ParsedText& parsed_;
     const char* text_;
     Delimiters delimiters_;
-    Tessarin::List<std::uint32_t> walked_;      // for each block of the list its number among the delimiters' blocks
-    TextFault fault_ = TextFault::kOutOfMemory; // the reason if a step returns false without giving one
+    Tessarin::ChunkedList<std::uint32_t> walked_; // for each block of the list its number among the delimiters' blocks
+    TextFault fault_ = TextFault::kOutOfMemory;   // the reason if a step returns false without giving one
 };
 
 TextFault ParsedText::Parse(char* bytes, std::uint32_t size) {
@@ -109,31 +109,33 @@ Span ParsedText::BareText(Span span) const {
     return {span.first, last};
 }
 
-// The next two functions search by bisection: blocks are in breadth-first order, so their nodes and their children both
-// ascend.
-
+/// A bisection, as blocks are in breadth-first order: the last block whose first child isn't after the node.
 std::uint32_t ParsedText::ParentOf(std::uint32_t node) const {
-    const auto before = [](std::uint32_t wanted, const TextBlock& block) {
-        return wanted < block.first_child + block.child_count;
-    };
-    return static_cast<std::uint32_t>(std::upper_bound(blocks_.begin(), blocks_.end(), node, before) - blocks_.begin());
+    std::uint32_t first = 0, last = blocks_.Count();
+    while (last - first > 1) {
+        const std::uint32_t middle = first + (last - first) / 2;
+        (blocks_[middle].first_child <= node ? first : last) = middle;
+    }
+    return first;
 }
 
+/// Counts the blocks among the nodes since the last sample.
 std::uint32_t ParsedText::BlockOf(std::uint32_t node) const {
-    const auto before = [](const TextBlock& block, std::uint32_t wanted) { return block.node < wanted; };
-    return static_cast<std::uint32_t>(std::lower_bound(blocks_.begin() + 1, blocks_.end(), node, before) -
-                                      blocks_.begin());
+    std::uint32_t block = samples_[node / kSampledNodes];
+    for (std::uint32_t before = node - node % kSampledNodes; before != node; ++before) {
+        if (nodes_[before].Kind() != NodeKind::kScalar) ++block;
+    }
+    return block;
 }
 
 /// The list of blocks is the queue of the walk, and grows during it.
 TextFault TextWalk::Run() {
     if (!delimiters_.Find(text_, parsed_.size_)) return TextFault::kOutOfMemory;
-    Tessarin::List<TextBlock>& blocks = parsed_.blocks_;
-    if (!blocks.Push({TextBlock::kNoNode, NodeKind::kTable, 0, 0}) || !walked_.Push(0)) return TextFault::kOutOfMemory;
+    auto& blocks = parsed_.blocks_;
+    if (!blocks.Push(ParsedText::Block{0, NodeKind::kTable}) || !walked_.Push(0)) return TextFault::kOutOfMemory;
     for (std::uint32_t number = 0; number < blocks.Count(); ++number) {
-        blocks[number].first_child = parsed_.nodes_.Count();
+        blocks[number].first_child = parsed_.nodes_.Count() & kMostTextBytes;
         if (!WalkBlock(number)) return fault_;
-        blocks[number].child_count = parsed_.nodes_.Count() - blocks[number].first_child;
     }
     return TextFault::kNone;
 }
@@ -179,7 +181,7 @@ bool TextWalk::AddEntry(const Rest& span, bool behind_scalar) {
     const TextNode node = TextNode::Entry(key.first, equals, scan, begins_in_quote);
     if (key.Length() > kMostKeyBytes && !SpelledKey(text_, key, node).Fits()) return Fail(TextFault::kLongKey, key);
     ++parsed_.counts_.entries;
-    return parsed_.nodes_.Push(node);
+    return parsed_.AddNode(node);
 }
 
 bool TextWalk::WalkArray(Rest rest) {
@@ -198,7 +200,7 @@ bool TextWalk::WalkArray(Rest rest) {
 /// it.
 bool TextWalk::AddElement(Rest& rest) {
     ++parsed_.counts_.elements;
-    if (!parsed_.nodes_.Push(TextNode::Element(rest.bytes.first))) return false;
+    if (!parsed_.AddNode(TextNode::Element(rest.bytes.first))) return false;
     const DelimiterKind kind = FirstDelimiter(rest);
     if (kind == kOpenTable || kind == kOpenArray) return AddBlock(rest);
     if (kind == kOpenQuote) {
@@ -220,7 +222,7 @@ bool TextWalk::AddBlock(Rest& rest) {
     const std::uint32_t close = delimiters_[block.close].position;
     LastNode().SetValue(kind, close);
     rest = {{close + 1, rest.bytes.last}, {block.close + 1, rest.delimiters.last}, block.next};
-    return parsed_.blocks_.Push({parsed_.nodes_.Count() - 1, kind, 0, 0}) && walked_.Push(number);
+    return parsed_.blocks_.Push(ParsedText::Block{0, kind}) && walked_.Push(number);
 }
 
 /// The kind of the delimiter with which the rest of an array begins. If it doesn't begin with one, kEquals, which no

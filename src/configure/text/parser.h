@@ -45,8 +45,14 @@ public:
 
     [[nodiscard]] const char* Bytes() const { return bytes_; }
     [[nodiscard]] const Tessarin::ChunkedList<TextNode>& Nodes() const { return nodes_; }
-    /// All blocks; the root is the first.
-    [[nodiscard]] const Tessarin::List<TextBlock>& Blocks() const { return blocks_; }
+    /// The number of blocks; the root is the first.
+    [[nodiscard]] std::uint32_t BlockCount() const { return blocks_.Count(); }
+    [[nodiscard]] TextBlock BlockAt(std::uint32_t number) const {
+        const std::uint32_t first = blocks_[number].first_child;
+        const bool is_last = number + 1 == blocks_.Count();
+        const std::uint32_t end = is_last ? nodes_.Count() : blocks_[number + 1].first_child;
+        return {blocks_[number].kind, first, end - first};
+    }
     [[nodiscard]] const TextCounts& Counts() const { return counts_; }
 
     /// The bytes from which SpelledKey makes the key; empty for an element.
@@ -70,6 +76,20 @@ public:
 private:
     friend class TextWalk;
 
+    // A block's children are the nodes up to the first child of the next block.
+    struct Block {
+        std::uint32_t first_child : kPositionBits;
+        NodeKind kind : 4;
+    };
+    static_assert(sizeof(Block) == 4, "a nest may have a block for every byte of the file");
+
+    static constexpr std::uint32_t kSampledNodes = 64;
+
+    [[nodiscard]] bool AddNode(const TextNode& node) {
+        const bool is_sampled = nodes_.Count() % kSampledNodes == 0;
+        return (!is_sampled || samples_.Push(blocks_.Count())) && nodes_.Push(node);
+    }
+
     [[nodiscard]] std::uint32_t ValueStart(const TextNode& node) const;
     [[nodiscard]] Span BareText(Span span) const;
 
@@ -77,7 +97,8 @@ private:
     std::uint32_t size_ = 0; // without the comments
     StrippedComments comments_;
     Tessarin::ChunkedList<TextNode> nodes_;
-    Tessarin::List<TextBlock> blocks_;
+    Tessarin::ChunkedList<Block> blocks_;
+    Tessarin::List<std::uint32_t> samples_; // for each kSampledNodes-th node how many blocks were found before it
     TextCounts counts_;
     Span fault_ = {0, 0};
 };

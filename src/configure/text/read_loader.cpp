@@ -18,14 +18,15 @@ public:
 
     [[nodiscard]] bool Load() {
         const TextCounts& counts = parsed_.Counts();
-        if (!tree_.tables.Make(counts.tables) || !tree_.arrays.Make(counts.arrays) ||
+        if (!tree_.tables.Make(counts.tables) || !tree_.MakeArrays(counts.arrays) ||
             !tree_.table_units.Make(counts.entries) || !tree_.array_units.Make(counts.elements)) {
             return false;
         }
         Cursor filled = StartOf(tree_);
         next_ = filled;
         ++next_.table; // the root is taken
-        for (const TextBlock& block : parsed_.Blocks()) {
+        for (std::uint32_t number = 0; number < parsed_.BlockCount(); ++number) {
+            const TextBlock block = parsed_.BlockAt(number);
             const bool is_filled = block.kind == NodeKind::kTable ? Fill(block, *filled.table++, filled.table_unit)
                                                                   : Fill(block, *filled.array++, filled.array_unit);
             if (!is_filled) return false;
@@ -48,8 +49,7 @@ private:
 
     template <class Container, class Unit>
     bool Fill(const TextBlock& block, Container& container, Unit*& next_unit) {
-        container.count = block.child_count;
-        container.units = next_unit;
+        container.Fill(next_unit, block.child_count);
         const std::uint32_t last = block.first_child + block.child_count;
         for (std::uint32_t node = block.first_child; node != last; ++node) {
             if (!TakeNode(parsed_.Nodes()[node], *next_unit++)) return false;
@@ -59,26 +59,23 @@ private:
 
     template <class Unit>
     bool TakeNode(const TextNode& node, Unit& unit) {
-        cstr* const name = TakeBlock(node.Kind(), unit.kind, unit.value);
+        cstr* const name = TakeBlock(node.Kind(), unit);
         if constexpr (requires { unit.key; }) {
             if (!texts_.AddKey(node, &unit.key, name)) return false;
         }
-        return node.Kind() != NodeKind::kScalar || texts_.AddValue(node, &unit.value.text);
+        return node.Kind() != NodeKind::kScalar || texts_.AddValue(node, &unit.HoldText());
     }
 
     /// Hands out a table or an array. Returns the address of its name; null for a scalar.
-    cstr* TakeBlock(NodeKind node, std::uint32_t& kind, UnitValue& value) {
+    cstr* TakeBlock(NodeKind node, ReadValue& value) {
         switch (node) {
         case NodeKind::kTable:
-            kind = KIND_TABLE;
-            value.table = next_.table;
+            value.Hold(next_.table);
             return &(next_.table++)->name;
         case NodeKind::kArray:
-            kind = KIND_ARRAY;
-            value.array = next_.array;
+            value.Hold(next_.array);
             return &(next_.array++)->name;
         default:
-            kind = KIND_STRING;
             return nullptr;
         }
     }

@@ -3,7 +3,9 @@
 //
 // A family derives its final classes from these templates, with itself as the argument, and supplies the rest:
 //
-//   a Unit    kind, value, and, if it belongs to a table, key
+//   a Unit    Kind; Text, Array and Table, the value, of which only the one that the kind says may be asked for; and,
+//   if
+//             it belongs to a table, key
 //   a table   default_table; Unit, the type of its Units; Search(key), which returns the table's own Unit of a key;
 //             KeyOf(text), which turns a text into the argument of Search, null if it can't be interned;
 //             kKeepsLastColon, which says how composite keys are spelled; iteration
@@ -27,17 +29,10 @@
 
 namespace Configure {
 
-/// The value of a Unit; the Unit's kind says which field is set. Null for KIND_NONE.
-union UnitValue {
-    cstr text; // interned; null for a key without a value at the end of its block
-    IArray* array;
-    ITable* table;
-};
-
 template <class Self>
 class UnitAccessors : public IIterator {
 public:
-    std::uint32_t GetType() final { return self().kind; }
+    std::uint32_t GetType() final { return self().Kind(); }
     cstr GetKey() final {
         if constexpr (requires(Self & unit) { unit.key; }) return self().key;
         return nullptr;
@@ -51,10 +46,10 @@ public:
     bool IsInterval() final { return HoldsInterval(GetString()); }
     std::int32_t GetInteger() final { return IntegerOf(GetString()); }
     float GetFloat() final { return FloatOf(GetString()); }
-    cstr GetString() final { return Is(KIND_STRING) ? self().value.text : nullptr; }
+    cstr GetString() final { return Is(KIND_STRING) ? self().Text() : nullptr; }
     bool GetBool() final { return BoolOf(GetString()); }
-    IArray* GetArray() final { return Is(KIND_ARRAY) ? self().value.array : nullptr; }
-    ITable* GetTable() final { return Is(KIND_TABLE) ? self().value.table : nullptr; }
+    IArray* GetArray() final { return Is(KIND_ARRAY) ? self().Array() : nullptr; }
+    ITable* GetTable() final { return Is(KIND_TABLE) ? self().Table() : nullptr; }
     Interval GetInterval() final { return IntervalOf(GetString()); }
 
     bool SetKey(const char*) override { return false; }
@@ -63,7 +58,7 @@ public:
     bool SetString(const char*) override { return false; }
 
 private:
-    [[nodiscard]] bool Is(std::uint32_t kind) { return self().kind == kind; }
+    [[nodiscard]] bool Is(std::uint32_t kind) { return self().Kind() == kind; }
     Self& self() { return static_cast<Self&>(*this); }
 };
 

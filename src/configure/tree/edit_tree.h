@@ -32,11 +32,23 @@ struct Chain {
     ObjectChunks<Container> storage = {};
 };
 
+/// The value of a Unit; the Unit's kind says which field is set. Null for KIND_NONE.
+union UnitValue {
+    cstr text; // interned; null for a key without a value at the end of its block
+    IArray* array;
+    ITable* table;
+};
+
 /// A Unit that can be changed. Its kind never changes once it is loaded or added.
 template <class Self>
 struct EditedUnit : UnitAccessors<Self> {
     std::uint32_t index = 0; // its slot in its owner's list
     std::uint32_t kind = KIND_NONE;
+
+    [[nodiscard]] std::uint32_t Kind() const { return kind; }
+    [[nodiscard]] cstr Text() const { return value().text; }
+    [[nodiscard]] IArray* Array() const { return value().array; }
+    [[nodiscard]] ITable* Table() const { return value().table; }
 
     bool SetInteger(std::int32_t number) final { return SetText(Tessarin::IntegerToText(number)); }
     bool SetFloat(float number) final { return SetText(Tessarin::RealToText(number)); }
@@ -47,6 +59,7 @@ private:
     bool SetText(const NumberText& number) {
         return kind == KIND_STRING && Take(Tessarin::string_table->Intern(number.text, number.length));
     }
+    [[nodiscard]] const UnitValue& value() const { return static_cast<const Self&>(*this).value; }
     bool Take(cstr text) {
         if (text != nullptr) static_cast<Self&>(*this).value.text = text;
         return text != nullptr;
