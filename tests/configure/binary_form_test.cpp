@@ -76,9 +76,9 @@ TEST(BinaryForm, AUnitOfNoKindIsntWritten) {
     ASSERT_TRUE(LoadTextForReading(text, sizeof text - 2, tree));
     MemoryFiles files;
     EXPECT_TRUE(WriteBinary(files, "f", &tree.tables[0]));
-    tree.array_units[0].kind = KIND_NONE;
+    static_cast<ReadValue&>(tree.array_units[0]) = ReadValue();
     EXPECT_FALSE(WriteBinary(files, "f", &tree.tables[0]));
-    tree.table_units[0].kind = KIND_NONE;
+    static_cast<ReadValue&>(tree.table_units[0]) = ReadValue();
     EXPECT_FALSE(WriteBinary(files, "f", &tree.tables[0]));
     EXPECT_EQ(files.handles, 0);
 }

@@ -3,10 +3,14 @@
 
 #include "tests/configure/tree_text.h"
 #include "tests/support/comma_locale.h"
+#include "tests/support/failing_heap.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <limits>
+#include <random>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -65,6 +69,49 @@ TEST(Edit, KeysAreTakenAsTheyAre) {
     EXPECT_STREQ(root.GetTable("u")->GetName(), "t");
     EXPECT_STREQ(root.GetString("a"), "1");
     EXPECT_EQ(root.Find("b"), nullptr);
+}
+
+/// Long lists leave gaps, and close them from time to time: adds and removals in any order, compared with a vector.
+TEST(Edit, LongListsChangeAnywhere) {
+    const Edited tree("a = { x }");
+    IArray& array = *tree.root->GetArray("a");
+    std::vector<IIterator*> units = {array.At(0)};
+    std::mt19937 random(7);
+    for (const std::size_t goal : {300U, 20U, 5000U, 100U, 4000U, 0U, 70U}) {
+        while (units.size() != goal) {
+            const bool grows = random() % 4 != 0 ? units.size() < goal : units.empty();
+            if (grows) {
+                units.push_back(array.AddString(0, "x"));
+            } else {
+                const std::size_t place = random() % 3 == 0 ? 0 : random() % units.size();
+                IIterator* const after = array.Remove(units[place]);
+                units.erase(units.begin() + static_cast<std::ptrdiff_t>(place));
+                ASSERT_EQ(after, place < units.size() ? units[place] : nullptr);
+            }
+            const std::size_t place = random() % (units.size() + 1);
+            ASSERT_EQ(array.At(static_cast<std::uint32_t>(place)), place < units.size() ? units[place] : nullptr);
+            ASSERT_EQ(array.GetCount(), units.size());
+        }
+        IIterator* unit = array.Begin();
+        for (IIterator* const expected : units) {
+            ASSERT_EQ(unit, expected);
+            unit = array.Next(unit);
+        }
+        ASSERT_EQ(unit, nullptr);
+    }
+}
+
+/// A removed Unit's storage is used again, and a list that moves along its slots doesn't grow.
+TEST(Edit, AddingAndRemovingInTurnTakesNoMemory) {
+    const Edited tree("");
+    ITable& root = *tree.root;
+    for (int i = 0; i < 200; ++i) root.AddString(std::to_string(i).c_str(), "x");
+    const FailingHeap heap;
+    for (int i = 200; i < 20000; ++i) {
+        ASSERT_NE(root.Remove(root.Begin()), nullptr);
+        ASSERT_NE(root.AddString(std::to_string(i % 400).c_str(), "x"), nullptr);
+        ASSERT_LE(heap.Outstanding(), 3); // a counter of gaps, and one arena of texts
+    }
 }
 
 TEST(Edit, ARemovedDefaultGoesOnServing) {
