@@ -109,6 +109,23 @@ ROWS += [(f"hostile keys, {what}: {how}", f"{form}/{attack}/Hostile{once}", f"{f
                              ("LateDifference", "long, of one hash"), ("Clusters", "addresses that cluster"))
          if form != "Find" or attack == "OneHash"]
 ROWS.append(("hostile defaults, load text to edit", "Edit/Defaults/Hostile", "Edit/Defaults/Friendly", 4.0))
+# ---- Configuration texts, edited trees and tab files
+TEXT_SHAPES = ("Tables", "ClosedTables", "Arrays", "ArraysOfTwo", "TablesInArray", "TablesInArrays", "ArraysInArray",
+               "TablesAndArrays", "Elements", "Entries", "Quotes", "Comments")
+GRID_SHAPES = ("WideAndEmpty", "WideAndUncounted", "Empty", "Tabs", "TwoColumns", "Surplus")
+ROWS += [
+    *[(f"50,000 edited Units removed, {where}, against {what}", f"RemoveUnits{row}/50000", peer, 4.0)
+      for where, row in (("from the front", "Front"), ("from the middle", "Middle"))
+      for what, peer in (("adding", "AddUnits/50000"),)],
+    ("50,000 edited Units removed, anywhere, against adding", "RemoveUnitsAnywhere/50000", "AddUnits/50000", None),
+    ("a Unit added and the first removed, against adding", "AddAndRemoveUnits/50000", "AddUnits/50000", 8.0),
+]
+# The most memory of a load that is the first of its process, for each byte of the file, and its bound.
+BYTES_PER_BYTE = [
+    *[(f"text of {shape}, to {access.lower()}", f"FirstHostileText{access}/{shape}/iterations:1", bound)
+      for shape in TEXT_SHAPES for access, bound in (("Read", 60.0), ("Edit", 100.0))],
+    *[(f"tab file of {shape}", f"FirstHostileGrid/{shape}/iterations:1", 64.0) for shape in GRID_SHAPES],
+]
 
 # What a first load of a process has taken of memory at its most; its benchmark.
 MEMORY = [(f"most memory of 10 MB of configuration, {what}", f"First{row}/10/iterations:1")
@@ -121,8 +138,8 @@ UNITS = {"ns": 1.0, "us": 1e3, "ms": 1e6, "s": 1e9}
 def medians(paths):
     """Benchmark name to the median of all its runs in nanoseconds: real time for several threads, the time
     that a benchmark measures itself, else CPU time.
-    A second map has the memory, of those that report it."""
-    runs, peaks = {}, {}
+    A second map has the memory, of those that report it; a third the memory for each byte of input."""
+    runs, peaks, per_byte = {}, {}, {}
     for path in paths:
         with open(path, encoding="utf-8") as file:
             for result in json.load(file)["benchmarks"]:
@@ -131,11 +148,13 @@ def medians(paths):
                     runs.setdefault(result["run_name"], []).append(time * UNITS[result["time_unit"]])
                     if "peak" in result:
                         peaks.setdefault(result["run_name"], []).append(result["peak"])
-    return [{name: statistics.median(values) for name, values in found.items()} for found in (runs, peaks)]
+                    if "peak_per_byte" in result:
+                        per_byte.setdefault(result["run_name"], []).append(result["peak_per_byte"])
+    return [{name: statistics.median(values) for name, values in found.items()} for found in (runs, peaks, per_byte)]
 
 
 def main():
-    found, peaks = medians(sys.argv[1:])
+    found, peaks, per_byte = medians(sys.argv[1:])
     print(f"{'':56}{'ours':>14}{'peer':>14}{'ratio':>8}{'target':>8}")
     for label, ours, peer, target in ROWS:
         if ours not in found or peer not in found:
@@ -147,6 +166,10 @@ def main():
     for label, name in MEMORY:
         if name in peaks:
             print(f"{label:56}{peaks[name] / 1e6:12.1f}MB")
+    for label, name, bound in BYTES_PER_BYTE:
+        if name in per_byte:
+            verdict = "" if per_byte[name] <= bound else "  missed"
+            print(f"{label:56}{per_byte[name]:12.1f} bytes a byte{bound:18.1f}{verdict}")
 
 
 main()

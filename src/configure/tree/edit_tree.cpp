@@ -7,6 +7,8 @@
 
 #include "strings/normal_forms.h"
 
+#include <typeinfo>
+
 namespace Configure {
 namespace {
 
@@ -57,8 +59,10 @@ auto* EditedUnits<Self, Accessors>::NewChild(Chain<Child>& chain, cstr name) {
 /// Any Unit may be passed, also one of another file or one that has been removed.
 template <class Self, class Accessors>
 IIterator* EditedUnits<Self, Accessors>::Remove(IIterator* unit) {
-    auto* const own = dynamic_cast<typename Self::Unit*>(unit);
-    return own == nullptr || !self().units.Has(*own) ? nullptr : EndUnit(*own);
+    using Unit = typename Self::Unit;
+    if (unit == nullptr || typeid(*unit) != typeid(Unit)) return nullptr;
+    auto& own = static_cast<Unit&>(*unit);
+    return self().units.Has(own) ? EndUnit(own) : nullptr;
 }
 
 /// Returns the Unit that has taken its place. A removed Unit has no kind, and so no value.

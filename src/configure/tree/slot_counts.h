@@ -1,5 +1,5 @@
 // How many slots of a long list are taken: for a list that leaves a gap where an item was removed. The slots are
-// counted in blocks of 64, and the counts are kept as a Fenwick tree, so that each operation takes a step for each bit
+// counted in blocks of 16, and the counts are kept as a Fenwick tree, so that each operation takes a step for each bit
 // of the number of blocks:
 //
 //     blocks          0   1   2   3   4   5   6   7
@@ -19,13 +19,13 @@ namespace Configure {
 
 class SlotCounts {
 public:
-    static constexpr std::uint32_t kBlockSlots = 64;
+    static constexpr std::uint32_t kBlockSlots = 16;
 
     /// Counts the first `taken` of `slots` slots as taken. False if memory runs out. REQUIRES: nothing is counted yet
     [[nodiscard]] bool Make(std::uint32_t slots, std::uint32_t taken) {
         const std::uint32_t blocks = (slots - 1) / kBlockSlots + 1;
-        if (!sums_.Make(blocks + 1)) return false;
-        for (std::uint32_t end = 1; end <= blocks; ++end) {
+        if (!sums_.Make(std::bit_ceil(blocks) + 1)) return false;
+        for (std::uint32_t end = 1; end < sums_.Count(); ++end) {
             sums_[end] = TakenBefore(end, taken) - TakenBefore(end - LowestBit(end), taken);
         }
         slots_ = slots;
@@ -51,10 +51,12 @@ public:
     /// REQUIRES: number < Total()
     [[nodiscard]] std::uint32_t BlockWith(std::uint32_t& number) const {
         std::uint32_t block = 0;
-        for (std::uint32_t step = std::bit_floor(sums_.Count() - 1); step != 0; step /= 2) {
-            if (block + step >= sums_.Count() || sums_[block + step] > number) continue;
-            block += step;
-            number -= sums_[block];
+        // Without branches, as which half has the slot can't be predicted.
+        for (std::uint32_t step = (sums_.Count() - 1) / 2; step != 0; step /= 2) {
+            const std::uint32_t sum = sums_[block + step];
+            const bool is_later = sum <= number;
+            block += is_later ? step : 0;
+            number -= is_later ? sum : 0;
         }
         return block * kBlockSlots;
     }
@@ -72,7 +74,7 @@ private:
         }
     }
 
-    Tessarin::List<std::uint32_t> sums_; // the first isn't used
+    Tessarin::List<std::uint32_t> sums_; // for a power of two of blocks; the first isn't used
     std::uint32_t slots_ = 0;
     std::uint32_t total_ = 0;
 };

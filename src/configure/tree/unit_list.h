@@ -120,7 +120,7 @@ private:
     /// They are for twice the used slots, not for the whole block, which may have held far more Units before.
     [[nodiscard]] bool StartCounts() {
         if (Counts() != nullptr) return true;
-        if (used_ <= SlotCounts::kBlockSlots) return false;
+        if (used_ <= kShort) return false;
         auto* const counts = new (std::nothrow) SlotCounts;
         const bool made =
             counts != nullptr &&
@@ -177,6 +177,8 @@ private:
         capacity_ = capacity;
         return true;
     }
+
+    static constexpr std::uint32_t kShort = 64;
 
     union {
         Unit* only_ = nullptr; // if capacity_ is 1
