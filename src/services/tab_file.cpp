@@ -18,7 +18,6 @@
 
 #include "files/file_io.h"
 #include "files/whole_file.h"
-#include "memory/checked_allocation.h"
 #include "platform/number_text.h"
 #include "services/tab_splitter.h"
 #include "strings/normal_forms.h"
@@ -53,7 +52,8 @@ std::uint32_t CountColumns(const char* text, std::uint32_t size) {
 
 /// `count` numbers, uninitialised; null if they can't be allocated.
 std::uint32_t* NewNumbers(std::uint32_t count) {
-    return static_cast<std::uint32_t*>(AllocateArray(count, sizeof(std::uint32_t)));
+    if (count > PTRDIFF_MAX / sizeof(std::uint32_t)) return nullptr; // only where std::size_t has 32 bits
+    return static_cast<std::uint32_t*>(std::malloc(count * sizeof(std::uint32_t)));
 }
 
 void SkipLine(TabSplitter& splitter) {

@@ -36,7 +36,7 @@ private:
         std::uint32_t next_block = 0; // the first block that opens in it or later, by the delimiters' number
     };
 
-    bool WalkBlock(std::uint32_t number);
+    bool WalkBlock(std::uint32_t number, std::uint32_t opened);
     bool WalkTable(Rest rest);
     bool AddEntry(const Rest& span, bool behind_scalar);
     bool WalkArray(Rest rest);
@@ -60,8 +60,7 @@ private:
     ParsedText& parsed_;
     const char* text_;
     Delimiters delimiters_;
-    Tessarin::ChunkedList<std::uint32_t> walked_; // for each block of the list its number among the delimiters' blocks
-    TextFault fault_ = TextFault::kOutOfMemory;   // the reason if a step returns false without giving one
+    TextFault fault_ = TextFault::kOutOfMemory; // the reason if a step returns false without giving one
 };
 
 TextFault ParsedText::Parse(char* bytes, std::uint32_t size) {
@@ -128,23 +127,25 @@ std::uint32_t ParsedText::BlockOf(std::uint32_t node) const {
     return block;
 }
 
-/// The list of blocks is the queue of the walk, and grows during it.
+/// The list of blocks is the queue of the walk, and grows during it. Until a block is walked, its number among the
+/// delimiters' blocks stands in place of its first child.
 TextFault TextWalk::Run() {
     if (!delimiters_.Find(text_, parsed_.size_)) return TextFault::kOutOfMemory;
     auto& blocks = parsed_.blocks_;
-    if (!blocks.Push(ParsedText::Block{0, NodeKind::kTable}) || !walked_.Push(0)) return TextFault::kOutOfMemory;
+    if (!blocks.Push(ParsedText::Block{0, NodeKind::kTable})) return TextFault::kOutOfMemory;
     for (std::uint32_t number = 0; number < blocks.Count(); ++number) {
+        const std::uint32_t opened = blocks[number].first_child;
         blocks[number].first_child = parsed_.nodes_.Count() & kMostTextBytes;
-        if (!WalkBlock(number)) return fault_;
+        if (!WalkBlock(number, opened)) return fault_;
     }
     return TextFault::kNone;
 }
 
-bool TextWalk::WalkBlock(std::uint32_t number) {
+bool TextWalk::WalkBlock(std::uint32_t number, std::uint32_t opened) {
     if (number == 0) return WalkTable({{0, parsed_.size_}, {0, delimiters_.Count()}});
-    const Delimiters::Block block = delimiters_.BlockAt(walked_[number]);
+    const Delimiters::Block block = delimiters_.BlockAt(opened);
     const Span bytes = {delimiters_[block.open].position + 1U, delimiters_[block.close].position};
-    const Rest rest = {bytes, {block.open + 1, block.close}, walked_[number] + 1};
+    const Rest rest = {bytes, {block.open + 1, block.close}, opened + 1};
     return parsed_.blocks_[number].kind == NodeKind::kTable ? WalkTable(rest) : WalkArray(rest);
 }
 
@@ -222,7 +223,7 @@ bool TextWalk::AddBlock(Rest& rest) {
     const std::uint32_t close = delimiters_[block.close].position;
     LastNode().SetValue(kind, close);
     rest = {{close + 1, rest.bytes.last}, {block.close + 1, rest.delimiters.last}, block.next};
-    return parsed_.blocks_.Push(ParsedText::Block{0, kind}) && walked_.Push(number);
+    return parsed_.blocks_.Push(ParsedText::Block{number & kMostTextBytes, kind});
 }
 
 /// The kind of the delimiter with which the rest of an array begins. If it doesn't begin with one, kEquals, which no
