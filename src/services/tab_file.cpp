@@ -52,8 +52,9 @@ std::uint32_t CountColumns(const char* text, std::uint32_t size) {
 
 /// `count` numbers, uninitialised; null if they can't be allocated.
 std::uint32_t* NewNumbers(std::uint32_t count) {
-    if (count > PTRDIFF_MAX / sizeof(std::uint32_t)) return nullptr; // only where std::size_t has 32 bits
-    return static_cast<std::uint32_t*>(std::malloc(count * sizeof(std::uint32_t)));
+    const std::uint64_t bytes = std::uint64_t{count} * sizeof(std::uint32_t);
+    if (bytes > std::uint64_t{PTRDIFF_MAX}) return nullptr; // only where std::size_t has 32 bits
+    return static_cast<std::uint32_t*>(std::malloc(static_cast<std::size_t>(bytes)));
 }
 
 void SkipLine(TabSplitter& splitter) {
