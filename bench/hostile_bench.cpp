@@ -1,5 +1,5 @@
-// What hostile input costs beside friendly input of the same size: each attack has a row of its own and a friendly row
-// of as many bytes in the same form, and the ratio of the two is bounded.
+// What chosen keys cost beside friendly ones of the same size: texts of one hash, texts whose addresses cluster, and
+// defaults in alternation. Each attack has a row of its own and a friendly row in the same form.
 
 #include "bench/memory_files.h"
 
@@ -15,8 +15,6 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
-
-// ---- Interned strings and pointer indexes
 
 // An attack is a list of keys that is put into every form.
 
@@ -229,9 +227,3 @@ BENCHMARK(EditHostileDefaults<Keys::kHostile>)->Name("Edit/Defaults/Hostile")->U
 BENCHMARK(EditHostileDefaults<Keys::kFriendly>)->Name("Edit/Defaults/Friendly")->Unit(benchmark::kMillisecond);
 
 } // namespace
-
-// ---- Tables changed through setters
-
-// ---- Configuration texts and edited trees
-
-// ---- Tab files

@@ -1,5 +1,4 @@
-// What hostile input costs beside friendly input of the same size: each attack has a row of its own and a friendly row
-// of as many bytes in the same form, and the ratio of the two is bounded.
+// Time and memory of configuration texts, edits and tab files of hostile shapes, beside friendly ones of the same size.
 
 #include "bench/configure_texts.h"
 #include "bench/memory_files.h"
@@ -16,10 +15,6 @@
 #include <malloc.h>
 
 #include <benchmark/benchmark.h>
-
-// ---- Interned strings and pointer indexes
-
-// ---- Tables changed through setters
 
 // ---- Configuration texts and edited trees
 

@@ -1,5 +1,4 @@
-// What hostile input costs beside friendly input of the same size: each attack has a row of its own and a friendly row
-// of as many bytes in the same form, and the ratio of the two is bounded.
+// Setters and removals in orders that a host's keys may have, beside those at the end and beside absl's map.
 
 #include "bench/texts.h"
 
@@ -20,10 +19,6 @@ void TimeOnly(benchmark::State& state, Task task) {
     task();
     state.SetIterationTime(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC);
 }
-
-// ---- Interned strings and pointer indexes
-
-// ---- Tables changed through setters
 
 enum class Order { kAscending, kDescending, kNone };
 
@@ -107,9 +102,5 @@ BENCHMARK(RemoveKeys<SetterTable, Order::kNone>)->Apply(Numbers);
 BENCHMARK(RemoveKeys<HashMap, Order::kNone>)->Apply(Numbers);
 BENCHMARK(CrossAt<false>)->Arg(8)->Arg(512)->Arg(1024);
 BENCHMARK(CrossAt<true>)->Arg(8)->Arg(512)->Arg(1024);
-
-// ---- Configuration texts and edited trees
-
-// ---- Tab files
 
 } // namespace
