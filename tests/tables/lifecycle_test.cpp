@@ -52,9 +52,9 @@ TEST(TableLifecycle, ATableWithoutAnArrayOfEntriesIsUsable) {
 
 TEST(EntryStore, ABulkLoadEndsInTheOrderOfATable) {
     std::vector<cstr> keys;
-    for (int n = 0; n < 600; ++n) keys.push_back(cstr_string(("key" + std::to_string(n)).c_str()));
+    for (int n = 0; n < 1025; ++n) keys.push_back(cstr_string(("key" + std::to_string(n)).c_str()));
     std::sort(keys.begin(), keys.end(), std::greater<>());
-    for (const std::size_t size : {0U, 8U, 9U, 70U, 600U}) {
+    for (const std::size_t size : {0U, 8U, 9U, 70U, 1024U, 1025U}) {
         EntryStore store;
         std::vector<cstr> expected(keys.begin(), keys.begin() + static_cast<std::ptrdiff_t>(size)), walk;
         for (cstr key : expected) {
@@ -69,8 +69,7 @@ TEST(EntryStore, ABulkLoadEndsInTheOrderOfATable) {
         for (Pair* pair = store.First(); pair != nullptr; pair = pair->next) walk.push_back(pair->key);
         EXPECT_EQ(walk, expected);
         EXPECT_TRUE(store.IsValid());
-        DestroyEntries(store.TakeAll(nullptr));
-        store.ReleaseArray();
+        DestroyEntries(store.Dissolve(nullptr));
     }
 }
 
