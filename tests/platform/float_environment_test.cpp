@@ -20,6 +20,10 @@
 #include <string>
 #include <vector>
 
+#if __has_include(<xmmintrin.h>) // whose register also has the flushing of denormals
+#include <xmmintrin.h>
+#endif
+
 namespace {
 
 using TestSupport::MemoryFiles;
@@ -118,7 +122,7 @@ struct Environment {
 
 std::vector<Environment> Environments() {
     std::vector<Environment> all = {{"upward", FE_UPWARD, 0}, {"downward", FE_DOWNWARD, 0}, {"zero", FE_TOWARDZERO, 0}};
-#if defined(__x86_64__)
+#if __has_include(<xmmintrin.h>)
     all.insert(all.end(),
                {{"denormals are flushed", FE_TONEAREST, 0x8040}, {"everything traps", FE_TONEAREST, 0x1F80}});
 #endif
@@ -127,7 +131,7 @@ std::vector<Environment> Environments() {
 
 /// The settings and the sticky flags.
 std::uint32_t State() {
-#if defined(__x86_64__)
+#if __has_include(<xmmintrin.h>)
     return _mm_getcsr();
 #else
     return static_cast<std::uint32_t>(std::fegetround() << 16 | std::fetestexcept(FE_ALL_EXCEPT));
@@ -145,7 +149,7 @@ TEST(FloatEnvironment, HostsChangeNoNumberAndNoticeNothing) {
         std::fenv_t usual;
         std::feholdexcept(&usual);
         std::fesetround(environment.rounding);
-#if defined(__x86_64__)
+#if __has_include(<xmmintrin.h>)
         _mm_setcsr(_mm_getcsr() ^ environment.register_bits);
 #endif
         const std::uint32_t set = State();
