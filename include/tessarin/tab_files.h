@@ -42,7 +42,7 @@ struct ITabFile {
     /// flags    TabFileFlags; other bits are ignored
     /// returns  false, the grid empty, for a null or empty path, if the file can't be read whole, if nothing is left
     ///          besides the skipped line, the skipped column or the line of defaults, and when memory runs out for the
-    ///          text or for one pointer per cell; true for an empty file, whatever the flags
+    ///          text or its cells; true for an empty file, whatever the flags
     virtual bool Open(const char* path, std::uint32_t flags) = 0;
 
     /// A reserved place in the order of operations. Always true.

@@ -10,16 +10,17 @@
 // overwritten a number, or the first member was an array that stored nothing. These two are remembered in a map, which
 // an object gets when it first needs one.
 
-#include "containers/hash_map.h"
 #include "documents/json_parser.h"
 #include "files/whole_file.h"
 #include "memory/list.h"
+#include "memory/pointer_map.h"
 #include "strings/string_table.h"
 #include "tables/table.h"
 #include "tables/table_factory.h"
 #include "tessarin/documents.h"
 
 #include <cstring>
+#include <new>
 
 namespace Tessarin {
 namespace {
@@ -30,10 +31,13 @@ struct FirstMember {
     std::int32_t integer; // if it stored something: its number, which a word has overwritten since
 };
 
+/// By key. Most objects need none, and in a nest each may need a small one.
+using FirstMembers = PointerMap<FirstMember, OrSmall(8U, 2U)>;
+
 /// An object that is being read into a table.
 struct OpenObject {
     Table* table;
-    hm* firsts; // by key, FirstMember values; null until needed
+    FirstMembers* firsts; // owned; null until needed
 };
 
 /// The parser's handler. It stops the parser only if memory runs out.
@@ -88,8 +92,8 @@ private:
     bool Open(Table& table) { return open_.Push({&table, nullptr}); }
 
     const FirstMember* Remembered() {
-        hm* firsts = open_.Top().firsts;
-        return firsts == nullptr ? nullptr : static_cast<const FirstMember*>(firsts->Get(MapKey()));
+        FirstMembers* firsts = open_.Top().firsts;
+        return firsts == nullptr || key_ == nullptr ? nullptr : firsts->Find(key_);
     }
 
     bool FirstStoredNothing() {
@@ -99,17 +103,15 @@ private:
 
     /// Only the first call for a key has an effect.
     bool Remember(FirstMember first) {
-        hm*& firsts = open_.Top().firsts;
-        if (firsts == nullptr) firsts = hm::Create(16, sizeof first);
-        if (firsts == nullptr) return false;
-        return Remembered() != nullptr || firsts->Set(MapKey(), &first);
+        FirstMembers*& firsts = open_.Top().firsts;
+        if (firsts == nullptr) firsts = new (std::nothrow) FirstMembers;
+        FirstMembers::Slot* slot = firsts == nullptr ? nullptr : firsts->At(key_);
+        if (slot == nullptr) return false;
+        if (slot->key == nullptr) firsts->Take(*slot, key_, first);
+        return true;
     }
 
-    void DropFirsts() {
-        if (hm* firsts = open_.Top().firsts) hm::Destroy(firsts);
-    }
-
-    [[nodiscard]] std::uintptr_t MapKey() const { return reinterpret_cast<std::uintptr_t>(key_); }
+    void DropFirsts() { delete open_.Top().firsts; }
 
     Table& root_;
     List<OpenObject> open_;

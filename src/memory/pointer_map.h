@@ -12,8 +12,9 @@
 
 namespace Tessarin {
 
+/// kFirstSlots  the number of slots that the first key allocates, a power of two
 /// Invariant: half of the slots are free at least, or there are none.
-template <class Value>
+template <class Value, std::uint32_t kFirstSlots = OrSmall(64U, 2U)>
 class PointerMap {
 public:
     struct Slot {
@@ -27,6 +28,12 @@ public:
         if (count_ >= slots_.Count() / 2 && !Grow()) return nullptr;
         return Index(slots_.begin(), slots_.Count()).Find(key);
     }
+    /// The value of a key; null if it isn't in the map. REQUIRES: the key isn't null
+    [[nodiscard]] const Value* Find(const void* key) {
+        if (count_ == 0) return nullptr;
+        const Slot* slot = Index(slots_.begin(), slots_.Count()).Find(key);
+        return Access::IsFree(*slot) ? nullptr : &slot->value;
+    }
     void Take(Slot& slot, const void* key, Value value) {
         slot = {key, value};
         ++count_;
@@ -38,7 +45,6 @@ private:
         static const void* KeyOf(const Slot& slot) { return slot.key; }
     };
     using Index = PointerIndex<Slot, Access>;
-    static constexpr std::uint32_t kFirstSlots = OrSmall(64U, 2U);
 
     bool Grow() {
         if (slots_.Count() > UINT32_MAX / 2) return false;

@@ -1,13 +1,12 @@
 // The entries of a table. Invariants between two operations:
 //
 //  1. The first entry is Entries()[0], each one's `next` is the one after it, and the last one's is null. A host's
-//  walk,
-//     Table::Next in table.cpp, only follows these links, and so do saves: the order of all of them is decided here.
+//     walk, Table::Next in table.cpp, only follows these links, and so do saves: the order of all of them is decided
+//     here.
 //  2. More than 8 entries ascend by the address of their key. 8 or fewer are in the order that earlier operations left.
 //  3. The storage never shrinks: a table that falls back to 8 entries keeps their sorted order, and adds new ones at
-//  the
-//     end. Its index, if it has one, holds exactly the entries, however few they are, as filling it anew would cost as
-//     much as the storage is large.
+//     the end. Its index, if it has one, holds exactly the entries, however few they are, as filling it anew would cost
+//     as much as the storage is large.
 //  4. Up to 1024 entries are in the array, where moving a few cache lines costs less than a search in a tree. One more
 //     brings them into the tree of keys, and they return to the array when only 512 are left. So many changes lie
 //     between one move and the next that a change pays little for it.
@@ -255,8 +254,7 @@ bool EntryStore::RenameInTree(Pair* pair, cstr new_key) {
     return true;
 }
 
-// ------------------------------------------------------------------------------------------------------- rename,
-// remove
+// ------------------------------------------------------------------------------------------------ rename, remove
 
 Pair* EntryStore::Take(cstr key) {
     Pair* const pair = Find(key);
