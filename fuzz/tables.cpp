@@ -116,9 +116,10 @@ struct Model {
         for (ExpectedEntry& entry : entries) {
             if (entry.address == nullptr) entry.address = table->Find(entry.key);
         }
-        if (entries.size() <= 8) return;
-        std::sort(entries.begin(), entries.end(),
-                  [](const ExpectedEntry& a, const ExpectedEntry& b) { return std::less<>()(a.key, b.key); });
+        const auto below = [](const ExpectedEntry& a, const ExpectedEntry& b) { return std::less<>()(a.key, b.key); };
+        if (entries.size() > 8 && !std::is_sorted(entries.begin(), entries.end(), below)) {
+            std::sort(entries.begin(), entries.end(), below);
+        }
     }
 };
 
