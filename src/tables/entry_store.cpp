@@ -193,8 +193,9 @@ void EntryStore::PutInArray(Pair* pair) {
 
 void EntryStore::TakeFromArray(const Pair* pair) {
     Pair** const entries = Entries();
-    const auto place =
-        count_ > kLargestUnsorted ? PlaceOf(pair->key) : std::find(entries, entries + count_, pair) - entries;
+    const auto place = count_ > kLargestUnsorted
+                           ? PlaceOf(pair->key)
+                           : static_cast<std::uint32_t>(std::find(entries, entries + count_, pair) - entries);
     if (place != 0) entries[place - 1]->next = pair->next;
     std::copy(entries + place + 1, entries + count_, entries + place);
 }

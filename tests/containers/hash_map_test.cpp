@@ -29,7 +29,9 @@ TEST(HashMap, WideKeysGetDifferentBuckets) {
     if constexpr (sizeof(std::uintptr_t) > 4) {
         for (const std::uint32_t bucket_count : {16U, 128U, 1024U, 99991U}) {
             hm* map = i32hm_create(bucket_count, 4);
-            const auto key_of = [](std::uint32_t number) { return 0x7F0012345670U + (std::uintptr_t{number} << 32); };
+            const auto key_of = [](std::uint64_t number) {
+                return static_cast<std::uintptr_t>(0x7F0012345670U + (number << 32));
+            };
             for (std::uint32_t i = 0; i < 4; ++i) Set(map, key_of(i), i);
             for (std::uint32_t i = 0; i < 4; ++i) {
                 EXPECT_TRUE(Has(map, key_of(i), i));
