@@ -25,7 +25,7 @@ public:
     AtomicOutputFile& operator=(const AtomicOutputFile&) = delete;
 
     /// Where to write until Commit.
-    [[nodiscard]] const std::string& Path() const { return draft_.Path(); }
+    [[nodiscard]] std::string Path() const { return draft_.PathToOpen(); }
     /// The target as the user gave it, for messages.
     [[nodiscard]] const std::string& Name() const { return name_; }
 

@@ -20,7 +20,7 @@ InputFile::InputFile(const std::string& name) : name_(IsDash(name) ? "standard i
     if (from && fs::is_regular_file(name, error)) return;
     copy_.CreatePrivate(name_);
     path_ = copy_.Path();
-    const Stream to = OpenStream(path_, "wb", path_);
+    const Stream to = OpenStream(copy_.PathToOpen(), "wb", path_);
     CopyStream(from ? from.get() : stdin, name_, to.get(), path_);
 }
 

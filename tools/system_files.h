@@ -7,8 +7,7 @@
 //   after the other. The lock belongs to the file, not to its name: a command that waited opens the name again.
 // - A draft is locked by the process that writes it. A draft without a lock is dead, and the next command removes it.
 // - Links are followed by the system's own open, which refuses links of others in shared folders; a path is used only
-// if
-//   it names the file that was opened.
+//   if it names the file that was opened.
 
 #ifndef TESSARIN_TOOLS_SYSTEM_FILES_H
 #define TESSARIN_TOOLS_SYSTEM_FILES_H
@@ -57,6 +56,13 @@ struct CreatedFile {
     std::string path;
 };
 
+/// A path that leads to the open file itself, even if somebody who may write in the folder has put another one at the
+/// file's own path. Where the system has no such paths (/proc on Linux), the file's own.
+std::string PathToWrite(const CreatedFile& created);
+
+/// Removes the file, unless it is open and its path leads to another one by now.
+void Remove(const CreatedFile& created);
+
 /// Opens and locks the file that an output will replace. Waits while another process has the lock; throws Failure if
 /// that takes a minute, or if the file can't be opened.
 Target OpenTarget(const std::string& name);
@@ -67,13 +73,14 @@ CreatedFile CreatePrivateFile(const std::string& stem, const std::string& name);
 
 /// Creates the draft of a target, which only its owner can open. There is one draft a target: a dead one is removed,
 /// and the end of another process that writes one is waited for. Throws Failure, whose message calls the file `name`.
-/// path  where the draft is to be; where a file of another user is in the way, it gets a number, too
+/// path  where the draft is to be; if something else is in the way, or a file of another user, it gets a number, too
 CreatedFile CreateDraft(const std::string& path, const std::string& name);
 
 /// Puts a draft in its target's place, with the target's owner, mode and access list as far as the system allows;
 /// neither setuid nor setgid stays. A Missing target is created, never replaced. Both the content and the name are on
-/// the disk afterwards. The draft may be closed by then. Throws Failure, whose message calls the file `name`, if that
-/// can't be done, or if the target has been replaced by a program that doesn't lock.
+/// the disk afterwards, and the draft has no path any more. The draft may be closed by then. Throws Failure, whose
+/// message calls the file `name`, if that can't be done, or if the target has been replaced by a program that doesn't
+/// lock.
 void PutInPlace(CreatedFile& draft, const Target& target, const std::string& name);
 
 } // namespace Command

@@ -41,14 +41,6 @@ constexpr int kSafely = O_CLOEXEC | O_NOCTTY | O_NONBLOCK; // no pipe or termina
 
 int Descriptor(const HeldFile& file) { return static_cast<int>(file.Handle()); }
 
-// The mode of new files. The mask can't be read without changing it, so this happens before there are threads.
-mode_t ReadModeOfNewFiles() {
-    const mode_t mask = umask(077);
-    umask(mask);
-    return 0666 & ~mask;
-}
-const mode_t mode_of_new_files = ReadModeOfNewFiles();
-
 bool NamesFile(const std::string& path, const HeldFile& file, int flags = AT_SYMLINK_NOFOLLOW) {
     struct stat named {};
     struct stat held {};
@@ -94,30 +86,33 @@ HeldFile OpenLocked(const std::string& path, int flags, const std::string& name,
     return file;
 }
 
-HeldFile CreateExclusively(const std::string& path) {
-    return HeldFile(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+constexpr mode_t kPrivate = 0600;
+
+HeldFile CreateExclusively(const std::string& path, mode_t mode) {
+    return HeldFile(open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode));
 }
 
-CreatedFile CreateUnique(const std::string& stem, const std::string& name) {
+CreatedFile CreateUnique(const std::string& stem, const std::string& name, mode_t mode = kPrivate) {
     std::random_device random;
     for (;;) {
         CreatedFile created{{}, stem + '.' + std::to_string(random())};
-        created.file = CreateExclusively(created.path);
+        created.file = CreateExclusively(created.path, mode);
         if (created.file) return created;
         if (errno != EEXIST) FailWithError(name, errno);
     }
 }
 
-// Waits until the draft at the path is finished, and removes it if it is dead.
+// Waits until the draft at the path is finished, and removes it if it is dead. Only a file of one's own is waited for:
+// in a shared folder, another user could keep the lock of a file with that name.
 // returns  whether the path may be free now
 bool RemoveDeadDraft(const std::string& path, const std::string& name) {
-    int error = 0;
-    const HeldFile draft = OpenLocked(path, O_NOFOLLOW, name, error);
+    const HeldFile draft(open(path.c_str(), O_RDWR | O_NOFOLLOW | kSafely));
     if (!draft) return errno == ENOENT;
-    if (error != 0) return false;
     struct stat found {};
-    const bool is_file = fstat(Descriptor(draft), &found) == 0 && S_ISREG(found.st_mode);
-    return !NamesFile(path, draft) || (is_file && unlink(path.c_str()) == 0);
+    if (fstat(Descriptor(draft), &found) != 0 || !S_ISREG(found.st_mode) || found.st_uid != geteuid()) return false;
+    const int error = Lock(draft);
+    if (error == EWOULDBLOCK) throw Failure(name, "is in use by another process");
+    return error == 0 && (!NamesFile(path, draft) || unlink(path.c_str()) == 0);
 }
 
 // ------------------------------------------------------------------------------------------------------------- opening
@@ -130,8 +125,9 @@ Target::Kind KindOf(const std::string& name, bool& is_dangling) {
         return S_ISREG(found.st_mode) ? Target::Kind::Regular : Target::Kind::Other;
     }
     if (errno != ENOENT) FailWithError(name, errno);
-    is_dangling = lstat(name.c_str(), &found) == 0;
-    return is_dangling ? Target::Kind::Regular : Target::Kind::Missing;
+    if (lstat(name.c_str(), &found) != 0) return Target::Kind::Missing;
+    is_dangling = S_ISLNK(found.st_mode); // otherwise another program has just created a file
+    return Target::Kind::Regular;
 }
 
 bool IsEmpty(const HeldFile& file) {
@@ -176,6 +172,13 @@ void CopyAccess(const HeldFile& draft, const HeldFile& target, const std::string
     if (fchmod(descriptor, mode) != 0) FailWithError(name, errno);
 }
 
+// Gives the draft what the system gives to a new file beside it: the mask decides, or the folder's default access list.
+void GiveAccessOfNewFile(const CreatedFile& draft, const std::string& name) {
+    const CreatedFile example = CreateUnique(draft.path, name, 0666);
+    unlink(example.path.c_str());
+    CopyAccess(draft.file, example.file, name);
+}
+
 // Writes a file's content, or a folder's names, to the disk. Some file systems don't offer it.
 void Synchronise(const HeldFile& file, const std::string& name) {
     if (fsync(Descriptor(file)) != 0 && errno != EINVAL && errno != ENOTSUP) FailWithError(name, errno);
@@ -218,11 +221,20 @@ Target OpenTarget(const std::string& name) {
     }
 }
 
+std::string PathToWrite(const CreatedFile& created) {
+    std::string path = "/proc/self/fd/" + std::to_string(Descriptor(created.file));
+    return NamesFile(path, created.file, 0) ? path : created.path;
+}
+
+void Remove(const CreatedFile& created) {
+    if (!created.file || NamesFile(created.path, created.file)) unlink(created.path.c_str());
+}
+
 CreatedFile CreatePrivateFile(const std::string& stem, const std::string& name) { return CreateUnique(stem, name); }
 
 CreatedFile CreateDraft(const std::string& path, const std::string& name) {
     for (;;) {
-        CreatedFile created{CreateExclusively(path), path};
+        CreatedFile created{CreateExclusively(path, kPrivate), path};
         if (created.file) {
             if (Lock(created.file) == EWOULDBLOCK) throw Failure(name, "is in use by another process");
             if (NamesFile(path, created.file)) return created;
@@ -235,10 +247,10 @@ CreatedFile CreateDraft(const std::string& path, const std::string& name) {
 
 void PutInPlace(CreatedFile& draft, const Target& target, const std::string& name) {
     const bool is_new = target.kind == Target::Kind::Missing;
-    if (!is_new) {
+    if (is_new) {
+        GiveAccessOfNewFile(draft, name);
+    } else {
         CopyAccess(draft.file, target.lock, name);
-    } else if (fchmod(Descriptor(draft.file), mode_of_new_files) != 0) {
-        FailWithError(name, errno);
     }
     Synchronise(draft.file, name);
     if (!NamesFile(draft.path, draft.file) || (!is_new && !NamesFile(target.path, target.lock))) {
@@ -247,6 +259,7 @@ void PutInPlace(CreatedFile& draft, const Target& target, const std::string& nam
     const int error = Rename(draft.path.c_str(), target.path.c_str(), is_new);
     if (error == EEXIST) throw Failure(name, "is not written: another program has created it");
     if (error != 0) FailWithError(name, error);
+    draft.path.clear(); // whatever has that name from now on is another's
     const fs::path folder = fs::path(target.path).parent_path();
     const HeldFile names(open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (names) Synchronise(names, name); // some folders may be changed, but not opened

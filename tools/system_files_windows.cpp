@@ -161,6 +161,10 @@ Target OpenTarget(const std::string& name) {
     }
 }
 
+std::string PathToWrite(const CreatedFile& created) { return created.path; }
+
+void Remove(const CreatedFile& created) { std::remove(created.path.c_str()); }
+
 CreatedFile CreatePrivateFile(const std::string& stem, const std::string& name) {
     std::random_device random;
     for (;;) {

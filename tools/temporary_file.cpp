@@ -2,7 +2,6 @@
 
 #include "tools/temporary_file.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <utility>
 
@@ -24,9 +23,8 @@ void TemporaryFile::Release() {
 }
 
 TemporaryFile::~TemporaryFile() {
-    const std::string path = created_.path;
-    Release();
-    if (!path.empty()) std::remove(path.c_str());
+    CancelRemoval(removal_);
+    if (!created_.path.empty()) Remove(created_);
 }
 
 } // namespace Command

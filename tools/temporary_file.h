@@ -31,6 +31,8 @@ public:
     /// The file; its path is empty if the object has none.
     [[nodiscard]] CreatedFile& Created() { return created_; }
     [[nodiscard]] const std::string& Path() const { return created_.path; }
+    /// Where to write and read it, see PathToWrite.
+    [[nodiscard]] std::string PathToOpen() const { return PathToWrite(created_); }
 
 private:
     CreatedFile created_;
