@@ -222,7 +222,7 @@ Target OpenTarget(const std::string& name) {
 }
 
 std::string PathToWrite(const CreatedFile& created) {
-    std::string path = "/proc/self/fd/" + std::to_string(Descriptor(created.file));
+    const std::string path = "/proc/self/fd/" + std::to_string(Descriptor(created.file));
     return NamesFile(path, created.file, 0) ? path : created.path;
 }
 
