@@ -21,7 +21,7 @@
 namespace Tessarin {
 
 // FloatRegisters is what a host can change, and how it is read and written. kFlags are the sticky flags in it, the rest
-// are settings; where these can't be told apart cheaply, the environment is always replaced and put back.
+// are settings; where these can't be distinguished cheaply, the environment is always replaced and put back.
 #if defined(__x86_64__)
 
 struct FloatRegisters {

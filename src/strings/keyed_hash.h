@@ -1,10 +1,11 @@
 // A hash of texts that is keyed with a secret: SipHash-1-3, written anew from its definition.
 //
 // Why nobody can choose texts that collide: SipHash is made to be a pseudorandom function. Without its key of 128 bits,
-// its results can't be told from random numbers by any means that is known, so a guess is as good as any choice: of n
-// texts about n * n / 2^65 pairs collide, whoever wrote them. That needs the key to stay secret; hence no result of the
-// hash, and no order that follows from it, may be seen from outside. One round a word and three at the end are less
-// than the cautious 2 and 4 of a message code; for a hash table, which shows no result, no attack on them is known.
+// its results can't be distinguished from random numbers by any means that is known, so a guess is as good as any
+// choice: of n texts about n * n / 2^65 pairs collide, whoever wrote them. That needs the key to stay secret; hence no
+// result of the hash, and no order that follows from it, may be seen from outside. One round a word and three at the
+// end are less than the cautious 2 and 4 of a message code; for a hash table, which shows no result, no attack on them
+// is known.
 
 #ifndef TESSARIN_STRINGS_KEYED_HASH_H
 #define TESSARIN_STRINGS_KEYED_HASH_H

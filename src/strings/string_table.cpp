@@ -62,7 +62,7 @@ constexpr unsigned kMostBlocks = 7;
 constexpr unsigned kMostOfOneHash = 8;
 
 // Levels of a trie that one keyed hash of a text serves. Texts that agree in all of them, which a few of ten thousand
-// do, are told apart below by another hash.
+// do, are distinguished below by another hash.
 constexpr unsigned kLevelsPerHash = 8;
 
 std::uintptr_t AddressIn(std::uint64_t slot) {

@@ -46,7 +46,7 @@ struct End {
 template <class T>
 using Owned = std::unique_ptr<T, End>;
 
-/// Counts its calls, as all three kinds of listener. If told to, it asks for another one during its next call.
+/// Counts its calls, as all three kinds of listener. If asked to, it asks for another one during its next call.
 struct CountingListener {
     int calls = 0;
     bool asks = false;
