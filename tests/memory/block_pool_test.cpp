@@ -45,7 +45,7 @@ TEST(RawVector, DoublesFromEightAndReservesTwiceTheNeed) {
 #if !defined(__has_feature)
 #define __has_feature(feature) 0
 #endif
-#if defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer)
+#if defined(ASAN_POISON_MEMORY_REGION) && (defined(__SANITIZE_ADDRESS__) || __has_feature(address_sanitizer))
 TEST(ObjectPool, FreeBlocksArePoisoned) {
     ObjectPool pool(24, 4);
     auto* block = static_cast<char*>(pool.Alloc());
